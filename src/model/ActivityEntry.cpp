@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "model/ActivityEntry.h"
+
+namespace bram
+{
+
+size_t qHash(const ActivityEntry &entry, size_t seed) noexcept
+{
+    return qHashMulti(seed, entry.id, entry.actor, entry.action, entry.detail, entry.createdAt);
+}
+
+} // namespace bram

@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "model/ApprovalItem.h"
+
+namespace bram
+{
+
+using namespace Qt::StringLiterals;
+
+QString ApprovalItem::pretty() const
+{
+    const QString agentLine
+        = agentId.value_or(QString()).isEmpty() ? QString() : "\nagent: "_L1 + *agentId;
+    return "approval id: "_L1 + approvalId + agentLine + "\ncmd: "_L1 + command;
+}
+
+size_t qHash(const ApprovalItem &item, size_t seed) noexcept
+{
+    return qHashMulti(seed, item.approvalId, item.command, item.agentId.has_value(),
+                      item.agentId.value_or(QString()), item.createdAtMs, item.expiresAtMs);
+}
+
+bool isApprovalExpired(const ApprovalItem &item, qint64 nowMs)
+{
+    return item.expiresAtMs >= 1 && item.expiresAtMs <= nowMs;
+}
+
+} // namespace bram

@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "model/CommandRules.h"
+
+#include <algorithm>
+#include <array>
+
+namespace bram
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+constexpr std::array<QStringView, 15> highRiskParts {
+    u"sudo ", u"rm -rf", u"diskutil erase", u"mkfs",     u"dd if=",   u"curl ",
+    u"wget ", u"| sh",   u"| bash",         u"chmod 777", u"payment", u"checkout",
+    u"stripe", u"송금",  u"결제",
+};
+
+constexpr std::array<QStringView, 21> sensitiveParts {
+    u"sudo",     u"codesign",           u"security", u"spctl", u"csrutil",        u"launchctl",
+    u"systemextensionsctl", u"profiles", u"chmod",   u"chown", u"xattr",          u"defaults write",
+    u"diskutil", u"installer",          u"networksetup", u"ifconfig", u"pfctl",   u"rm -rf",
+    u"/etc/",    u"/system/",           u"/library/launchdaemons",
+};
+
+template<std::size_t N>
+bool containsAny(const QString &text, const std::array<QStringView, N> &parts)
+{
+    return std::ranges::any_of(parts, [&text](QStringView part) { return text.contains(part); });
+}
+} // namespace
+
+QString rawText(CommandRisk risk)
+{
+    return risk == CommandRisk::High ? u"high"_s : u"low"_s;
+}
+
+CommandRisk commandRiskLevel(QStringView command)
+{
+    return containsAny(command.toString().toLower(), highRiskParts) ? CommandRisk::High
+                                                                    : CommandRisk::Low;
+}
+
+bool isSecuritySensitiveCommand(QStringView command)
+{
+    const QString lowered = command.toString().toLower();
+    return lowered == "*"_L1 || lowered == "all"_L1 || lowered.contains("wildcard"_L1)
+        || containsAny(lowered, sensitiveParts);
+}
+
+QString commandPreview(QStringView command)
+{
+    const QStringView trimmed = command.trimmed();
+    if (trimmed.isEmpty()) {
+        return {};
+    }
+    const auto blank = std::ranges::find_if(trimmed, [](QChar c) { return c.isSpace(); });
+    const bool hasArguments = blank != trimmed.end();
+    QStringView program = trimmed.first(blank - trimmed.begin());
+    while (program.size() > 1 && program.endsWith(u'/')) {
+        program.chop(1);
+    }
+    if (program.size() > 1) {
+        program = program.sliced(program.lastIndexOf(u'/') + 1);
+    }
+    return hasArguments ? program.toString() + u" …"_s : program.toString();
+}
+
+} // namespace bram

@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "system/BackgroundTasks.h"
+
+#include "system/SystemLog.h"
+
+#include <exception>
+#include <vector>
+
+namespace bram
+{
+
+using namespace Qt::StringLiterals;
+
+struct BackgroundTasks::Registry {
+    SystemLog *log = nullptr; ///< null once the owner is gone
+    QStringList running;
+    std::vector<std::function<void()>> idleCallbacks;
+
+    void ended(const QString &name, const QString &failure)
+    {
+        running.removeOne(name);
+        if (log != nullptr && !failure.isEmpty()) {
+            log->write(QString(u"[Brackwen] task "_s + name + u" failed: "_s + failure));
+        }
+        if (running.isEmpty()) {
+            for (const auto &callback : std::exchange(idleCallbacks, {})) {
+                callback();
+            }
+        }
+    }
+};
+
+BackgroundTasks::BackgroundTasks(SystemLog &log)
+    : m_registry(std::make_shared<Registry>())
+{
+    m_registry->log = &log;
+}
+
+BackgroundTasks::~BackgroundTasks()
+{
+    m_registry->log = nullptr;
+    m_registry->idleCallbacks.clear();
+}
+
+void BackgroundTasks::spawn(QCoro::Task<> task, const QString &name)
+{
+    m_registry->running.append(name);
+    // The only task nobody awaits; it ends by itself and lets nothing escape.
+    [[maybe_unused]] const auto supervised = supervise(std::move(task), name, m_registry);
+}
+
+QStringList BackgroundTasks::running() const
+{
+    return m_registry->running;
+}
+
+void BackgroundTasks::whenIdle(std::function<void()> callback)
+{
+    if (m_registry->running.isEmpty()) {
+        callback();
+        return;
+    }
+    m_registry->idleCallbacks.push_back(std::move(callback));
+}
+
+QCoro::Task<> BackgroundTasks::supervise(QCoro::Task<> task, QString name,
+                                         std::shared_ptr<Registry> registry)
+{
+    QString failure;
+    try {
+        co_await task;
+    } catch (const std::exception &error) {
+        failure = QString::fromUtf8(error.what());
+    } catch (...) {
+        failure = u"unknown exception"_s;
+    }
+    registry->ended(name, failure);
+}
+
+} // namespace bram

@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "model/Error.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <expected>
+
+namespace bram
+{
+
+/// Reads a whole regular file. A FIFO, device or folder, a file over `maxBytes` and a file that cannot
+/// be read are errors; nothing here waits for another process to write.
+std::expected<QByteArray, Error> readRegularFile(const QString &path, qint64 maxBytes);
+
+/// Makes the folder, and the folders above it that are missing, with mode 0700. An existing folder
+/// keeps its mode.
+std::expected<void, Error> makePrivateFolder(const QString &path);
+
+} // namespace bram
