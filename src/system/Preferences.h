@@ -28,6 +28,8 @@ public:
     bool save();
 
 private:
+    void makePrivate() const;
+
     QString m_path;
     QSettings m_settings;
 };

@@ -1,0 +1,84 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "system/Files.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace bram
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+std::unexpected<Error> failure(const QString &what, const QString &path, int errorNumber)
+{
+    return std::unexpected(
+        Error {u"%1 %2: %3"_s.arg(what, path, qt_error_string(errorNumber))});
+}
+
+std::unexpected<Error> refusal(const QString &path, const QString &why)
+{
+    return std::unexpected(Error {u"cannot read %1: %2"_s.arg(path, why)});
+}
+} // namespace
+
+std::expected<QByteArray, Error> readRegularFile(const QString &path, qint64 maxBytes)
+{
+    // Without O_NONBLOCK, opening a FIFO waits for a writer. It changes nothing for regular files.
+    const int descriptor
+        = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
+    if (descriptor < 0) {
+        return failure(u"cannot open"_s, path, errno);
+    }
+    QFile file;
+    if (!file.open(descriptor, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle)) {
+        ::close(descriptor);
+        return refusal(path, file.errorString());
+    }
+    struct stat status = {};
+    if (::fstat(descriptor, &status) != 0) {
+        return failure(u"cannot read"_s, path, errno);
+    }
+    if (!S_ISREG(status.st_mode)) {
+        return refusal(path, u"not a regular file"_s);
+    }
+    // Counted while reading: the file may grow, and a size says nothing in /proc.
+    const QByteArray content = file.read(maxBytes + 1);
+    if (file.error() != QFileDevice::NoError) {
+        return refusal(path, file.errorString());
+    }
+    if (content.size() > maxBytes) {
+        return refusal(path, u"larger than %1 bytes"_s.arg(maxBytes));
+    }
+    return content;
+}
+
+std::expected<void, Error> makePrivateFolder(const QString &path)
+{
+    const QFileInfo folder(path);
+    if (folder.isDir()) {
+        return {};
+    }
+    const QString parent = folder.absolutePath();
+    if (parent != folder.absoluteFilePath()) {
+        if (const auto made = makePrivateFolder(parent); !made) {
+            return made;
+        }
+    }
+    // Another process may have made it since; what counts is that it is there.
+    if (::mkdir(QFile::encodeName(path).constData(), 0700) != 0) {
+        const int errorNumber = errno;
+        if (!QFileInfo(path).isDir()) {
+            return failure(u"cannot make the folder"_s, path, errorNumber);
+        }
+    }
+    return {};
+}
+
+} // namespace bram

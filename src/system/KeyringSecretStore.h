@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "system/Reply.h"
+#include "system/SecretStore.h"
+
+#include <QObject>
+#include <QTimer>
+
+#include <chrono>
+#include <deque>
+#include <memory>
+
+namespace QKeychain
+{
+class Job;
+}
+
+namespace bram
+{
+
+class SystemLog;
+
+/// The secrets in the desktop's keyring (Secret Service or wallet). Nothing is ever stored outside of
+/// it: without a keyring every operation fails at once.
+///
+/// One operation is with the keyring at a time, in the order they were asked for. One that has not
+/// come back after `TimeLimits::operation` fails, and so do all that wait behind it and all that are
+/// asked for until the late one does come back: a keyring that hangs costs one wait.
+class KeyringSecretStore final : public QObject, public SecretStore
+{
+    Q_OBJECT
+public:
+    struct TimeLimits {
+        std::chrono::milliseconds notice = std::chrono::seconds(3); ///< until the log tells
+        std::chrono::milliseconds operation = std::chrono::seconds(60);
+    };
+
+    explicit KeyringSecretStore(SystemLog &log);
+    KeyringSecretStore(SystemLog &log, TimeLimits limits);
+    ~KeyringSecretStore() override;
+    Q_DISABLE_COPY_MOVE(KeyringSecretStore)
+
+    QCoro::Task<std::expected<std::optional<QString>, KeychainError>> get(QString service,
+                                                                          QString account) override;
+    QCoro::Task<std::expected<void, KeychainError>>
+    set(QString service, QString account, QString value,
+        SecretAccessibility accessibility) override;
+    QCoro::Task<std::expected<void, KeychainError>> remove(QString service,
+                                                           QString account) override;
+
+    /// Ends every open operation, and every later one, with an error.
+    void stop();
+
+private:
+    struct Outcome {
+        qint32 status = 0; ///< a QKeychain::Error
+        QString message;
+        QByteArray data; ///< what a read has found
+    };
+    struct Operation {
+        std::unique_ptr<QKeychain::Job> job;
+        ReplySource<Outcome> source;
+    };
+
+    static std::expected<void, KeychainError> toResult(const Outcome &outcome);
+
+    Reply<Outcome> enqueue(std::unique_ptr<QKeychain::Job> job);
+    void startNext();
+    void onFinished(QKeychain::Job *job);
+    void onNotice();
+    void onTimeLimit();
+    void failAll(const QString &message);
+
+    enum class State {
+        Working,
+        Hung, ///< the front operation has failed, its job is still out
+        Stopped,
+    };
+
+    SystemLog &m_log;
+    TimeLimits m_limits;
+    State m_state = State::Working;
+    std::unique_ptr<QKeychain::Job> m_running; ///< never destroyed before it has come back
+    std::optional<ReplySource<Outcome>> m_runningSource;
+    std::deque<Operation> m_waiting;
+    QTimer m_noticeTimer;
+    QTimer m_limitTimer;
+};
+
+} // namespace bram
