@@ -6,7 +6,8 @@ namespace bram
 
 size_t qHash(const ActivityEntry &entry, size_t seed) noexcept
 {
-    return qHashMulti(seed, entry.id, entry.actor, entry.action, entry.detail, entry.createdAt);
+    return qHashMulti(seed, entry.id, qToUnderlying(entry.actor), qToUnderlying(entry.action),
+                      entry.detail, entry.createdAt);
 }
 
 } // namespace bram

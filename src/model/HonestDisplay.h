@@ -19,12 +19,13 @@ struct HonestText {
 ///
 /// Every character that could mislead is replaced by a mark ⟨U+XXXX⟩ with its code point in upper-case
 /// hexadecimal, four digits at least: control characters (tab included), format and other invisible
-/// characters, bidirectional controls and right-to-left letters (they reorder their neighbours),
-/// blanks other than U+0020, fillers, variation selectors, private-use and unassigned code points,
-/// lone surrogates, combining characters with nothing before them to combine with, and U+27E8
-/// itself, so that a mark cannot be forged. A run of four or more blanks, and any run of blanks at the
-/// end of a line, where it could not be seen, is shown as ⟨N blanks⟩ (⟨1 blank⟩); four or more line
-/// feeds in a row as ⟨N line feeds⟩ followed by one line break.
+/// characters, bidirectional controls and right-to-left letters and digits (they reorder their
+/// neighbours), blanks other than U+0020, fillers, variation selectors, private-use and unassigned
+/// code points, lone surrogates, enclosing marks, combining characters (conjoining Hangul letters too)
+/// with nothing before them to combine with or more than four in a row, and U+27E8 itself with its
+/// look-alikes, so that a mark cannot be forged. A run of four or more blanks, and any run of blanks
+/// at the end of a line, where it could not be seen, is shown as ⟨N blanks⟩ (⟨1 blank⟩); four or more
+/// line feeds in a row as ⟨N line feeds⟩ followed by one line break.
 ///
 /// What would run can be rebuilt exactly from the result: replace each mark by what it names.
 HonestText honestDisplay(QStringView command);
