@@ -1,0 +1,256 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "gateway/GatewayClient.h"
+
+#include "gateway/ConnectHandshake.h"
+#include "gateway/DeviceIdentityStore.h"
+#include "system/BackgroundTasks.h"
+#include "system/Clock.h"
+#include "system/SystemLog.h"
+
+#include <QLocale>
+#include <QPointer>
+#include <QUuid>
+
+#include <algorithm>
+#include <utility>
+
+namespace bram
+{
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace
+{
+constexpr auto connectKickInterval = 300ms;
+constexpr std::chrono::nanoseconds longestReconnectDelay = 15s;
+} // namespace
+
+std::chrono::nanoseconds nextReconnectDelay(std::chrono::nanoseconds delay)
+{
+    // 17 / 10 in integers: exact, and truncated as the schedule wants it.
+    return std::min(delay * 17 / 10, longestReconnectDelay);
+}
+
+GatewayClient::GatewayClient(const Collaborators &collaborators)
+    : m_collaborators(collaborators)
+    , m_reconnectDelay(firstReconnectDelay)
+{
+    m_connectKicker.setSingleShot(true);
+    connect(&m_connectKicker, &QTimer::timeout, this, &GatewayClient::sendConnectIfNeeded);
+    m_reconnectTimer.setSingleShot(true);
+    connect(&m_reconnectTimer, &QTimer::timeout, this, &GatewayClient::openSocket);
+}
+
+GatewayClient::~GatewayClient()
+{
+    stop();
+}
+
+void GatewayClient::start(const GatewayConfig &config, FirstAttempt firstAttempt)
+{
+    stop();
+    m_config = config;
+    if (firstAttempt == FirstAttempt::AfterBackOff) {
+        scheduleReconnect();
+        return;
+    }
+    m_reconnectDelay = firstReconnectDelay;
+    // Later, so that a start from within a report does not run inside that report.
+    m_reconnectTimer.start(0ms);
+}
+
+void GatewayClient::stop()
+{
+    m_reconnectTimer.stop();
+    m_config.reset();
+    closeSocket();
+}
+
+void GatewayClient::openSocket()
+{
+    if (!m_config) {
+        return;
+    }
+    const auto serial = m_socketSerial;
+    Q_EMIT stateChanged(GatewayConnecting {});
+    if (serial != m_socketSerial || !m_config) {
+        return; // whoever heard the report restarted or stopped us
+    }
+    closeSocket();
+    m_socket = std::make_unique<GatewaySocket>(m_config->url);
+    connect(m_socket.get(), &GatewaySocket::opened, this, &GatewayClient::sendConnectIfNeeded);
+    connect(m_socket.get(), &GatewaySocket::messageReceived, this, &GatewayClient::onMessage);
+    connect(m_socket.get(), &GatewaySocket::ended, this, &GatewayClient::onSocketEnded);
+    m_socket->open();
+}
+
+void GatewayClient::closeSocket()
+{
+    ++m_socketSerial;
+    m_connectKicker.stop();
+    m_connectNonce.reset();
+    m_connectSent = false;
+    m_connectInFlight = false;
+    m_connectedStateReported = false;
+    if (m_socket) {
+        m_socket->disconnect(this);
+        m_socket->closeSilently();
+        // Perhaps we are inside one of its signals.
+        m_socket.release()->deleteLater();
+    }
+    for (const auto &call : std::exchange(m_pending, {})) {
+        call.answer(std::unexpected(GatewayClientError::notConnected()));
+    }
+}
+
+void GatewayClient::onMessage(const QByteArray &utf8)
+{
+    const auto frame = parseFrame(utf8);
+    if (!frame) {
+        endRun(frame.error().message);
+        return;
+    }
+    if (std::holds_alternative<UntypedFrame>(*frame)) {
+        return;
+    }
+    const auto serial = m_socketSerial;
+    reportConnectedOnce();
+    if (serial != m_socketSerial) {
+        return;
+    }
+    if (const auto *response = std::get_if<ResponseFrame>(&*frame)) {
+        onResponse(*response);
+    } else if (const auto *event = std::get_if<EventFrame>(&*frame)) {
+        if (event->name == connectChallengeEvent) {
+            m_connectNonce = challengeNonce(*event);
+            sendConnectIfNeeded();
+        } else if (const auto known = toGatewayEvent(*event)) {
+            Q_EMIT eventReceived(*known);
+        }
+    }
+}
+
+void GatewayClient::onResponse(const ResponseFrame &response)
+{
+    const auto call = m_pending.find(response.id);
+    if (call == m_pending.end()) {
+        return;
+    }
+    const auto source = *call;
+    m_pending.erase(call);
+    if (response.result) {
+        source.answer(*response.result);
+    } else {
+        source.answer(std::unexpected(GatewayClientError::server(response.result.error())));
+    }
+}
+
+void GatewayClient::onSocketEnded(const QString &reason, GatewaySocket::Ending ending)
+{
+    // A gateway that took our handshake and later went in good order is expected back soon.
+    if (ending == GatewaySocket::Ending::Clean && m_connectSent) {
+        m_reconnectDelay = firstReconnectDelay;
+    }
+    endRun(reason);
+}
+
+void GatewayClient::endRun(const QString &reason)
+{
+    closeSocket();
+    // Set up before the report: whoever hears it may start the client anew, which must win.
+    scheduleReconnect();
+    Q_EMIT stateChanged(GatewayDisconnected {reason});
+}
+
+void GatewayClient::scheduleReconnect()
+{
+    m_reconnectTimer.start(std::chrono::ceil<std::chrono::milliseconds>(m_reconnectDelay));
+    m_reconnectDelay = nextReconnectDelay(m_reconnectDelay);
+}
+
+void GatewayClient::reportConnectedOnce()
+{
+    if (!std::exchange(m_connectedStateReported, true)) {
+        Q_EMIT stateChanged(GatewayConnected {});
+    }
+}
+
+void GatewayClient::sendConnectIfNeeded()
+{
+    if (m_connectSent || m_connectInFlight || !m_config || !m_socket || !m_socket->isOpen()) {
+        return;
+    }
+    m_connectInFlight = true;
+    m_connectKicker.stop();
+    m_collaborators.tasks.spawn(performHandshake(this, m_socketSerial), u"gateway handshake"_s);
+}
+
+QCoro::Task<> GatewayClient::performHandshake(QPointer<GatewayClient> self, quint64 socketSerial)
+{
+    const auto identity = co_await self->m_collaborators.identities.loadOrCreate();
+    if (!self || self->m_socketSerial != socketSerial) {
+        co_return;
+    }
+    if (!identity) {
+        self->onHandshakeFailed(GatewayClientError::server(identity.error().message));
+        co_return;
+    }
+    const auto params = connectParams({
+        .identity = *identity,
+        .credentials = self->m_config->credentials,
+        .nonce = self->m_connectNonce,
+        .signedAtMs = self->m_collaborators.clock.nowMs(),
+        .locale = QLocale::system().name(),
+    });
+    if (!params) {
+        self->onHandshakeFailed(GatewayClientError::server(params.error().message));
+        co_return;
+    }
+    const auto answer = co_await self->request(connectMethod, *params);
+    if (!self || self->m_socketSerial != socketSerial) {
+        co_return;
+    }
+    if (!answer) {
+        self->onHandshakeFailed(answer.error());
+        co_return;
+    }
+    self->m_connectSent = true;
+    self->m_connectInFlight = false;
+    self->m_collaborators.log.write(u"[Brackwen] connect handshake success");
+    self->reportConnectedOnce();
+    Q_EMIT self->handshakeCompleted();
+}
+
+void GatewayClient::onHandshakeFailed(const GatewayClientError &error)
+{
+    m_connectInFlight = false;
+    if (error.kind == GatewayClientError::Kind::NotConnected) {
+        m_connectKicker.start(connectKickInterval);
+        return;
+    }
+    m_collaborators.log.write(
+        QString(u"[Brackwen] connect handshake failed: "_s + error.description()));
+    endRun(u"connect failed: "_s + error.description());
+}
+
+Reply<GatewayClient::CallResult> GatewayClient::resolveApproval(const QString &approvalId,
+                                                                ApprovalDecision decision)
+{
+    return request(resolveMethod,
+                   {{u"id"_s, approvalId}, {u"decision"_s, rawText(decision)}});
+}
+
+Reply<GatewayClient::CallResult> GatewayClient::request(const QString &method,
+                                                        const QJsonObject &params)
+{
+    const ReplySource<CallResult> source(std::unexpected(GatewayClientError::notConnected()));
+    const QString id = QUuid::createUuid().toString(QUuid::WithoutBraces);
+    if (m_socket && m_socket->send(encodeRequest(id, method, params))) {
+        m_pending.insert(id, source);
+    }
+    // Without a socket the source ends here, which answers the reply.
+    return source.reply();
+}
+
+} // namespace bram

@@ -1,0 +1,185 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "gateway/GatewaySocket.h"
+
+#include "gateway/ConnectHandshake.h"
+
+#include <QNetworkRequest>
+#include <QPointer>
+
+#include <chrono>
+
+namespace bram
+{
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace
+{
+constexpr auto openTimeout = 60s;
+constexpr auto pingInterval = 20s;
+constexpr quint64 maxMessageBytes = 4 * 1024 * 1024;
+constexpr qint64 turnBudgetNs = 8'000'000;
+} // namespace
+
+GatewaySocket::GatewaySocket(const QUrl &url)
+    : m_url(url)
+    , m_socket(gatewayOrigin(url).value_or(QString()))
+{
+    m_socket.setMaxAllowedIncomingFrameSize(maxMessageBytes);
+    m_socket.setMaxAllowedIncomingMessageSize(maxMessageBytes);
+
+    connect(&m_socket, &QWebSocket::connected, this, [this] {
+        m_openTimeout.stop();
+        m_pingTimer.start(pingInterval);
+        Q_EMIT opened();
+    });
+    connect(&m_socket, &QWebSocket::textMessageReceived, this,
+            [this](const QString &text) { accept(text.toUtf8()); });
+    connect(&m_socket, &QWebSocket::binaryMessageReceived, this, &GatewaySocket::accept);
+    connect(&m_socket, &QWebSocket::pong, this, [this] { m_heardSincePing = true; });
+    connect(&m_socket, &QWebSocket::disconnected, this, &GatewaySocket::onDisconnected);
+    connect(&m_socket, qOverload<QAbstractSocket::SocketError>(&QWebSocket::error), this, [this] {
+        // An open socket that fails goes on to `disconnected`; one that never opened does not.
+        if (!m_pingTimer.isActive()) {
+            finish(m_socket.errorString(), Ending::Failed);
+        }
+    });
+
+    m_openTimeout.setSingleShot(true);
+    connect(&m_openTimeout, &QTimer::timeout, this,
+            [this] { finish(u"Gateway did not answer within 60 s"_s, Ending::Failed); });
+    m_pingTimer.setTimerType(Qt::VeryCoarseTimer);
+    connect(&m_pingTimer, &QTimer::timeout, this, &GatewaySocket::onPingDue);
+}
+
+GatewaySocket::~GatewaySocket()
+{
+    closeSilently();
+}
+
+void GatewaySocket::open()
+{
+    m_openTimeout.start(openTimeout);
+    QNetworkRequest request(m_url);
+    request.setRawHeader("User-Agent", QByteArray(userAgent.data(), userAgent.size()));
+    m_socket.open(request);
+}
+
+bool GatewaySocket::isOpen() const
+{
+    return !m_ended && m_socket.state() == QAbstractSocket::ConnectedState;
+}
+
+bool GatewaySocket::send(const QByteArray &utf8)
+{
+    return isOpen() && m_socket.sendTextMessage(QString::fromUtf8(utf8)) > 0;
+}
+
+void GatewaySocket::closeSilently()
+{
+    m_ended = true;
+    m_queue.clear();
+    m_openTimeout.stop();
+    m_pingTimer.stop();
+    m_socket.disconnect(this);
+    if (m_socket.state() == QAbstractSocket::ConnectedState) {
+        m_socket.close(QWebSocketProtocol::CloseCodeGoingAway);
+    } else {
+        m_socket.abort();
+    }
+}
+
+void GatewaySocket::accept(const QByteArray &utf8)
+{
+    if (m_ended) {
+        return;
+    }
+    m_heardSincePing = true;
+    if (m_queue.isEmpty() && !turnIsSpent()) {
+        Q_EMIT messageReceived(utf8);
+        return;
+    }
+    m_queue.enqueue(utf8);
+    if (!m_deliveryScheduled) {
+        m_deliveryScheduled = true;
+        QMetaObject::invokeMethod(this, &GatewaySocket::deliverQueued, Qt::QueuedConnection);
+    }
+}
+
+void GatewaySocket::deliverQueued()
+{
+    m_deliveryScheduled = false;
+    m_turn.invalidate();
+    const QPointer guard(this);
+    while (!m_queue.isEmpty() && !turnIsSpent()) {
+        Q_EMIT messageReceived(m_queue.dequeue());
+        if (!guard || m_ended) {
+            return;
+        }
+    }
+    if (!m_queue.isEmpty()) {
+        m_deliveryScheduled = true;
+        QMetaObject::invokeMethod(this, &GatewaySocket::deliverQueued, Qt::QueuedConnection);
+    } else if (m_socket.state() == QAbstractSocket::UnconnectedState) {
+        onDisconnected();
+    }
+}
+
+bool GatewaySocket::turnIsSpent()
+{
+    if (!m_turn.isValid()) {
+        m_turn.start();
+        QMetaObject::invokeMethod(
+            this,
+            [this] {
+                if (!m_deliveryScheduled) {
+                    m_turn.invalidate();
+                }
+            },
+            Qt::QueuedConnection);
+        return false;
+    }
+    return m_turn.nsecsElapsed() > turnBudgetNs;
+}
+
+void GatewaySocket::onDisconnected()
+{
+    if (!m_queue.isEmpty()) {
+        return; // what arrived before the end is delivered first
+    }
+    const auto code = m_socket.closeCode();
+    if (code == QWebSocketProtocol::CloseCodeTooMuchData) {
+        finish(u"Gateway sent a message over 4 MiB"_s, Ending::Failed);
+    } else if (code == QWebSocketProtocol::CloseCodeWrongDatatype) {
+        finish(u"Gateway sent text that is not valid UTF-8"_s, Ending::Failed);
+    } else if (code == QWebSocketProtocol::CloseCodeNormal
+               || code == QWebSocketProtocol::CloseCodeGoingAway) {
+        const QString reason = m_socket.closeReason();
+        finish(reason.isEmpty() ? u"Gateway closed the connection"_s : reason, Ending::Clean);
+    } else {
+        const QString reason = m_socket.closeReason();
+        finish(reason.isEmpty() ? u"Gateway connection lost"_s : reason, Ending::Failed);
+    }
+}
+
+void GatewaySocket::onPingDue()
+{
+    if (!m_heardSincePing) {
+        finish(u"Gateway did not answer a ping within 20 s"_s, Ending::Failed);
+        return;
+    }
+    m_heardSincePing = false;
+    m_socket.ping();
+}
+
+void GatewaySocket::finish(const QString &reason, Ending ending)
+{
+    if (m_ended) {
+        return;
+    }
+    closeSilently();
+    Q_EMIT ended(reason, ending);
+}
+
+} // namespace bram

@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QByteArray>
+#include <QElapsedTimer>
+#include <QObject>
+#include <QQueue>
+#include <QTimer>
+#include <QUrl>
+#include <QWebSocket>
+
+namespace bram
+{
+
+/// One WebSocket to the gateway, from opening to its end.
+///
+/// Delivers messages in order and in small portions: however many arrive at once, a turn of the event
+/// loop handles no more than a few milliseconds' worth, so that the interface stays alive in a burst. A
+/// peer that has gone silent is given up: a ping every 20 s, and the end when nothing at all came back
+/// within 20 s of one. Messages over 4 MiB end the connection.
+class GatewaySocket final : public QObject
+{
+    Q_OBJECT
+
+public:
+    enum class Ending {
+        Clean, ///< the peer closed in good order
+        Failed,
+    };
+    Q_ENUM(Ending)
+
+    explicit GatewaySocket(const QUrl &url);
+    ~GatewaySocket() override;
+    Q_DISABLE_COPY_MOVE(GatewaySocket)
+
+    void open();
+    bool isOpen() const;
+
+    /// Sends one text message; false when the socket is not open.
+    bool send(const QByteArray &utf8);
+
+    /// Ends the connection with "going away". Nothing is emitted afterwards.
+    void closeSilently();
+
+Q_SIGNALS:
+    void opened();
+    void messageReceived(const QByteArray &utf8);
+    /// The connection has ended or could not be opened; emitted once, after the last message.
+    void ended(const QString &reason, bram::GatewaySocket::Ending ending);
+
+private:
+    void accept(const QByteArray &utf8);
+    void deliverQueued();
+    void onDisconnected();
+    void onPingDue();
+    void finish(const QString &reason, Ending ending);
+    bool turnIsSpent();
+
+    QUrl m_url;
+    QWebSocket m_socket;
+    QTimer m_openTimeout;
+    QTimer m_pingTimer;
+    QQueue<QByteArray> m_queue;
+    QElapsedTimer m_turn; ///< since the first message of this turn of the event loop
+    bool m_deliveryScheduled = false;
+    bool m_heardSincePing = true;
+    bool m_ended = false;
+};
+
+} // namespace bram

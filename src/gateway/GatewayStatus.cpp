@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "gateway/GatewayStatus.h"
+
+namespace bram
+{
+
+void GatewayStatus::setConnection(const QString &text, IndicatorState indicator)
+{
+    Lines lines = m_lines;
+    lines.connectionStatus = text;
+    lines.connectionIndicator = indicator;
+    publish(lines);
+}
+
+void GatewayStatus::setConnectionText(const QString &text)
+{
+    setConnection(text, m_lines.connectionIndicator);
+}
+
+void GatewayStatus::setTokenState(TokenSyncState state)
+{
+    Lines lines = m_lines;
+    lines.tokenState = state;
+    publish(lines);
+}
+
+void GatewayStatus::lockRemoteApproval(const QString &reason)
+{
+    Lines lines = m_lines;
+    lines.remoteApprovalLocked = true;
+    lines.remoteApprovalLockReason = reason;
+    publish(lines);
+}
+
+void GatewayStatus::unlockRemoteApproval()
+{
+    Lines lines = m_lines;
+    lines.remoteApprovalLocked = false;
+    lines.remoteApprovalLockReason.reset();
+    publish(lines);
+}
+
+void GatewayStatus::publish(const Lines &lines)
+{
+    if (lines == m_lines) {
+        return;
+    }
+    m_lines = lines;
+    Q_EMIT statusLinesChanged();
+}
+
+} // namespace bram

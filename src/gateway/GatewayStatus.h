@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "gateway/TokenSyncState.h"
+#include "model/IndicatorState.h"
+
+#include <QObject>
+#include <QString>
+
+#include <optional>
+
+namespace bram
+{
+
+/// The status lines about the gateway that every surface shows, and the lock on remote approvals.
+class GatewayStatus final : public QObject
+{
+    Q_OBJECT
+
+public:
+    struct Lines {
+        QString connectionStatus = QStringLiteral("Not connected to a gateway yet");
+        IndicatorState connectionIndicator = IndicatorState::Gray;
+        TokenSyncState tokenState = TokenSyncState::Checking;
+        bool remoteApprovalLocked = false; ///< decisions from chats are refused while set
+        std::optional<QString> remoteApprovalLockReason; ///< the disconnect reason that set the lock
+
+        bool operator==(const Lines &) const = default;
+    };
+
+    const Lines &lines() const { return m_lines; }
+
+    void setConnection(const QString &text, IndicatorState indicator);
+    /// Replaces the text and leaves the dot: what a decision met is not a state of the connection.
+    void setConnectionText(const QString &text);
+    void setTokenState(TokenSyncState state);
+    void lockRemoteApproval(const QString &reason);
+    void unlockRemoteApproval();
+
+Q_SIGNALS:
+    /// Some line really changed.
+    void statusLinesChanged();
+
+private:
+    void publish(const Lines &lines);
+
+    Lines m_lines;
+};
+
+} // namespace bram

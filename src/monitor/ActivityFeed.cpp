@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "monitor/ActivityFeed.h"
+
+#include <QUuid>
+
+namespace bram
+{
+
+void ActivityFeed::record(ActivityActor actor, ActivityAction action, const QString &detail,
+                          qint64 nowMs)
+{
+    const QString unique = QUuid::createUuid().toString(QUuid::WithoutBraces).first(6).toUpper();
+    m_entries.prepend({.id = QString::number(nowMs) + u'-' + unique,
+                       .actor = actor,
+                       .action = action,
+                       .detail = detail,
+                       .createdAt = QDateTime::fromMSecsSinceEpoch(nowMs)});
+    if (m_entries.size() > maxActivityItems) {
+        m_entries.resize(maxActivityItems);
+    }
+}
+
+} // namespace bram

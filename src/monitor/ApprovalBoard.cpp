@@ -1,0 +1,208 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "monitor/ApprovalBoard.h"
+
+#include "system/Clock.h"
+#include "system/SystemLog.h"
+
+#include <QPointer>
+
+namespace bram
+{
+
+using namespace Qt::StringLiterals;
+
+QList<ApprovalItem> deriveDisplayItems(const PopupQueue &popups, const PendingApprovals &pending,
+                                       const AgentFilter *filter)
+{
+    QList<ApprovalItem> items;
+    QSet<QStringView> seen;
+    const auto take = [&](const ApprovalItem &item) {
+        if (seen.contains(item.approvalId)) {
+            return;
+        }
+        seen.insert(item.approvalId);
+        if (filter == nullptr || filter->matches(item)) {
+            items.append(item);
+        }
+    };
+    if (popups.activeItem()) {
+        take(*popups.activeItem());
+    }
+    for (const auto &item : popups.waiting()) {
+        take(item);
+    }
+    for (const auto &item : pending.items()) {
+        take(item);
+    }
+    return items;
+}
+
+ApprovalBoard::ApprovalBoard(const Clock &clock, SystemLog &log, const MonitorPorts &ports)
+    : m_clock(clock)
+    , m_log(log)
+    , m_ports(ports)
+{
+}
+
+const ApprovalItem *ApprovalBoard::find(const QString &approvalId) const
+{
+    const auto *item = m_pending.find(approvalId);
+    // One that fell off the pending list may still wait for the popup.
+    return item != nullptr ? item : m_popups.find(approvalId);
+}
+
+const QList<ApprovalItem> &ApprovalBoard::displayItems() const
+{
+    if (m_displayStale) {
+        m_displayItems = deriveDisplayItems(m_popups, m_pending, m_ports.agentFilter);
+        m_displayStale = false;
+    }
+    return m_displayItems;
+}
+
+QString ApprovalBoard::commandFor(const QString &approvalId) const
+{
+    const auto *item = find(approvalId);
+    return item != nullptr ? item->command : m_history.commandFor(approvalId).value_or(QString());
+}
+
+void ApprovalBoard::add(const ApprovalItem &item)
+{
+    m_pending.upsert(item);
+    addToHistory(item);
+    refreshDerivedDisplays();
+    if (!passesFilter(item)) {
+        return;
+    }
+    if (m_popups.enqueue(item)) {
+        presentNextPopupIfNeeded();
+    }
+    if (!m_notifiedIds.contains(item.approvalId)) {
+        m_notifiedIds.insert(item.approvalId);
+        if (m_ports.notifier != nullptr) {
+            m_ports.notifier->schedule(item);
+        }
+    }
+}
+
+void ApprovalBoard::addToHistory(const ApprovalItem &item)
+{
+    m_history.upsertPending(item, m_clock.nowMs());
+    Q_EMIT historyChanged();
+}
+
+void ApprovalBoard::remove(const QString &approvalId, ApprovalHistoryState state)
+{
+    const bool wasListed = find(approvalId) != nullptr;
+    m_pending.remove(approvalId);
+    if (m_popups.remove(approvalId) && m_ports.popup != nullptr) {
+        m_ports.popup->dismiss();
+    }
+    if (m_notifiedIds.remove(approvalId) && m_ports.notifier != nullptr) {
+        m_ports.notifier->withdraw(approvalId);
+    }
+    m_history.update(approvalId, state, m_clock.nowMs());
+    Q_EMIT historyChanged();
+    refreshDerivedDisplays();
+    if (wasListed) {
+        Q_EMIT requestRemoved(approvalId, state);
+    }
+    presentNextPopupIfNeeded();
+}
+
+void ApprovalBoard::clearPending()
+{
+    m_pending.clear();
+    for (const auto &approvalId : std::exchange(m_notifiedIds, {})) {
+        if (m_ports.notifier != nullptr) {
+            m_ports.notifier->withdraw(approvalId);
+        }
+    }
+    dismissPopups();
+}
+
+void ApprovalBoard::clearHistory()
+{
+    m_history.clear();
+    Q_EMIT historyChanged();
+}
+
+void ApprovalBoard::recordActivity(ActivityActor actor, ActivityAction action,
+                                   const QString &detail)
+{
+    m_activity.record(actor, action, detail, m_clock.nowMs());
+    Q_EMIT activityChanged();
+}
+
+void ApprovalBoard::dismissPopups()
+{
+    m_popups.reset();
+    if (m_ports.popup != nullptr) {
+        m_ports.popup->dismiss();
+    }
+    refreshDerivedDisplays();
+}
+
+void ApprovalBoard::refreshDerivedDisplays()
+{
+    m_displayStale = true;
+    if (!m_publishScheduled) {
+        m_publishScheduled = true;
+        QMetaObject::invokeMethod(this, &ApprovalBoard::publish, Qt::QueuedConnection);
+    }
+}
+
+bool ApprovalBoard::passesFilter(const ApprovalItem &item) const
+{
+    return m_ports.agentFilter == nullptr || m_ports.agentFilter->matches(item);
+}
+
+void ApprovalBoard::presentNextPopupIfNeeded()
+{
+    if (m_ports.popup == nullptr) {
+        return;
+    }
+    const auto item = m_popups.takeNext();
+    if (!item) {
+        return;
+    }
+    m_log.write(QString(u"[Brackwen] presenting approval popup id="_s + item->approvalId));
+    m_ports.popup->present(
+        *item, [self = QPointer(this), id = item->approvalId](auto decision) {
+            if (self) {
+                self->onPopupAnswered(id, decision);
+            }
+        });
+    refreshDerivedDisplays();
+}
+
+void ApprovalBoard::onPopupAnswered(const QString &approvalId,
+                                    std::optional<ApprovalDecision> decision)
+{
+    m_log.write(QString(u"[Brackwen] approval popup response id="_s + approvalId + u" decision="_s
+                        + (decision ? rawText(*decision) : u"cancel"_s)));
+    if (decision) {
+        Q_EMIT decidedInPopup(approvalId, *decision);
+    }
+    m_popups.finish(approvalId);
+    refreshDerivedDisplays();
+    presentNextPopupIfNeeded();
+}
+
+void ApprovalBoard::publish()
+{
+    m_publishScheduled = false;
+    const auto previous = std::exchange(m_publishedItems, displayItems());
+    if (m_ports.mirror != nullptr) {
+        m_ports.mirror->update(m_pending.items());
+    }
+    if (m_publishedItems == previous) {
+        return;
+    }
+    Q_EMIT displayItemsChanged();
+    if (m_publishedItems.size() != previous.size()) {
+        Q_EMIT badgeCountChanged(m_publishedItems.size());
+    }
+}
+
+} // namespace bram

@@ -1,0 +1,102 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "model/ApprovalDecision.h"
+#include "model/ApprovalItem.h"
+#include "monitor/ActivityFeed.h"
+#include "monitor/ApprovalHistory.h"
+#include "monitor/MonitorPorts.h"
+#include "monitor/PendingApprovals.h"
+#include "monitor/PopupQueue.h"
+
+#include <QList>
+#include <QObject>
+#include <QSet>
+
+namespace bram
+{
+
+class Clock;
+class SystemLog;
+
+/// What views list: the request in the popup, those waiting for it, then the other pending ones; each id
+/// once, and only what the choice of agent lets through.
+QList<ApprovalItem> deriveDisplayItems(const PopupQueue &popups, const PendingApprovals &pending,
+                                       const AgentFilter *filter);
+
+/// The state that every surface shows: pending requests, the list derived from them for display,
+/// the popup, history and activity. Changed only by intake and resolution; views read it and follow its
+/// signals.
+///
+/// The derived list is recomputed when it is read after a change, and published once a turn of the
+/// event loop: a burst of requests costs one recomputation, not one each.
+class ApprovalBoard final : public QObject
+{
+    Q_OBJECT
+
+public:
+    ApprovalBoard(const Clock &clock, SystemLog &log, const MonitorPorts &ports);
+
+    /// All pending requests, newest first, at most 50.
+    const QList<ApprovalItem> &items() const { return m_pending.items(); }
+    /// The pending request with this id, listed or waiting for the popup; null when there is none.
+    const ApprovalItem *find(const QString &approvalId) const;
+    /// See `deriveDisplayItems`; up to date at every call.
+    const QList<ApprovalItem> &displayItems() const;
+    qsizetype menuBadgeCount() const { return displayItems().size(); }
+    const std::optional<ApprovalItem> &activePopupItem() const { return m_popups.activeItem(); }
+    const QList<ApprovalHistoryEntry> &history() const { return m_history.entries(); }
+    const QList<ActivityEntry> &activity() const { return m_activity.entries(); }
+
+    /// The command of the request with this id, pending or else from its newest history row; empty when
+    /// it is not known.
+    QString commandFor(const QString &approvalId) const;
+
+    /// Takes a request in: listed, in the history, and, if it passes the choice of agent, queued for the
+    /// popup and notified once.
+    void add(const ApprovalItem &item);
+    /// Only into the history: an always-allowed command is answered without being listed.
+    void addToHistory(const ApprovalItem &item);
+    /// Takes a request out everywhere, with what became of it.
+    void remove(const QString &approvalId, ApprovalHistoryState state);
+    /// Forgets every pending request here.
+    void clearPending();
+    void clearHistory();
+    void recordActivity(ActivityActor actor, ActivityAction action, const QString &detail);
+    /// Empties the popup's queue and takes the popup off the screen.
+    void dismissPopups();
+    /// To be called when the choice of agent has changed.
+    void refreshDerivedDisplays();
+
+Q_SIGNALS:
+    void displayItemsChanged();
+    void badgeCountChanged(qsizetype count);
+    void historyChanged();
+    void activityChanged();
+    /// A request left the list, with what became of it.
+    void requestRemoved(const QString &approvalId, bram::ApprovalHistoryState state);
+    /// A person has decided in the popup.
+    void decidedInPopup(const QString &approvalId, bram::ApprovalDecision decision);
+
+private:
+    bool passesFilter(const ApprovalItem &item) const;
+    void presentNextPopupIfNeeded();
+    void onPopupAnswered(const QString &approvalId, std::optional<ApprovalDecision> decision);
+    void publish();
+
+    const Clock &m_clock;
+    SystemLog &m_log;
+    MonitorPorts m_ports;
+    PendingApprovals m_pending;
+    ApprovalHistory m_history;
+    ActivityFeed m_activity;
+    PopupQueue m_popups;
+    QSet<QString> m_notifiedIds;
+
+    mutable QList<ApprovalItem> m_displayItems;
+    mutable bool m_displayStale = false; ///< to be derived anew when next read
+    QList<ApprovalItem> m_publishedItems;
+    bool m_publishScheduled = false;
+};
+
+} // namespace bram

@@ -1,0 +1,150 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "monitor/ApprovalMonitor.h"
+
+#include "gateway/GatewaySession.h"
+#include "gateway/GatewayStatus.h"
+#include "system/BackgroundTasks.h"
+#include "system/SystemLog.h"
+
+namespace bram
+{
+
+using namespace Qt::StringLiterals;
+
+ApprovalMonitor::ApprovalMonitor(const Collaborators &collaborators)
+    : m_collaborators(collaborators)
+    , m_board(collaborators.clock, collaborators.log, collaborators.ports)
+    , m_recorder({m_board, collaborators.audit, collaborators.clock, collaborators.log})
+    , m_resolver({.board = m_board,
+                  .recorder = m_recorder,
+                  .client = collaborators.client,
+                  .status = collaborators.status,
+                  .tasks = collaborators.tasks,
+                  .clock = collaborators.clock,
+                  .alwaysAllow = collaborators.ports.alwaysAllow,
+                  .commandLine = collaborators.commandLine})
+    , m_supervision({.session = collaborators.session,
+                     .status = collaborators.status,
+                     .audit = collaborators.audit,
+                     .clock = collaborators.clock,
+                     .log = collaborators.log})
+    , m_menuState(m_board, collaborators.status, collaborators.log)
+{
+    connect(&collaborators.client, &GatewayClient::eventReceived, this,
+            &ApprovalMonitor::handleGatewayEvent);
+    connect(&collaborators.client, &GatewayClient::stateChanged, this,
+            &ApprovalMonitor::handleConnectionState);
+    connect(&collaborators.client, &GatewayClient::handshakeCompleted, this,
+            [this] { m_supervision.handleHandshakeCompleted(); });
+    connect(&m_board, &ApprovalBoard::displayItemsChanged, this,
+            [this] { m_menuState.note(u"refresh"_s); });
+    connect(&m_board, &ApprovalBoard::decidedInPopup, this,
+            [this](const QString &approvalId, ApprovalDecision decision) {
+                m_resolver.resolve(approvalId, decision, DecisionOrigin::local(),
+                                   ActivityTracking::Record);
+            });
+}
+
+void ApprovalMonitor::start()
+{
+    m_collaborators.tasks.spawn(startUp(this), u"start"_s);
+}
+
+QCoro::Task<> ApprovalMonitor::startUp(QPointer<ApprovalMonitor> self)
+{
+    co_await self->m_collaborators.session.migrateLegacyCredentials();
+    if (!self) {
+        co_return;
+    }
+    self->m_collaborators.session.connectGateway();
+}
+
+void ApprovalMonitor::stop()
+{
+    m_resolver.stop();
+    m_collaborators.session.stop();
+}
+
+void ApprovalMonitor::reconnectGateway()
+{
+    m_board.recordActivity(ActivityActor::App, ActivityAction::ReconnectGateway, {});
+    m_collaborators.session.connectGateway();
+}
+
+void ApprovalMonitor::reloadGatewayToken()
+{
+    if (m_collaborators.session.reloadGatewayTokenFromConfig()) {
+        m_supervision.allowAutomaticTokenResync();
+        m_board.recordActivity(ActivityActor::App, ActivityAction::ReloadGatewayToken, {});
+    }
+}
+
+void ApprovalMonitor::clearPendingApprovals()
+{
+    m_recorder.forgetAll();
+    m_board.clearPending();
+}
+
+void ApprovalMonitor::clearHistory()
+{
+    m_board.clearHistory();
+}
+
+void ApprovalMonitor::handleGatewayEvent(const GatewayEvent &event)
+{
+    showConnectionAsWorking();
+    if (const auto *requested = std::get_if<ApprovalRequested>(&event)) {
+        onApprovalRequested(requested->item);
+    } else {
+        onApprovalResolved(std::get<ApprovalResolved>(event).approvalId);
+    }
+}
+
+void ApprovalMonitor::handleConnectionState(const GatewayConnectionState &state)
+{
+    m_supervision.handleConnectionState(state);
+    m_menuState.note(std::holds_alternative<GatewayConnecting>(state) ? u"state.connecting"_s
+                         : std::holds_alternative<GatewayConnected>(state)
+                         ? u"state.connected"_s
+                         : u"state.disconnected"_s);
+}
+
+void ApprovalMonitor::showConnectionAsWorking()
+{
+    auto &status = m_collaborators.status;
+    if (status.lines().connectionIndicator != IndicatorState::Green) {
+        status.setConnection(u"Gateway connected"_s, IndicatorState::Green);
+    }
+    const auto token = tokenIndicator(status.lines().tokenState);
+    if (token != IndicatorState::Red && token != IndicatorState::Green) {
+        status.setTokenState(TokenSyncState::Matching);
+    }
+}
+
+void ApprovalMonitor::onApprovalRequested(const ApprovalItem &item)
+{
+    m_collaborators.log.write(
+        QString(u"[Brackwen] event exec.approval.requested id="_s + item.approvalId));
+    m_recorder.recordRequested(item);
+    const auto *rules = m_collaborators.ports.alwaysAllow;
+    if (rules != nullptr && rules->allows(item.command)) {
+        m_board.addToHistory(item);
+        m_resolver.resolve(item.approvalId, ApprovalDecision::AllowOnce, DecisionOrigin::local(),
+                           ActivityTracking::Record);
+        m_menuState.note(u"approval.auto-allow"_s);
+        return;
+    }
+    m_board.add(item);
+    m_menuState.note(u"approval.requested"_s);
+}
+
+void ApprovalMonitor::onApprovalResolved(const QString &approvalId)
+{
+    m_collaborators.log.write(
+        QString(u"[Brackwen] event exec.approval.resolved id="_s + approvalId));
+    m_recorder.recordExternalResolved(approvalId, u"gateway-event"_s);
+    removeApproval(m_board, m_recorder, approvalId, ApprovalHistoryState::Resolved);
+    m_menuState.note(u"approval.resolved"_s);
+}
+
+} // namespace bram

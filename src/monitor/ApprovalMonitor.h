@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "gateway/ConnectionSupervision.h"
+#include "model/GatewayEvent.h"
+#include "monitor/ApprovalBoard.h"
+#include "monitor/ApprovalRecorder.h"
+#include "monitor/DecisionResolver.h"
+#include "monitor/MenuStateLog.h"
+
+#include <QCoro/QCoroTask>
+#include <QObject>
+
+namespace bram
+{
+
+/// The coordinator: joins the gateway's reports, the board that views show, the record and the decisions.
+/// Each of these subjects is a class of its own; here is only what passes between them. Main thread only.
+class ApprovalMonitor final : public QObject
+{
+    Q_OBJECT
+
+public:
+    struct Collaborators {
+        GatewayClient &client;
+        GatewaySession &session;
+        GatewayStatus &status;
+        AuditLogStore &audit;
+        BackgroundTasks &tasks;
+        const Clock &clock;
+        SystemLog &log;
+        MonitorPorts ports;
+        CommandLineUse commandLine = CommandLineUse::Allowed;
+    };
+
+    explicit ApprovalMonitor(const Collaborators &collaborators);
+
+    /// Goes through the steps of the start in their order. Returns at once.
+    void start();
+
+    /// Ends the connection; decisions still under way end as failed. Nothing starts afterwards.
+    void stop();
+
+    const ApprovalBoard &board() const { return m_board; }
+    const GatewayStatus &gatewayStatus() const { return m_collaborators.status; }
+    const ApprovalMetrics &metrics() const { return m_recorder.metrics(); }
+    DecisionResolver &decisions() { return m_resolver; }
+
+    /// Connects anew, on the operator's wish.
+    void reconnectGateway();
+    /// Takes the token from the platform's configuration file and connects anew.
+    void reloadGatewayToken();
+    /// Forgets every pending request here, without telling the gateway.
+    void clearPendingApprovals();
+    void clearHistory();
+
+    /// Takes a gateway event in, from the client or from a simulation.
+    void handleGatewayEvent(const GatewayEvent &event);
+    /// Takes a report of the connection in, from the client or from a simulation.
+    void handleConnectionState(const GatewayConnectionState &state);
+
+private:
+    static QCoro::Task<> startUp(QPointer<ApprovalMonitor> self);
+    void onApprovalRequested(const ApprovalItem &item);
+    void onApprovalResolved(const QString &approvalId);
+    void showConnectionAsWorking();
+
+    Collaborators m_collaborators;
+    ApprovalBoard m_board;
+    ApprovalRecorder m_recorder;
+    DecisionResolver m_resolver;
+    ConnectionSupervision m_supervision;
+    MenuStateLog m_menuState;
+};
+
+} // namespace bram

@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "audit/AuditEventRecord.h"
+#include "model/ApprovalDecision.h"
+#include "model/ApprovalHistoryEntry.h"
+#include "model/ApprovalItem.h"
+#include "monitor/ApprovalMetrics.h"
+
+#include <QHash>
+#include <QString>
+
+#include <optional>
+
+namespace bram
+{
+
+class ApprovalBoard;
+class AuditLogStore;
+class Clock;
+struct DecisionOrigin;
+class SystemLog;
+
+/// Counts what happens to requests and puts each event on record: the counters, the metrics log line and
+/// the audit log.
+class ApprovalRecorder
+{
+public:
+    struct Collaborators {
+        const ApprovalBoard &board;
+        AuditLogStore &audit;
+        const Clock &clock;
+        SystemLog &log;
+    };
+
+    explicit ApprovalRecorder(const Collaborators &collaborators);
+
+    const ApprovalMetrics &metrics() const { return m_metrics; }
+
+    /// A request event; one repeated for a known request is not counted again.
+    void recordRequested(const ApprovalItem &item);
+
+    void recordDecisionRequested(const QString &approvalId, ApprovalDecision decision,
+                                 const DecisionOrigin &origin);
+    void recordIgnoredDuplicate(const QString &approvalId, ApprovalDecision decision,
+                                const DecisionOrigin &origin);
+    void recordExpired(const ApprovalItem &item, ApprovalDecision decision,
+                       const DecisionOrigin &origin);
+    void recordResolveFailed(const QString &approvalId, ApprovalDecision decision,
+                             const DecisionOrigin &origin, const QString &failure);
+
+    /// The gateway has confirmed a decision that went by `transport` ("gateway" or "cli").
+    void recordResolved(const QString &approvalId, ApprovalDecision decision,
+                        const QString &transport, const DecisionOrigin &origin);
+    void recordUnknownApproval(const QString &approvalId, const QString &source);
+
+    /// Decided by another client. Counts only while the request is still pending here.
+    void recordExternalResolved(const QString &approvalId, const QString &source);
+
+    /// Drops the creation time kept for a request that was taken off the list.
+    void forget(const QString &approvalId) { m_createdAtMs.remove(approvalId); }
+    void forgetAll() { m_createdAtMs.clear(); }
+
+private:
+    AuditEventRecord decisionRecord(QLatin1StringView kind, const QString &approvalId,
+                                    ApprovalDecision decision, const DecisionOrigin &origin) const;
+    std::optional<qint64> consumeLatencyMs(const QString &approvalId);
+    void logMetricsSnapshot(const QString &reason, std::optional<qint64> latencyMs);
+
+    Collaborators m_collaborators;
+    ApprovalMetrics m_metrics;
+    QHash<QString, qint64> m_createdAtMs; ///< by approval id, while pending
+};
+
+/// Takes a request off the board and out of the recorder's books.
+void removeApproval(ApprovalBoard &board, ApprovalRecorder &recorder, const QString &approvalId,
+                    ApprovalHistoryState state);
+
+} // namespace bram

@@ -1,0 +1,130 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "gateway/GatewayClient.h"
+#include "model/ApprovalDecision.h"
+#include "monitor/ApprovalRecorder.h"
+
+#include <QCoro/QCoroTask>
+#include <QObject>
+#include <QPointer>
+#include <QSet>
+#include <QString>
+#include <QStringList>
+
+namespace bram
+{
+
+class AlwaysAllowRules;
+class ApprovalBoard;
+class BackgroundTasks;
+class Clock;
+class GatewayStatus;
+
+/// Who decided, in the texts that audit records carry.
+struct DecisionOrigin {
+    QString source;
+    QString actor;
+
+    /// A person at one of this application's own surfaces.
+    static DecisionOrigin local();
+
+    bool operator==(const DecisionOrigin &) const = default;
+};
+
+/// Whether a decision gets a row of its own in the activity feed; bulk actions have one for all.
+enum class ActivityTracking {
+    Record,
+    Skip,
+};
+
+/// What came of a decision.
+struct DecisionOutcome {
+    enum class Kind {
+        Confirmed, ///< the gateway has taken it
+        ResolvedElsewhere, ///< somebody else was first
+        Expired, ///< never sent; the request's time was over
+        Failed, ///< the request is still pending and can be decided again
+        IgnoredDuplicate, ///< another decision for the request is on its way
+    };
+
+    Kind kind = Kind::Confirmed;
+    QString message; ///< of `Failed`: why
+
+    bool operator==(const DecisionOutcome &) const = default;
+};
+
+/// Whether a decision may go by the platform's command-line tool when the gateway connection fails it.
+enum class CommandLineUse {
+    Allowed,
+    Never, ///< practice: the tool would reach the operator's real gateway
+};
+
+/// True when this refusal says that the request no longer exists on the gateway.
+bool isUnknownApprovalError(const QString &description);
+
+/// The one road of every decision, whoever takes it: to the gateway, or by the command-line tool when the
+/// gateway cannot be reached, and onto the record. At most one decision for a request is under way; the
+/// first wins. Main thread only.
+class DecisionResolver final : public QObject
+{
+    Q_OBJECT
+
+public:
+    struct Collaborators {
+        ApprovalBoard &board;
+        ApprovalRecorder &recorder;
+        GatewayClient &client;
+        GatewayStatus &status;
+        BackgroundTasks &tasks;
+        const Clock &clock;
+        AlwaysAllowRules *alwaysAllow; ///< may be null
+        CommandLineUse commandLine;
+    };
+
+    explicit DecisionResolver(const Collaborators &collaborators);
+
+    /// Starts the decision and returns at once; `decisionSettled` tells how it ended.
+    void resolve(const QString &approvalId, ApprovalDecision decision, const DecisionOrigin &origin,
+                 ActivityTracking tracking);
+
+    /// Decides those of the listed requests that are displayed, with one activity row for all.
+    void resolveListed(const QStringList &approvalIds, ApprovalDecision decision);
+
+    /// Decides everything displayed.
+    void resolveAllPending(ApprovalDecision decision);
+
+    /// Denies everything displayed and takes the popup off the screen.
+    void denyAllPendingAndDismissPopups();
+
+    bool isResolving(const QString &approvalId) const { return m_resolvingIds.contains(approvalId); }
+    bool isIdle() const { return m_resolvingIds.isEmpty(); }
+
+    /// From here on a failed decision ends as it is: nothing new is started.
+    void stop() { m_stopped = true; }
+
+Q_SIGNALS:
+    void decisionSettled(const QString &approvalId, bram::ApprovalDecision decision,
+                         const bram::DecisionOutcome &outcome);
+
+private:
+    struct Attempt {
+        QString approvalId;
+        ApprovalDecision decision;
+        DecisionOrigin origin;
+        ActivityTracking tracking;
+    };
+
+    static QCoro::Task<> travel(QPointer<DecisionResolver> self, Attempt attempt);
+    void onConfirmed(const Attempt &attempt, const QString &transport);
+    void onUnknown(const Attempt &attempt, const QString &transport);
+    void onFailed(const Attempt &attempt, const QString &failure);
+    void settle(const Attempt &attempt, const DecisionOutcome &outcome);
+    void resolveEach(const QStringList &approvalIds, ApprovalDecision decision);
+
+    Collaborators m_collaborators;
+    QSet<QString> m_resolvingIds;
+    bool m_stopped = false;
+};
+
+} // namespace bram

@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "monitor/PopupQueue.h"
+
+#include <algorithm>
+
+namespace bram
+{
+
+bool PopupQueue::enqueue(const ApprovalItem &item)
+{
+    if (m_queuedIds.contains(item.approvalId)) {
+        return false;
+    }
+    m_queuedIds.insert(item.approvalId);
+    m_waiting.append(item);
+    return true;
+}
+
+const ApprovalItem *PopupQueue::find(const QString &approvalId) const
+{
+    if (m_active && m_active->approvalId == approvalId) {
+        return &*m_active;
+    }
+    if (!m_queuedIds.contains(approvalId)) {
+        return nullptr;
+    }
+    const auto found = std::ranges::find(m_waiting, approvalId, &ApprovalItem::approvalId);
+    return found == m_waiting.end() ? nullptr : &*found;
+}
+
+std::optional<ApprovalItem> PopupQueue::takeNext()
+{
+    if (m_active || m_waiting.isEmpty()) {
+        return std::nullopt;
+    }
+    m_active = m_waiting.takeFirst();
+    return m_active;
+}
+
+void PopupQueue::finish(const QString &approvalId)
+{
+    if (m_active && m_active->approvalId == approvalId) {
+        m_active.reset();
+    }
+}
+
+bool PopupQueue::remove(const QString &approvalId)
+{
+    if (m_queuedIds.remove(approvalId)) {
+        m_waiting.removeIf([&](const ApprovalItem &item) { return item.approvalId == approvalId; });
+    }
+    if (!m_active || m_active->approvalId != approvalId) {
+        return false;
+    }
+    m_active.reset();
+    return true;
+}
+
+void PopupQueue::reset()
+{
+    m_waiting.clear();
+    m_queuedIds.clear();
+    m_active.reset();
+}
+
+} // namespace bram

@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "model/ApprovalItem.h"
+
+#include <QList>
+#include <QSet>
+
+#include <optional>
+
+namespace bram
+{
+
+/// Which request the popup shows and which wait for it, in order of arrival. A request that was queued
+/// once is not queued again until it has been removed.
+class PopupQueue
+{
+public:
+    const QList<ApprovalItem> &waiting() const { return m_waiting; }
+    const std::optional<ApprovalItem> &activeItem() const { return m_active; }
+
+    /// False when the request had been queued before.
+    bool enqueue(const ApprovalItem &item);
+
+    /// The request on the screen or waiting for it; null when it is neither.
+    const ApprovalItem *find(const QString &approvalId) const;
+
+    /// Takes the next request onto the screen; nothing when one is there or none waits.
+    std::optional<ApprovalItem> takeNext();
+
+    /// The popup for this request was answered or closed; says nothing about another one.
+    void finish(const QString &approvalId);
+
+    /// Forgets a request that is no longer pending. True when it was the one on the screen.
+    bool remove(const QString &approvalId);
+
+    void reset();
+
+private:
+    QList<ApprovalItem> m_waiting;
+    QSet<QString> m_queuedIds; ///< ever queued and not removed since
+    std::optional<ApprovalItem> m_active;
+};
+
+} // namespace bram
