@@ -11,9 +11,9 @@ function(bram_room name)
 endfunction()
 
 # One test program for each room. `LABELS unit` runs under the sanitizers as well; `SERIAL` is for
-# what needs a machine-wide resource to itself.
+# what needs a machine-wide resource to itself; `LAUNCHER` is a command that the program is run with.
 function(bram_test name)
-    cmake_parse_arguments(ARG "SERIAL" "LABEL;TIMEOUT" "SOURCES;DEPS" ${ARGN})
+    cmake_parse_arguments(ARG "SERIAL" "LABEL;TIMEOUT" "SOURCES;DEPS;LAUNCHER" ${ARGN})
     add_executable(${name} ${ARG_SOURCES})
     target_link_libraries(${name} PRIVATE bram_options bram_testsupport ${ARG_DEPS})
     target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
@@ -24,7 +24,7 @@ function(bram_test name)
     if(NOT ARG_TIMEOUT)
         set(ARG_TIMEOUT 120)
     endif()
-    add_test(NAME ${name} COMMAND ${name})
+    add_test(NAME ${name} COMMAND ${ARG_LAUNCHER} $<TARGET_FILE:${name}>)
     set_tests_properties(${name} PROPERTIES LABELS ${ARG_LABEL} TIMEOUT ${ARG_TIMEOUT})
     if(ARG_SERIAL)
         set_tests_properties(${name} PROPERTIES RUN_SERIAL ON)

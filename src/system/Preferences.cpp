@@ -33,6 +33,7 @@ void Preferences::setText(const QString &key, const QString &value)
     if (text(key) == value) {
         return;
     }
+    m_isChanged = true;
     makePrivate();
     m_settings.setValue(key, value);
 }
@@ -42,21 +43,29 @@ void Preferences::remove(const QString &key)
     if (!m_settings.contains(key)) {
         return;
     }
+    m_isChanged = true;
     makePrivate();
     m_settings.remove(key);
 }
 
 bool Preferences::save()
 {
-    m_settings.sync();
-    if (m_settings.status() != QSettings::AccessError) {
+    if (!m_isChanged) {
         return true;
     }
-    // An error sticks to the object that met it, also after a later success. Objects of the same
-    // file share what is still to be written, so a new one tells how it stands now.
-    QSettings attempt(m_path, QSettings::IniFormat);
-    attempt.sync();
-    return attempt.status() != QSettings::AccessError;
+    makePrivate(); // again: what kept an earlier change from being written may be gone
+    m_settings.sync();
+    if (m_settings.status() == QSettings::AccessError) {
+        // An error sticks to the object that met it, also after a later success. Objects of the same
+        // file share what is still to be written, so a new one tells how it stands now.
+        QSettings attempt(m_path, QSettings::IniFormat);
+        attempt.sync();
+        if (attempt.status() == QSettings::AccessError) {
+            return false;
+        }
+    }
+    m_isChanged = false;
+    return true;
 }
 
 /// QSettings would make the folder 0755, and would write a new file 0644 before it narrows it to

@@ -30,6 +30,7 @@ public:
 private:
     void makePrivate() const;
 
+    bool m_isChanged = false;
     QString m_path;
     QSettings m_settings;
 };

@@ -26,7 +26,8 @@ QByteArray toLogBytes(QStringView line)
 }
 } // namespace
 
-SyslogLog::SyslogLog()
+SyslogLog::SyslogLog(Targets targets)
+    : m_targets(targets)
 {
     openlog("bram", LOG_PID, LOG_USER);
 }
@@ -40,19 +41,15 @@ void SyslogLog::write(QStringView line)
 {
     const QByteArray bytes = toLogBytes(line);
     const std::scoped_lock lock(m_mutex);
-    syslog(LOG_INFO, "%.*s", static_cast<int>(bytes.size() - 1), bytes.constData());
-    if (m_standardError == StandardError::Write) {
+    if (m_targets.testFlag(Syslog)) {
+        syslog(LOG_INFO, "%.*s", static_cast<int>(bytes.size() - 1), bytes.constData());
+    }
+    if (m_targets.testFlag(StandardError)) {
         // One call a line, so that lines of several writers do not mix. A closed or full standard
         // error is no reason to stop.
         [[maybe_unused]] const auto written
             = ::write(STDERR_FILENO, bytes.constData(), static_cast<size_t>(bytes.size()));
     }
-}
-
-void SyslogLog::setStandardError(StandardError use)
-{
-    const std::scoped_lock lock(m_mutex);
-    m_standardError = use;
 }
 
 } // namespace bram

@@ -3,30 +3,34 @@
 
 #include "system/SystemLog.h"
 
+#include <QFlags>
+
 #include <mutex>
 
 namespace bram
 {
 
-/// Writes each line to syslog(3) and to standard error.
+/// Writes each line to syslog(3), to standard error, or to both.
 class SyslogLog final : public SystemLog
 {
 public:
-    enum class StandardError {
-        Write,
-        Skip, ///< for a terminal that the program draws on itself
+    enum Target {
+        Syslog = 1,
+        StandardError = 2,
     };
+    Q_DECLARE_FLAGS(Targets, Target)
 
-    SyslogLog();
+    explicit SyslogLog(Targets targets);
     ~SyslogLog() override;
     Q_DISABLE_COPY_MOVE(SyslogLog)
 
     void write(QStringView line) override;
-    void setStandardError(StandardError use);
 
 private:
+    const Targets m_targets;
     std::mutex m_mutex;
-    StandardError m_standardError = StandardError::Write;
 };
+
+Q_DECLARE_OPERATORS_FOR_FLAGS(SyslogLog::Targets)
 
 } // namespace bram

@@ -1,0 +1,109 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "config/BrackwenConfig.h"
+
+#include "system/Files.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonDocument>
+#include <QSet>
+
+#include <algorithm>
+#include <pwd.h>
+#include <unistd.h>
+#include <vector>
+
+namespace bram
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+constexpr qint64 maxConfigBytes = 16 * 1024 * 1024;
+
+QString platformFileIn(const QString &home)
+{
+    return home + u"/.brackwen/brackwen.json"_s;
+}
+} // namespace
+
+AccountFacts AccountFacts::ofProcess()
+{
+    AccountFacts facts;
+    facts.homeFolder = QDir::homePath();
+    passwd entry = {};
+    passwd *found = nullptr;
+    std::vector<char> buffer(16 * 1024);
+    while (::getpwuid_r(::getuid(), &entry, buffer.data(), buffer.size(), &found) == ERANGE) {
+        buffer.resize(buffer.size() * 2);
+    }
+    if (found != nullptr) {
+        facts.loginName = QFile::decodeName(entry.pw_name);
+        if (const QString home = QFile::decodeName(entry.pw_dir); !home.isEmpty()) {
+            facts.userDatabaseHome = home;
+        }
+    }
+    return facts;
+}
+
+BrackwenConfig::BrackwenConfig(const Environment &environment, const AccountFacts &account)
+    : m_environment(environment)
+    , m_account(account)
+{
+}
+
+QStringList BrackwenConfig::candidatePaths() const
+{
+    QStringList paths;
+    QSet<QString> places;
+    const auto add = [&](const QString &path) {
+        const QString place = QDir::cleanPath(QFileInfo(path).absoluteFilePath());
+        if (!places.contains(place)) {
+            places.insert(place);
+            paths.append(path);
+        }
+    };
+    if (const auto named = m_environment.trimmed(u"BRACKWEN_CONFIG"_s)) {
+        add(QFileInfo(*named).isDir() ? *named + u"/brackwen.json"_s : *named);
+    }
+    add(platformFileIn(m_account.homeFolder));
+    if (const auto home = m_environment.trimmed(u"HOME"_s)) {
+        add(platformFileIn(*home));
+    }
+    if (m_account.userDatabaseHome) {
+        add(platformFileIn(*m_account.userDatabaseHome));
+    }
+    if (!m_account.loginName.isEmpty()) {
+        const QString home = m_account.usersFolder + u'/' + m_account.loginName;
+        add(platformFileIn(home));
+        add(platformFileIn(home + u"/Library/Containers/QX.BrackwenApprovalsMenu/Data"_s));
+    }
+    return paths;
+}
+
+QList<QJsonObject> BrackwenConfig::loadObjects() const
+{
+    QList<QJsonObject> objects;
+    for (const QString &path : candidatePaths()) {
+        const auto content = readRegularFile(path, maxConfigBytes);
+        if (!content) {
+            continue;
+        }
+        const QJsonDocument document = QJsonDocument::fromJson(*content);
+        if (document.isObject()) {
+            objects.append(document.object());
+        }
+    }
+    return objects;
+}
+
+bool BrackwenConfig::isPresent() const
+{
+    return std::ranges::any_of(candidatePaths(), [](const QString &path) {
+        return readRegularFile(path, maxConfigBytes).has_value();
+    });
+}
+
+} // namespace bram
