@@ -36,4 +36,11 @@ std::expected<DeviceIdentity, Error> makeNewIdentity();
 std::optional<DeviceIdentity> validatedIdentity(const QString &deviceId, const QString &publicKey,
                                                 const QByteArray &privateKeyRaw);
 
+/// The stored form of a private key: standard base64 with padding.
+QString privateKeyToText(const QByteArray &privateKeyRaw);
+
+/// The bytes of a stored private key; nothing when `text` holds anything but standard base64 with its
+/// padding, such as blanks or base64url characters.
+std::optional<QByteArray> privateKeyFromText(const QString &text);
+
 } // namespace bram

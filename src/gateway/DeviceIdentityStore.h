@@ -2,8 +2,11 @@
 #pragma once
 
 #include "gateway/DeviceIdentity.h"
+#include "system/Reply.h"
 
 #include <QCoro/QCoroTask>
+
+#include <vector>
 
 namespace bram
 {
@@ -11,6 +14,7 @@ namespace bram
 class Preferences;
 class SecretStore;
 class SystemLog;
+struct KeychainError;
 
 /// Keeps the device identity: in the keyring, or in the preferences where the keyring cannot be used.
 /// Copies one that an earlier release left in the preferences to the keyring. The preferences are
@@ -21,16 +25,29 @@ public:
     DeviceIdentityStore(SecretStore &secrets, Preferences &preferences, SystemLog &log);
 
     /// The identity to use, made and stored when there is none. Called for every handshake, so that a
-    /// keyring that becomes readable later is picked up. Fails only when no key can be made. The store
-    /// must outlive the task.
+    /// keyring that becomes readable later is picked up. A call made while another is still waiting for
+    /// the keyring shares its result: two at once would each make an identity and mix them in the
+    /// keyring. Fails only when no key can be made. The store must outlive the task.
     QCoro::Task<std::expected<DeviceIdentity, Error>> loadOrCreate();
 
 private:
+    using Result = std::expected<DeviceIdentity, Error>;
+
+    Reply<Result> joinRunning();
+    QCoro::Task<Result> loadOrCreateAlone();
     QCoro::Task<std::optional<DeviceIdentity>> migrateLegacyDefaultsToKeychainIfNeeded();
+    QCoro::Task<std::optional<DeviceIdentity>> readKeychain();
+    QCoro::Task<std::expected<void, KeychainError>> writeKeychain(DeviceIdentity identity);
+    std::optional<DeviceIdentity> readDefaults() const;
+    void writeDefaults(const DeviceIdentity &identity);
+    void clearDefaults();
+    void savePreferences();
 
     SecretStore &m_secrets;
     Preferences &m_preferences;
     SystemLog &m_log;
+    bool m_isLoading = false;
+    std::vector<ReplySource<Result>> m_waiting; ///< calls that share the running one's result
 };
 
 } // namespace bram
