@@ -278,7 +278,7 @@ void PracticeGateway::takeDecision(PracticeConnection *connection, const QString
     case DecisionFault::NeverAnswer:
         break;
     }
-    received.outcome = DecisionOutcome::Unanswered;
+    received.outcome = PracticeAnswer::Unanswered;
     Q_EMIT decisionReceived(received);
 }
 
@@ -305,7 +305,7 @@ void PracticeGateway::refuseDecision(PracticeConnection *connection, const QStri
                                      ReceivedDecision received, const QString &message)
 {
     connection->answerError(requestId, message);
-    received.outcome = DecisionOutcome::Refused;
+    received.outcome = PracticeAnswer::Refused;
     received.refusal = message;
     Q_EMIT decisionReceived(received);
 }

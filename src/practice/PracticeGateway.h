@@ -49,7 +49,7 @@ struct DecisionBehaviour {
     QString text {};
 };
 
-enum class DecisionOutcome {
+enum class PracticeAnswer {
     Accepted,
     Refused, ///< answered with an error
     Unanswered,
@@ -59,7 +59,7 @@ enum class DecisionOutcome {
 struct ReceivedDecision {
     QString approvalId {};
     ApprovalDecision decision = ApprovalDecision::Deny;
-    DecisionOutcome outcome = DecisionOutcome::Accepted;
+    PracticeAnswer outcome = PracticeAnswer::Accepted;
     QString refusal {}; ///< the error text sent; empty unless refused
 };
 

@@ -107,8 +107,8 @@ TEST_F(PracticeGatewayTest, TakesADecisionOnce)
 
     ASSERT_EQ(m_decisions.size(), 5);
     EXPECT_EQ(m_decisions.at(0).decision, ApprovalDecision::AllowOnce);
-    EXPECT_EQ(m_decisions.at(0).outcome, DecisionOutcome::Accepted);
-    EXPECT_EQ(m_decisions.at(4).outcome, DecisionOutcome::Refused);
+    EXPECT_EQ(m_decisions.at(0).outcome, PracticeAnswer::Accepted);
+    EXPECT_EQ(m_decisions.at(4).outcome, PracticeAnswer::Refused);
     EXPECT_TRUE(m_gateway.pendingItems().isEmpty());
 }
 
@@ -125,7 +125,7 @@ TEST_F(PracticeGatewayTest, MisbehavesWhenTold)
     m_gateway.setDecisionBehaviour({.fault = DecisionFault::NeverAnswer});
     client->send(u"exec.approval.resolve"_s, decision(u"a"_s));
     ASSERT_TRUE(waitUntil([&] { return m_decisions.size() == 2; }));
-    EXPECT_EQ(m_decisions.last().outcome, DecisionOutcome::Unanswered);
+    EXPECT_EQ(m_decisions.last().outcome, PracticeAnswer::Unanswered);
 
     m_gateway.setDecisionBehaviour({.fault = DecisionFault::DropSocket});
     EXPECT_EQ(decide(*client, u"a"_s), u"no response"_s);

@@ -16,11 +16,11 @@ namespace
 QString outcomeText(const ReceivedDecision &decision)
 {
     switch (decision.outcome) {
-    case DecisionOutcome::Accepted:
+    case PracticeAnswer::Accepted:
         return u"accepted"_s;
-    case DecisionOutcome::Unanswered:
+    case PracticeAnswer::Unanswered:
         return u"unanswered"_s;
-    case DecisionOutcome::Refused:
+    case PracticeAnswer::Refused:
         break;
     }
     return u"refused: "_s + honestLine(decision.refusal).text;

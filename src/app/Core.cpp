@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "app/Core.h"
+
+namespace bram
+{
+
+namespace
+{
+constexpr AuditLogLimits auditLimits {
+    .maxBytes = 10'485'760, .retentionDays = 30, .maxArchives = 24};
+} // namespace
+
+Core::Core(const World &world)
+    : m_tasks(world.log)
+    , m_preferences(world.places.preferencesFile)
+    , m_audit(world.places.dataFolder, auditLimits, world.log)
+    , m_identities(world.secrets, m_preferences, world.log)
+    , m_credentials(BrackwenConfig(world.places.environment, world.places.account), world.secrets,
+                    m_preferences, world.log)
+    , m_client({.identities = m_identities,
+                .clock = world.clock,
+                .log = world.log,
+                .tasks = m_tasks})
+    , m_session({.client = m_client,
+                 .credentials = m_credentials,
+                 .status = m_status,
+                 .tasks = m_tasks},
+                world.places.environment)
+    , m_monitor({.client = m_client,
+                 .session = m_session,
+                 .status = m_status,
+                 .audit = m_audit,
+                 .tasks = m_tasks,
+                 .clock = world.clock,
+                 .log = world.log,
+                 .ports = world.ports,
+                 .commandLine = world.commandLine})
+{
+}
+
+} // namespace bram

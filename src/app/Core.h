@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "app/Places.h"
+#include "audit/AuditLogStore.h"
+#include "gateway/DeviceIdentityStore.h"
+#include "gateway/GatewayClient.h"
+#include "gateway/GatewayCredentialStore.h"
+#include "gateway/GatewaySession.h"
+#include "gateway/GatewayStatus.h"
+#include "monitor/ApprovalMonitor.h"
+#include "system/BackgroundTasks.h"
+#include "system/Preferences.h"
+
+namespace bram
+{
+
+class Clock;
+class SecretStore;
+class SystemLog;
+
+/// All objects below the front-ends, made once and in order. They go in the opposite order; the audit store
+/// writes what it was given before it is gone.
+class Core
+{
+public:
+    struct World {
+        Places places;
+        SecretStore &secrets;
+        const Clock &clock;
+        SystemLog &log;
+        MonitorPorts ports {};
+        CommandLineUse commandLine = CommandLineUse::Allowed;
+    };
+
+    explicit Core(const World &world);
+
+    ApprovalMonitor &monitor() { return m_monitor; }
+    BackgroundTasks &tasks() { return m_tasks; }
+    AuditLogStore &audit() { return m_audit; }
+
+private:
+    BackgroundTasks m_tasks;
+    Preferences m_preferences;
+    AuditLogStore m_audit;
+    DeviceIdentityStore m_identities;
+    GatewayCredentialStore m_credentials;
+    GatewayStatus m_status;
+    GatewayClient m_client;
+    GatewaySession m_session;
+    ApprovalMonitor m_monitor;
+};
+
+} // namespace bram

@@ -1,0 +1,122 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "monitor/MonitorFixture.h"
+
+using namespace bram;
+using namespace bram::test;
+
+namespace
+{
+
+/// A popup whose answers a test gives, also late ones.
+class TestPopup final : public ApprovalPopup
+{
+public:
+    void present(const ApprovalItem &item, Completion completion) override
+    {
+        shown.append(item.approvalId);
+        completions.append(std::move(completion));
+        ++onScreen;
+    }
+    void dismiss() override { onScreen = 0; }
+
+    QStringList shown;
+    QList<Completion> completions;
+    int onScreen = 0;
+};
+
+class PopupOrder : public MonitorFixture
+{
+protected:
+    PopupOrder() { ports.popup = &popup; }
+    TestPopup popup;
+};
+
+} // namespace
+
+TEST_F(PopupOrder, OneAtATimeInOrderOfArrivalAndClosingDecidesNothing)
+{
+    makeConnectedCore();
+    request(item("first"));
+    request(item("second"));
+    EXPECT_EQ(popup.shown, QStringList(QStringLiteral("first")));
+
+    popup.completions.takeFirst()(std::nullopt);
+    EXPECT_EQ(popup.shown.last(), QStringLiteral("second"));
+    EXPECT_EQ(board().displayItems().first().approvalId, QStringLiteral("second"));
+    EXPECT_EQ(board().menuBadgeCount(), 2);
+
+    popup.completions.takeFirst()(ApprovalDecision::Deny);
+    ASSERT_TRUE(waitSettled(1));
+    EXPECT_EQ(received.size(), 1);
+    EXPECT_EQ(received.first().approvalId, QStringLiteral("second"));
+    // The one that was closed is not asked about again, but stays listed.
+    EXPECT_EQ(popup.shown.size(), 2);
+    EXPECT_EQ(board().menuBadgeCount(), 1);
+}
+
+TEST_F(PopupOrder, RequestDecidedElsewhereLeavesThePopupAndALateAnswerIsNotTakenForTheNext)
+{
+    makeConnectedCore();
+    request(item("gone"));
+    request(item("next"));
+    gateway.resolveElsewhere(QStringLiteral("gone"));
+    ASSERT_TRUE(waitUntil([this] { return popup.shown.size() == 2; }));
+
+    popup.completions.first()(std::nullopt);
+    ASSERT_TRUE(board().activePopupItem().has_value());
+    EXPECT_EQ(board().activePopupItem()->approvalId, QStringLiteral("next"));
+    EXPECT_EQ(popup.shown.size(), 2);
+}
+
+TEST_F(PopupOrder, DenyingAllTakesThePopupAwayAndDeniesEverythingOnce)
+{
+    makeConnectedCore();
+    request(item("a"));
+    request(item("b"));
+    monitor().decisions().denyAllPendingAndDismissPopups();
+    EXPECT_EQ(popup.onScreen, 0);
+    ASSERT_TRUE(waitSettled(2));
+    EXPECT_EQ(received.size(), 2);
+    EXPECT_EQ(board().activity().size(), 1);
+    EXPECT_EQ(board().activity().first().action, ActivityAction::DenyAllPending);
+    EXPECT_EQ(board().activity().first().detail, QStringLiteral("count=2"));
+}
+
+TEST_F(PopupOrder, AnswerAfterTheBoardIsGoneIsHarmless)
+{
+    makeConnectedCore();
+    request(item("a"));
+    const auto late = popup.completions.takeFirst();
+    core->monitor().stop();
+    ASSERT_TRUE(waitUntil([this] { return core->tasks().running().isEmpty(); }));
+    core.reset();
+    late(ApprovalDecision::AllowOnce);
+    EXPECT_TRUE(received.isEmpty());
+}
+
+TEST(ApprovalBoardSignals, PublishedOncePerTurnAndOnlyOnRealChange)
+{
+    ManualClock clock;
+    RecordingLog log;
+    ApprovalBoard board(clock, log, {});
+    int lists = 0;
+    QList<qsizetype> counts;
+    QObject::connect(&board, &ApprovalBoard::displayItemsChanged, &board, [&] { ++lists; });
+    QObject::connect(&board, &ApprovalBoard::badgeCountChanged, &board,
+                     [&](qsizetype count) { counts.append(count); });
+    for (int i = 0; i < 100; ++i) {
+        board.add({.approvalId = QString::number(i), .command = QStringLiteral("ls"), .agentId = {}});
+    }
+    EXPECT_EQ(board.displayItems().size(), 100);
+    ASSERT_TRUE(waitUntil([&] { return lists > 0; }));
+    EXPECT_EQ(lists, 1);
+    EXPECT_EQ(counts, QList<qsizetype>({100}));
+
+    board.add(board.items().first());
+    board.add({.approvalId = QStringLiteral("x"), .command = QStringLiteral("ls"), .agentId = {}});
+    board.remove(QStringLiteral("x"), ApprovalHistoryState::Canceled);
+    bool turned = false;
+    QMetaObject::invokeMethod(&board, [&] { turned = true; }, Qt::QueuedConnection);
+    ASSERT_TRUE(waitUntil([&] { return turned; }));
+    EXPECT_EQ(lists, 1);
+}
