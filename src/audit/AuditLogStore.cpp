@@ -1,0 +1,167 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "audit/AuditLogStore.h"
+
+#include "audit/AuditLogWriter.h"
+#include "audit/AuditRecordCodec.h"
+
+#include <QFile>
+
+#include <pthread.h>
+#include <signal.h>
+#include <utility>
+
+namespace bram
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+/// Buffers that a burst has made larger than this are given back when the thread goes idle.
+constexpr std::size_t keptBufferBytes = 65'536;
+
+/// Signals belong to the main thread. Besides, a file size limit then shows as a failed write here
+/// instead of ending the program by SIGXFSZ.
+void becomeBackgroundThread()
+{
+    sigset_t all;
+    sigfillset(&all);
+    pthread_sigmask(SIG_BLOCK, &all, nullptr);
+    pthread_setname_np(pthread_self(), "audit-log");
+}
+
+void releaseIfLarge(std::string &buffer)
+{
+    if (buffer.capacity() > keptBufferBytes) {
+        std::string().swap(buffer);
+    }
+}
+} // namespace
+
+AuditLogStore::AuditLogStore(const QString &directory, const AuditLogLimits &limits, SystemLog &log)
+    : m_directory(QFile::encodeName(directory).toStdString())
+    , m_limits(limits)
+    , m_log(log)
+    , m_thread([this] { serve(); })
+{
+}
+
+AuditLogStore::~AuditLogStore()
+{
+    {
+        const std::scoped_lock lock(m_mutex);
+        m_stopping = true;
+    }
+    m_wake.notify_one();
+    m_thread.join();
+}
+
+void AuditLogStore::append(const AuditEventRecord &record)
+{
+    bool mustWake = false;
+    bool firstRefused = false;
+    {
+        const std::scoped_lock lock(m_mutex);
+        if (m_pending.size() < m_limits.maxPendingBytes) {
+            // While lines wait, the thread is awake or has been called.
+            mustWake = m_pending.empty();
+            appendAuditLine(record, m_pending);
+        } else {
+            firstRefused = m_refusedLines++ == 0;
+        }
+    }
+    if (mustWake) {
+        m_wake.notify_one();
+    }
+    if (firstRefused) {
+        logAuditFailure(m_log, u"append", u"the disk does not answer and no more events can wait");
+    }
+}
+
+QList<AuditEventRecord> AuditLogStore::records(qint64 sinceMs)
+{
+    QList<AuditEventRecord> records;
+    runInOrder([&] {
+        AuditRecordDecoder decoder;
+        const auto keep = [&](std::string_view line) {
+            if (auto record = decoder.decode(line); record && record->timestampMs >= sinceMs) {
+                records.append(*std::move(record));
+            }
+        };
+        for (const auto &file : auditLogFilesForSummary(m_directory)) {
+            if (const auto read = streamAuditLogLines(file, keep); !read) {
+                logAuditFailure(m_log, u"read", read.error().message);
+            }
+        }
+    });
+    return records;
+}
+
+QList<QUrl> AuditLogStore::diagnosticLogFileURLs()
+{
+    QList<QUrl> urls;
+    runInOrder([&] {
+        for (const auto &file : auditLogFilesForSummary(m_directory)) {
+            urls.append(QUrl::fromLocalFile(QFile::decodeName(file.c_str())));
+        }
+    });
+    return urls;
+}
+
+void AuditLogStore::flush()
+{
+    runInOrder([] {});
+}
+
+/// Runs `work` on the thread, after the lines appended so far, and waits for its end.
+void AuditLogStore::runInOrder(std::function<void()> work)
+{
+    Job job(std::move(work));
+    auto done = job.get_future();
+    {
+        const std::scoped_lock lock(m_mutex);
+        m_jobs.push_back(std::move(job));
+    }
+    m_wake.notify_one();
+    done.get();
+}
+
+/// The thread: takes all that waits, writes it as one batch, and sleeps when there is nothing.
+void AuditLogStore::serve()
+{
+    becomeBackgroundThread();
+    std::string lines;
+    std::deque<Job> jobs;
+    std::unique_lock lock(m_mutex);
+    while (true) {
+        if (!hasWork()) {
+            releaseIfLarge(lines);
+            releaseIfLarge(m_pending);
+        }
+        m_wake.wait(lock, [this] { return m_stopping || hasWork(); });
+        if (!hasWork()) {
+            return;
+        }
+        // The two buffers take turns, so that a burst does not allocate for each batch.
+        lines.swap(m_pending);
+        jobs.swap(m_jobs);
+        const quint64 refused = std::exchange(m_refusedLines, 0);
+        lock.unlock();
+
+        if (refused > 0) {
+            logAuditFailure(m_log, u"append",
+                            u"%1 events lost while the disk did not answer"_s.arg(refused));
+        }
+        if (!lines.empty()) {
+            appendAuditLines(m_directory, lines, m_limits, m_log);
+            lines.clear();
+        }
+        for (Job &job : jobs) {
+            job();
+        }
+        jobs.clear();
+        lock.lock();
+    }
+}
+
+} // namespace bram
