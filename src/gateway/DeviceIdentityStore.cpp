@@ -21,6 +21,8 @@ const QString keychainService = u"QX.BrackwenApprovalsMenu.deviceIdentity"_s;
 const QString keychainAccountPrivateKey = u"privateKey"_s;
 const QString keychainAccountPublicKey = u"publicKey"_s;
 const QString keychainAccountDeviceId = u"deviceId"_s;
+const QString alreadyValidLine
+    = u"[Brackwen] Device identity already valid in Keychain (legacy defaults cleared)"_s;
 constexpr auto keychainAccessible = SecretAccessibility::WhenUnlockedThisDeviceOnly;
 
 std::optional<DeviceIdentity> identityFromStored(const QString &deviceId, const QString &publicKey,
@@ -65,6 +67,11 @@ Reply<DeviceIdentityStore::Result> DeviceIdentityStore::joinRunning()
 QCoro::Task<DeviceIdentityStore::Result> DeviceIdentityStore::loadOrCreateAlone()
 {
     if (const auto stored = co_await readKeychain()) {
+        // Left behind by a migration that did not get to its end: the key must not stay in a file.
+        if (readDefaults() == stored) {
+            clearDefaults();
+            m_log.write(alreadyValidLine);
+        }
         co_return *stored;
     }
     if (const auto migrated = co_await migrateLegacyDefaultsToKeychainIfNeeded()) {
@@ -103,8 +110,7 @@ DeviceIdentityStore::migrateLegacyDefaultsToKeychainIfNeeded()
     if (const auto stored = co_await readKeychain();
         stored && stored->deviceId == legacy->deviceId) {
         clearDefaults();
-        m_log.write(
-            u"[Brackwen] Device identity already valid in Keychain (legacy defaults cleared)"_s);
+        m_log.write(alreadyValidLine);
         co_return stored;
     }
     if (const auto written = co_await writeKeychain(*legacy); !written) {

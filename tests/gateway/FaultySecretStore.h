@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "system/MemorySecretStore.h"
+#include "system/Reply.h"
+
+#include <QSet>
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+namespace bram::test
+{
+
+/// Secrets in memory, and the ways in which a real keyring has been seen to fail.
+class FaultySecretStore final : public SecretStore
+{
+public:
+    static inline const KeychainError error {-25308, {}};
+    static inline const QString errorText = QStringLiteral("Keychain error (status=-25308)");
+
+    bool readsFail = false;
+    QSet<QString> writesFail; ///< for these accounts; a deletion is a write
+    bool forgetsWrites = false; ///< reports success and keeps nothing
+    std::optional<Reply<bool>> gate; ///< the next read waits for this first
+    QStringList operations; ///< "get token", "set token", "remove token"
+    QList<SecretAccessibility> accessibilities;
+
+    QCoro::Task<std::expected<std::optional<QString>, KeychainError>> get(QString service,
+                                                                          QString account) override
+    {
+        operations.append(QStringLiteral("get ") + account);
+        if (auto wait = std::exchange(gate, std::nullopt)) {
+            [[maybe_unused]] const bool opened = co_await *wait;
+        }
+        if (readsFail) {
+            co_return std::unexpected(error);
+        }
+        co_return co_await memory.get(service, account);
+    }
+
+    QCoro::Task<std::expected<void, KeychainError>>
+    set(QString service, QString account, QString value, SecretAccessibility accessibility) override
+    {
+        operations.append(QStringLiteral("set ") + account);
+        accessibilities.append(accessibility);
+        if (writesFail.contains(account)) {
+            co_return std::unexpected(error);
+        }
+        if (forgetsWrites) {
+            co_return {};
+        }
+        co_return co_await memory.set(service, account, value, accessibility);
+    }
+
+    QCoro::Task<std::expected<void, KeychainError>> remove(QString service,
+                                                           QString account) override
+    {
+        operations.append(QStringLiteral("remove ") + account);
+        if (writesFail.contains(account)) {
+            co_return std::unexpected(error);
+        }
+        co_return co_await memory.remove(service, account);
+    }
+
+    MemorySecretStore memory;
+};
+
+} // namespace bram::test
