@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "ui/terminal/CommandLine.h"
+
+#include "model/HonestDisplay.h"
+#include "model/TextRules.h"
+#include "ui/terminal/TerminalTr.h"
+
+#include <QStringList>
+
+#include <algorithm>
+#include <array>
+
+namespace bram
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+constexpr qsizetype quotedLength = 40;
+
+struct PlainRow {
+    QStringView word;
+    PlainCommand command;
+};
+
+constexpr std::array plainCommands {
+    PlainRow {u"list", PlainCommand::List},
+    PlainRow {u"history", PlainCommand::History},
+    PlainRow {u"activity", PlainCommand::Activity},
+    PlainRow {u"status", PlainCommand::Status},
+    PlainRow {u"metrics", PlainCommand::Metrics},
+    PlainRow {u"reconnect", PlainCommand::Reconnect},
+    PlainRow {u"reload-token", PlainCommand::ReloadToken},
+    PlainRow {u"clear-pending", PlainCommand::ClearPending},
+    PlainRow {u"help", PlainCommand::Help},
+    PlainRow {u"quit", PlainCommand::Quit},
+};
+
+std::unexpected<Error> fault(const QString &message)
+{
+    return std::unexpected(Error {message});
+}
+
+/// What was typed, fit to be repeated in a message.
+QString quoted(const QString &word)
+{
+    const QString beginning = firstCharacters(word, quotedLength);
+    return honestLine(beginning).text + (beginning.size() < word.size() ? u"…"_s : QString());
+}
+} // namespace
+
+std::expected<TerminalCommand, Error> parseCommandLine(QStringView line)
+{
+    const QStringList words = line.toString().simplified().split(u' ', Qt::SkipEmptyParts);
+    if (words.isEmpty()) {
+        return PlainCommand::Nothing;
+    }
+    const QString &word = words.first();
+    const auto plain = std::ranges::find(plainCommands, QStringView(word), &PlainRow::word);
+    if (plain != plainCommands.end()) {
+        if (words.size() > 1) {
+            return fault(TerminalTr::tr("`%1` takes nothing after it.")
+                             .arg(word));
+        }
+        return plain->command;
+    }
+
+    const auto decision = approvalDecisionFromRawText(word);
+    if (!decision && word != "show"_L1) {
+        return fault(TerminalTr::tr("Unknown command: %1 (try `help`)")
+                         .arg(quoted(word)));
+    }
+    if (words.size() != 2) {
+        const QString after = decision ? u"ID|all"_s : u"ID"_s;
+        return fault(TerminalTr::tr("Say which request: %1 %2")
+                         .arg(word, after));
+    }
+    const QString &target = words.at(1);
+    if (!decision) {
+        return ShowCommand {target};
+    }
+    if (target == "all"_L1) {
+        return DecideAllCommand {*decision};
+    }
+    return DecideCommand {*decision, target};
+}
+
+} // namespace bram

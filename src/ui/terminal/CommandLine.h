@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "model/ApprovalDecision.h"
+#include "model/Error.h"
+
+#include <QString>
+
+#include <expected>
+#include <variant>
+
+namespace bram
+{
+
+/// A command that stands alone on its line.
+enum class PlainCommand {
+    Nothing, ///< an empty line
+    List,
+    History,
+    Activity,
+    Status,
+    Metrics,
+    Reconnect,
+    ReloadToken,
+    ClearPending,
+    Help,
+    Quit,
+};
+
+/// `show ID`
+struct ShowCommand {
+    QString target;
+
+    bool operator==(const ShowCommand &) const = default;
+};
+
+/// `allow-once ID`, `allow-always ID`, `deny ID`
+struct DecideCommand {
+    ApprovalDecision decision = ApprovalDecision::Deny;
+    QString target;
+
+    bool operator==(const DecideCommand &) const = default;
+};
+
+/// The same for every request, with `all` in place of an id. The word is kept for this: a request
+/// whose id it happens to be is named by its number.
+struct DecideAllCommand {
+    ApprovalDecision decision = ApprovalDecision::Deny;
+
+    bool operator==(const DecideAllCommand &) const = default;
+};
+
+using TerminalCommand = std::variant<PlainCommand, ShowCommand, DecideCommand, DecideAllCommand>;
+
+/// Reads one line as typed. Words are told apart by blanks and compared exactly; the error is one line,
+/// in the operator's language, that says what is wrong.
+std::expected<TerminalCommand, Error> parseCommandLine(QStringView line);
+
+} // namespace bram

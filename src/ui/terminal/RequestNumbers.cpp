@@ -1,0 +1,148 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "ui/terminal/RequestNumbers.h"
+
+#include <algorithm>
+#include <ranges>
+
+namespace bram
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+constexpr qsizetype rememberedGone = 1000;
+} // namespace
+
+int RequestNumbers::give(const QString &approvalId)
+{
+    Shown &shown = m_shown[approvalId];
+    if (shown.number == 0) {
+        shown.number = ++m_lastNumber;
+    }
+    return shown.number;
+}
+
+void RequestNumbers::show(const ApprovalItem &item, DialogueMoment shownBy)
+{
+    give(item.approvalId);
+    Shown &shown = m_shown[item.approvalId];
+    if (shown.item != item) { // else: seen before, and still seen since then
+        shown.item = item;
+        shown.at = shownBy;
+    }
+}
+
+bool RequestNumbers::isShown(const ApprovalItem &item) const
+{
+    const auto it = m_shown.constFind(item.approvalId);
+    return it != m_shown.cend() && it->item == item;
+}
+
+bool RequestNumbers::isChanged(const ApprovalItem &item) const
+{
+    const auto it = m_shown.constFind(item.approvalId);
+    return it != m_shown.cend() && it->item && it->item != item;
+}
+
+std::optional<int> RequestNumbers::number(const QString &approvalId) const
+{
+    if (const auto it = m_shown.constFind(approvalId); it != m_shown.cend()) {
+        return it->number;
+    }
+    for (const Gone &gone : m_gone | std::views::reverse) {
+        if (gone.approvalId == approvalId) {
+            return gone.number;
+        }
+    }
+    return std::nullopt;
+}
+
+void RequestNumbers::forget(const QString &approvalId, DialogueMoment goneAt)
+{
+    const auto it = m_shown.constFind(approvalId);
+    if (it == m_shown.cend()) {
+        return;
+    }
+    if (m_gone.size() == rememberedGone) {
+        m_gone.removeFirst();
+    }
+    m_gone.append({it->number, approvalId, goneAt});
+    m_shown.erase(it);
+}
+
+std::optional<int> RequestNumbers::numberMeant(const QString &text) const
+{
+    const QString digits = text.startsWith(u'#') ? text.sliced(1) : text;
+    const bool onlyDigits = !digits.isEmpty()
+        && std::ranges::all_of(digits, [](QChar c) { return c >= u'0' && c <= u'9'; });
+    bool inRange = false;
+    const int number = onlyDigits ? digits.toInt(&inRange) : 0;
+    // A number that was never given means nothing; the digits may still begin an id.
+    return inRange && number >= 1 && number <= m_lastNumber ? std::optional(number) : std::nullopt;
+}
+
+RequestLookup RequestNumbers::find(const QString &text, const QList<ApprovalItem> &pending,
+                                   DialogueMoment begunAt) const
+{
+    using Kind = RequestLookup::Kind;
+    const ApprovalItem *exact = nullptr;
+    const ApprovalItem *numbered = nullptr;
+    const ApprovalItem *begunWith = nullptr;
+    qsizetype beginnings = 0;
+    const std::optional<int> meant = numberMeant(text);
+    for (const ApprovalItem &item : pending) {
+        if (item.approvalId.startsWith(text)) {
+            begunWith = &item;
+            ++beginnings;
+        }
+        if (item.approvalId == text) {
+            exact = &item;
+        }
+        const auto shown = m_shown.constFind(item.approvalId);
+        if (meant && shown != m_shown.cend() && shown->number == *meant) {
+            numbered = &item;
+        }
+    }
+    if (meant) {
+        const bool meansAnotherToo = beginnings > 1 || (begunWith && begunWith != numbered);
+        if (meansAnotherToo) {
+            return {Kind::Ambiguous, {}, 0};
+        }
+        return numbered ? RequestLookup {Kind::Found, *numbered, 0}
+                        : RequestLookup {Kind::Gone, {}, *meant};
+    }
+    if (exact) {
+        return {Kind::Found, *exact, 0};
+    }
+    int goneNumber = 0;
+    for (const Gone &gone : m_gone) {
+        if (gone.at > begunAt && gone.approvalId.startsWith(text)) {
+            ++beginnings;
+        }
+        if (gone.approvalId.startsWith(text) && (gone.at > begunAt || gone.approvalId == text)) {
+            goneNumber = gone.number;
+        }
+    }
+    if (beginnings > 1) {
+        return {Kind::Ambiguous, {}, 0};
+    }
+    if (begunWith) {
+        return {Kind::Found, *begunWith, 0};
+    }
+    return {goneNumber == 0 ? Kind::Unknown : Kind::Gone, {}, goneNumber};
+}
+
+Answerability RequestNumbers::answerability(const ApprovalItem &item, DialogueMoment begunAt) const
+{
+    const auto it = m_shown.constFind(item.approvalId);
+    if (it == m_shown.cend() || !it->item) {
+        return Answerability::NotShown;
+    }
+    if (it->item != item) {
+        return Answerability::ChangedSinceShown;
+    }
+    return it->at <= begunAt ? Answerability::Answerable : Answerability::ShownSince;
+}
+
+} // namespace bram

@@ -1,0 +1,273 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "ui/terminal/TerminalText.h"
+
+#include "model/CommandRules.h"
+#include "model/HonestDisplay.h"
+#include "model/TextRules.h"
+#include "ui/terminal/TerminalTr.h"
+#include "ui/terminal/TerminalWords.h"
+
+#include <algorithm>
+
+namespace bram
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+constexpr qsizetype longCommandCharacters = 2000;
+constexpr qsizetype longCommandLines = 20;
+constexpr qsizetype listedIdCharacters = 12;
+constexpr qsizetype historyCommandCharacters = 80;
+constexpr int leastRoom = 8;
+
+/// Columns a character may take, rather too many than too few: too many breaks a row early, too few
+/// would leave the breaking to the terminal.
+int columnsOf(char32_t c, bool isFirst)
+{
+    const bool joinsTheOneBefore
+        = QChar::isMark(c) || (c >= 0x1160 && c <= 0x11FF) || (c >= 0xD7B0 && c <= 0xD7FB);
+    if (joinsTheOneBefore && !isFirst) {
+        return 0;
+    }
+    return c < 0x80 ? 1 : 2;
+}
+
+/// Appends `text`, which holds no line feed, in rows that fit into `columns`.
+void appendRows(TerminalLines &lines, const QString &firstPrefix, const QString &nextPrefix,
+                const QString &text, LineStyle style, int columns)
+{
+    const int room = columns == 0
+        ? 0
+        : std::max(leastRoom, columns - 1 - int(std::max(firstPrefix.size(), nextPrefix.size())));
+    QString row = firstPrefix;
+    int used = 0;
+    for (const char32_t c : text.toUcs4()) {
+        const int width = columnsOf(c, used == 0);
+        if (room != 0 && used + width > room) {
+            lines.append({row, style});
+            row = nextPrefix;
+            used = 0;
+        }
+        row.append(QChar::fromUcs4(c));
+        used += width;
+    }
+    lines.append({row, style});
+}
+
+QString timeLeft(const ApprovalItem &item, qint64 nowMs)
+{
+    if (item.expiresAtMs < 1) {
+        return {};
+    }
+    if (isApprovalExpired(item, nowMs)) {
+        return TerminalTr::tr("expired");
+    }
+    const qint64 seconds = (item.expiresAtMs - nowMs + 999) / 1000;
+    return seconds < 120 ? TerminalTr::tr("expires in %1 s").arg(seconds)
+                         : TerminalTr::tr("expires in %1 min").arg(seconds / 60);
+}
+
+QString beginningOf(const QString &text, qsizetype characters)
+{
+    const QString beginning = firstCharacters(text, characters);
+    return honestLine(beginning).text + (beginning.size() < text.size() ? u"…"_s : QString());
+}
+
+QString agentText(const ApprovalItem &item)
+{
+    const QString agent = item.agentId.value_or(QString());
+    return agent.isEmpty() ? TerminalTr::tr("agent: not given") : TerminalTr::tr("agent: ") + honestLine(agent).text;
+}
+
+QString headline(const ApprovalItem &item, int number, RequestOccasion occasion, qint64 nowMs)
+{
+    const QString title = occasion == RequestOccasion::Changed
+        ? TerminalTr::tr("Request #%1 has CHANGED").arg(number)
+        : occasion == RequestOccasion::Listed ? u"#%1"_s.arg(number)
+                                              : TerminalTr::tr("Request #%1").arg(number);
+    QStringList parts {title};
+    if (commandRiskLevel(item.command) == CommandRisk::High) {
+        parts.append(TerminalTr::tr("HIGH RISK"));
+    }
+    parts.append(timeLeft(item, nowMs));
+    parts.removeAll(QString());
+    return parts.join("  "_L1);
+}
+
+void appendCommand(TerminalLines &lines, const ApprovalItem &item, int number, int columns)
+{
+    const HonestText shown = honestDisplay(item.command);
+    const QStringList commandLines = shown.text.split(u'\n');
+    for (const QString &line : commandLines) {
+        appendRows(lines, u"  | "_s, u"  : "_s, line, LineStyle::Plain, columns);
+    }
+    if (shown.marked) {
+        lines.append({u"  "_s + TerminalTr::tr("Contains characters that could mislead; they are shown as ⟨…⟩."),
+                      LineStyle::Warning});
+    }
+    if (item.command.size() > longCommandCharacters || commandLines.size() > longCommandLines) {
+        lines.append({u"  "_s
+                          + TerminalTr::tr("Long: request #%1 has %2 characters in %3 lines.")
+                                .arg(number)
+                                .arg(characterCount(item.command))
+                                .arg(item.command.count(u'\n') + 1),
+                      LineStyle::Warning});
+    }
+}
+
+} // namespace
+
+TerminalLines requestLines(const ApprovalItem &item, int number, RequestOccasion occasion,
+                           qint64 nowMs, int columns)
+{
+    const LineStyle style = commandRiskLevel(item.command) == CommandRisk::High
+        ? LineStyle::Danger
+        : LineStyle::Strong;
+    const QString next = u"      "_s;
+    TerminalLines lines;
+    const QString head = headline(item, number, occasion, nowMs);
+    if (occasion == RequestOccasion::Listed) {
+        const QString id = TerminalTr::tr("id: ") + beginningOf(item.approvalId, listedIdCharacters);
+        appendRows(lines, {}, next, head + u"  "_s + id + u"  "_s + agentText(item), style, columns);
+    } else {
+        lines.append({head, style});
+        appendRows(lines, u"  "_s, next, agentText(item), LineStyle::Plain, columns);
+        appendRows(lines, u"  "_s, next, TerminalTr::tr("id: ") + honestLine(item.approvalId).text,
+                   LineStyle::Plain, columns);
+    }
+    appendCommand(lines, item, number, columns);
+    return lines;
+}
+
+TerminalLines messageLines(const QString &message, int columns, LineStyle style)
+{
+    TerminalLines lines;
+    appendRows(lines, {}, u"  "_s, honestLine(message).text, style, columns);
+    return lines;
+}
+
+TerminalLines historyLines(const QList<ApprovalHistoryEntry> &entries, int columns)
+{
+    TerminalLines lines;
+    for (const ApprovalHistoryEntry &entry : entries) {
+        const QString command = entry.command.isEmpty()
+            ? TerminalTr::tr("(command not seen)")
+            : beginningOf(entry.command, historyCommandCharacters);
+        appendRows(lines, {}, u"  : "_s,
+                   entry.timestampText() + u"  "_s + historyStateWord(entry.state) + u"  "_s + command,
+                   LineStyle::Plain, columns);
+    }
+    return lines.isEmpty() ? TerminalLines {{TerminalTr::tr("Nothing has happened yet."), LineStyle::Quiet}}
+                           : lines;
+}
+
+TerminalLines activityLines(const QList<ActivityEntry> &entries, int columns)
+{
+    TerminalLines lines;
+    for (const ActivityEntry &entry : entries) {
+        QStringList parts {entry.createdAt.toLocalTime().toString(u"MM-dd HH:mm:ss"),
+                           activityActionWord(entry.action),
+                           beginningOf(entry.detail, historyCommandCharacters)};
+        parts.removeAll(QString());
+        appendRows(lines, {}, u"  : "_s, parts.join("  "_L1), LineStyle::Plain, columns);
+    }
+    return lines.isEmpty() ? TerminalLines {{TerminalTr::tr("Nothing has happened yet."), LineStyle::Quiet}}
+                           : lines;
+}
+
+TerminalLines statusLines(const GatewayStatus::Lines &status, qsizetype pendingCount,
+                          qsizetype notShownCount, int columns)
+{
+    TerminalLines lines
+        = messageLines(TerminalTr::tr("Gateway: ") + status.connectionStatus, columns,
+                       status.connectionIndicator == IndicatorState::Red ? LineStyle::Danger
+                                                                         : LineStyle::Plain);
+    lines.append({TerminalTr::tr("Gateway token: ") + tokenStateWords(status.tokenState), LineStyle::Plain});
+    if (status.remoteApprovalLocked) {
+        lines.append(messageLines(TerminalTr::tr("Decisions from chats are locked: ")
+                                      + status.remoteApprovalLockReason.value_or(QString()),
+                                  columns, LineStyle::Warning));
+    }
+    lines.append({TerminalTr::tr("Pending requests: %1").arg(pendingCount), LineStyle::Plain});
+    if (notShownCount > 0) {
+        lines.append({TerminalTr::tr("Not shown yet: %1 (`list` shows them)").arg(notShownCount),
+                      LineStyle::Warning});
+    }
+    return lines;
+}
+
+TerminalLines metricsLines(const ApprovalMetrics &metrics, qsizetype pendingCount)
+{
+    const std::pair<QString, qint64> rows[] = {
+        {TerminalTr::tr("Requests seen: %1"), metrics.requestedCount},
+        {TerminalTr::tr("Resolved: %1"), metrics.resolvedCount},
+        {TerminalTr::tr("Resolved elsewhere: %1"), metrics.externalResolvedCount},
+        {TerminalTr::tr("Rejected as unknown: %1"), metrics.unknownApprovalCount},
+        {TerminalTr::tr("Allowed once: %1"), metrics.allowOnceCount},
+        {TerminalTr::tr("Allowed always: %1"), metrics.allowAlwaysCount},
+        {TerminalTr::tr("Denied: %1"), metrics.denyCount},
+        {TerminalTr::tr("Mean time to a decision: %1 ms"), metrics.averageLatencyMs()},
+        {TerminalTr::tr("Pending: %1"), pendingCount},
+    };
+    TerminalLines lines;
+    for (const auto &[text, count] : rows) {
+        lines.append({text.arg(count), LineStyle::Plain});
+    }
+    return lines;
+}
+
+TerminalLines helpLines()
+{
+    const QString rows[] = {
+        TerminalTr::tr("list                    every pending request"),
+        TerminalTr::tr("show ID                 one request in full"),
+        TerminalTr::tr("allow-once ID|all       let the command run this time"),
+        TerminalTr::tr("allow-always ID|all     let it run, now and in future"),
+        TerminalTr::tr("deny ID|all             refuse it"),
+        TerminalTr::tr("history                 what became of earlier requests, newest first"),
+        TerminalTr::tr("activity                what was done here, newest first"),
+        TerminalTr::tr("status                  the gateway connection"),
+        TerminalTr::tr("metrics                 counters of this run"),
+        TerminalTr::tr("reconnect               connect to the gateway anew"),
+        TerminalTr::tr("reload-token            take the gateway token from the configuration again"),
+        TerminalTr::tr("clear-pending           forget every pending request here; the gateway is not told"),
+        TerminalTr::tr("help                    these lines"),
+        TerminalTr::tr("quit                    end the program (so does the end of input)"),
+        TerminalTr::tr("ID is a request's number (3 or #3), its id or the beginning of its id. A line never answers "
+           "a request that was shown only after the line was begun."),
+    };
+    TerminalLines lines;
+    for (const QString &row : rows) {
+        lines.append({row, LineStyle::Plain});
+    }
+    return lines;
+}
+
+QString outcomeText(int number, ApprovalDecision decision, const DecisionOutcome &outcome)
+{
+    switch (outcome.kind) {
+    case DecisionOutcome::Kind::Confirmed:
+        switch (decision) {
+        case ApprovalDecision::AllowOnce:
+            return TerminalTr::tr("#%1 allowed once.").arg(number);
+        case ApprovalDecision::AllowAlways:
+            return TerminalTr::tr("#%1 allowed always.").arg(number);
+        case ApprovalDecision::Deny:
+            return TerminalTr::tr("#%1 denied.").arg(number);
+        }
+        break;
+    case DecisionOutcome::Kind::ResolvedElsewhere:
+        return TerminalTr::tr("#%1 was already resolved elsewhere.").arg(number);
+    case DecisionOutcome::Kind::Expired:
+        return TerminalTr::tr("#%1 had expired; nothing was sent.").arg(number);
+    case DecisionOutcome::Kind::Failed:
+        return TerminalTr::tr("#%1 not decided, it is still pending: %2").arg(QString::number(number), outcome.message);
+    case DecisionOutcome::Kind::IgnoredDuplicate:
+        return TerminalTr::tr("#%1: a decision is already on its way; this one was ignored.").arg(number);
+    }
+    Q_UNREACHABLE();
+}
+
+} // namespace bram

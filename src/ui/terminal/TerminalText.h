@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "gateway/GatewayStatus.h"
+#include "model/ActivityEntry.h"
+#include "model/ApprovalDecision.h"
+#include "model/ApprovalHistoryEntry.h"
+#include "model/ApprovalItem.h"
+#include "monitor/ApprovalMetrics.h"
+#include "monitor/DecisionResolver.h"
+#include "ui/terminal/TerminalLine.h"
+
+namespace bram
+{
+
+/// What the terminal front-end shows, as lines. Texts from outside are shown honestly and, where the width
+/// of the terminal is known (`columns`; 0: unknown), broken here rather than by the terminal, each row
+/// behind a prefix: nothing a command holds can look like a line of this program. Nothing is cut but
+/// where the name of the function says so.
+
+enum class RequestOccasion {
+    Arrived,
+    Changed, ///< another request came under an id that had been shown
+    Shown, ///< the operator asked for it
+    Listed, ///< one of many: the id only with its beginning
+};
+
+TerminalLines requestLines(const ApprovalItem &item, int number, RequestOccasion occasion,
+                           qint64 nowMs, int columns);
+
+/// A line of this program's own with a text from outside at its end.
+TerminalLines messageLines(const QString &message, int columns, LineStyle style = LineStyle::Plain);
+
+/// Newest first; the command with its beginning.
+TerminalLines historyLines(const QList<ApprovalHistoryEntry> &entries, int columns);
+TerminalLines activityLines(const QList<ActivityEntry> &entries, int columns);
+TerminalLines statusLines(const GatewayStatus::Lines &status, qsizetype pendingCount,
+                          qsizetype notShownCount, int columns);
+TerminalLines metricsLines(const ApprovalMetrics &metrics, qsizetype pendingCount);
+TerminalLines helpLines();
+
+/// How a decision ended, for the request with this number.
+QString outcomeText(int number, ApprovalDecision decision, const DecisionOutcome &outcome);
+
+} // namespace bram

@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "gateway/TokenSyncState.h"
+#include "model/ActivityEntry.h"
+#include "model/ApprovalHistoryEntry.h"
+
+#include <QString>
+
+namespace bram
+{
+
+/// The words of the terminal front-end for values that have no wording of their own.
+
+QString historyStateWord(ApprovalHistoryState state);
+QString activityActionWord(ActivityAction action);
+QString tokenStateWords(TokenSyncState state);
+
+} // namespace bram
