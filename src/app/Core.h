@@ -38,6 +38,8 @@ public:
     ApprovalMonitor &monitor() { return m_monitor; }
     BackgroundTasks &tasks() { return m_tasks; }
     AuditLogStore &audit() { return m_audit; }
+    GatewaySession &session() { return m_session; }
+    GatewayStatus &status() { return m_status; }
 
 private:
     BackgroundTasks m_tasks;

@@ -79,7 +79,7 @@ void GatewayClient::openSocket()
     }
     closeSocket();
     m_socket = std::make_unique<GatewaySocket>(m_config->url);
-    connect(m_socket.get(), &GatewaySocket::opened, this, &GatewayClient::sendConnectIfNeeded);
+    connect(m_socket.get(), &GatewaySocket::opened, this, &GatewayClient::onSocketOpened);
     connect(m_socket.get(), &GatewaySocket::messageReceived, this, &GatewayClient::onMessage);
     connect(m_socket.get(), &GatewaySocket::ended, this, &GatewayClient::onSocketEnded);
     m_socket->open();
@@ -139,6 +139,9 @@ void GatewayClient::onResponse(const ResponseFrame &response)
     }
     const auto source = *call;
     m_pending.erase(call);
+    // Who waits for it goes on in the next turn; an event that came behind the answer, such as the
+    // announcement of that very decision, must find it done.
+    m_socket->yieldTurn();
     if (response.result) {
         source.answer(*response.result);
     } else {
@@ -173,6 +176,17 @@ void GatewayClient::reportConnectedOnce()
 {
     if (!std::exchange(m_connectedStateReported, true)) {
         Q_EMIT stateChanged(GatewayConnected {});
+    }
+}
+
+void GatewayClient::onSocketOpened()
+{
+    // Normally at once. A gateway that refused the last handshake may insist on its challenge being
+    // signed, so this time that gets a moment to arrive; it starts the handshake itself.
+    if (std::exchange(m_handshakeRefused, false)) {
+        m_connectKicker.start(connectKickInterval);
+    } else {
+        sendConnectIfNeeded();
     }
 }
 
@@ -229,6 +243,7 @@ void GatewayClient::onHandshakeFailed(const GatewayClientError &error)
         m_connectKicker.start(connectKickInterval);
         return;
     }
+    m_handshakeRefused = true;
     m_collaborators.log.write(
         QString(u"[Brackwen] connect handshake failed: "_s + error.description()));
     endRun(u"connect failed: "_s + error.description());

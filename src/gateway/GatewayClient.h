@@ -84,6 +84,7 @@ private:
     void endRun(const QString &reason);
     void scheduleReconnect();
     void reportConnectedOnce();
+    void onSocketOpened();
     void sendConnectIfNeeded();
     static QCoro::Task<> performHandshake(QPointer<GatewayClient> self, quint64 socketSerial);
     void onHandshakeFailed(const GatewayClientError &error);
@@ -98,6 +99,7 @@ private:
     bool m_connectSent = false;
     bool m_connectInFlight = false;
     bool m_connectedStateReported = false;
+    bool m_handshakeRefused = false; ///< on the socket before this one
     QTimer m_connectKicker; ///< tries the handshake again; silent while one is in flight or done
     QTimer m_reconnectTimer;
     std::chrono::nanoseconds m_reconnectDelay;

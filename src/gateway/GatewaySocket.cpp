@@ -7,6 +7,7 @@
 #include <QPointer>
 
 #include <chrono>
+#include <utility>
 
 namespace bram
 {
@@ -38,6 +39,8 @@ GatewaySocket::GatewaySocket(const QUrl &url)
             [this](const QString &text) { accept(text.toUtf8()); });
     connect(&m_socket, &QWebSocket::binaryMessageReceived, this, &GatewaySocket::accept);
     connect(&m_socket, &QWebSocket::pong, this, [this] { m_heardSincePing = true; });
+    // The close code alone does not tell: it is "normal" after an abrupt end, too.
+    connect(&m_socket, &QWebSocket::aboutToClose, this, [this] { m_closeFrameSeen = true; });
     connect(&m_socket, &QWebSocket::disconnected, this, &GatewaySocket::onDisconnected);
     connect(&m_socket, qOverload<QAbstractSocket::SocketError>(&QWebSocket::error), this, [this] {
         // An open socket that fails goes on to `disconnected`; one that never opened does not.
@@ -101,8 +104,12 @@ void GatewaySocket::accept(const QByteArray &utf8)
         return;
     }
     m_queue.enqueue(utf8);
-    if (!m_deliveryScheduled) {
-        m_deliveryScheduled = true;
+    scheduleDelivery();
+}
+
+void GatewaySocket::scheduleDelivery()
+{
+    if (!std::exchange(m_deliveryScheduled, true)) {
         QMetaObject::invokeMethod(this, &GatewaySocket::deliverQueued, Qt::QueuedConnection);
     }
 }
@@ -110,6 +117,7 @@ void GatewaySocket::accept(const QByteArray &utf8)
 void GatewaySocket::deliverQueued()
 {
     m_deliveryScheduled = false;
+    m_turnYielded = false;
     m_turn.invalidate();
     const QPointer guard(this);
     while (!m_queue.isEmpty() && !turnIsSpent()) {
@@ -119,8 +127,7 @@ void GatewaySocket::deliverQueued()
         }
     }
     if (!m_queue.isEmpty()) {
-        m_deliveryScheduled = true;
-        QMetaObject::invokeMethod(this, &GatewaySocket::deliverQueued, Qt::QueuedConnection);
+        scheduleDelivery();
     } else if (m_socket.state() == QAbstractSocket::UnconnectedState) {
         onDisconnected();
     }
@@ -135,12 +142,13 @@ bool GatewaySocket::turnIsSpent()
             [this] {
                 if (!m_deliveryScheduled) {
                     m_turn.invalidate();
+                    m_turnYielded = false;
                 }
             },
             Qt::QueuedConnection);
         return false;
     }
-    return m_turn.nsecsElapsed() > turnBudgetNs;
+    return m_turnYielded || m_turn.nsecsElapsed() > turnBudgetNs;
 }
 
 void GatewaySocket::onDisconnected()
@@ -149,17 +157,18 @@ void GatewaySocket::onDisconnected()
         return; // what arrived before the end is delivered first
     }
     const auto code = m_socket.closeCode();
-    if (code == QWebSocketProtocol::CloseCodeTooMuchData) {
+    const QString reason = m_socket.closeReason();
+    if (!m_closeFrameSeen) {
+        finish(u"Gateway connection lost"_s, Ending::Failed);
+    } else if (code == QWebSocketProtocol::CloseCodeTooMuchData) {
         finish(u"Gateway sent a message over 4 MiB"_s, Ending::Failed);
     } else if (code == QWebSocketProtocol::CloseCodeWrongDatatype) {
         finish(u"Gateway sent text that is not valid UTF-8"_s, Ending::Failed);
     } else if (code == QWebSocketProtocol::CloseCodeNormal
                || code == QWebSocketProtocol::CloseCodeGoingAway) {
-        const QString reason = m_socket.closeReason();
         finish(reason.isEmpty() ? u"Gateway closed the connection"_s : reason, Ending::Clean);
     } else {
-        const QString reason = m_socket.closeReason();
-        finish(reason.isEmpty() ? u"Gateway connection lost"_s : reason, Ending::Failed);
+        finish(reason.isEmpty() ? u"Gateway broke off the connection"_s : reason, Ending::Failed);
     }
 }
 

@@ -39,6 +39,10 @@ public:
     /// Sends one text message; false when the socket is not open.
     bool send(const QByteArray &utf8);
 
+    /// Holds back what has arrived since until the next turn of the event loop: called when a message has
+    /// to take effect there before the following one may.
+    void yieldTurn() { m_turnYielded = true; }
+
     /// Ends the connection with "going away". Nothing is emitted afterwards.
     void closeSilently();
 
@@ -51,6 +55,7 @@ Q_SIGNALS:
 private:
     void accept(const QByteArray &utf8);
     void deliverQueued();
+    void scheduleDelivery();
     void onDisconnected();
     void onPingDue();
     void finish(const QString &reason, Ending ending);
@@ -63,7 +68,9 @@ private:
     QQueue<QByteArray> m_queue;
     QElapsedTimer m_turn; ///< since the first message of this turn of the event loop
     bool m_deliveryScheduled = false;
+    bool m_turnYielded = false;
     bool m_heardSincePing = true;
+    bool m_closeFrameSeen = false;
     bool m_ended = false;
 };
 

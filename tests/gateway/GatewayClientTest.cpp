@@ -1,0 +1,256 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "gateway/DeviceIdentityStore.h"
+#include "gateway/GatewayClient.h"
+#include "practice/PracticeGateway.h"
+#include "support/Doubles.h"
+#include "support/Waiting.h"
+#include "system/BackgroundTasks.h"
+#include "system/MemorySecretStore.h"
+#include "system/Preferences.h"
+
+#include <QElapsedTimer>
+#include <QJsonArray>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTemporaryDir>
+
+#include <gmock/gmock.h>
+
+using namespace bram;
+using namespace bram::test;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+namespace
+{
+
+/// The client against a practice gateway, with the states it reports as short texts.
+class GatewayClientTest : public testing::Test
+{
+protected:
+    explicit GatewayClientTest(const PracticeGatewayOptions &options = {})
+        : gateway(options, clock)
+        , client({identities, clock, log, tasks})
+    {
+        EXPECT_TRUE(gateway.listen());
+        QObject::connect(&client, &GatewayClient::stateChanged, &client,
+                         [this](const GatewayConnectionState &state) {
+                             if (const auto *lost = std::get_if<GatewayDisconnected>(&state)) {
+                                 states.push_back("disconnected: " + lost->reason.toStdString());
+                             } else {
+                                 states.push_back(std::holds_alternative<GatewayConnecting>(state)
+                                                      ? "connecting"
+                                                      : "connected");
+                             }
+                         });
+        QObject::connect(&client, &GatewayClient::eventReceived, &client,
+                         [this](const GatewayEvent &event) { events.append(event); });
+        QObject::connect(&client, &GatewayClient::handshakeCompleted, &client,
+                         [this] { ++handshakes; });
+    }
+    ~GatewayClientTest() override
+    {
+        client.stop();
+        EXPECT_TRUE(waitUntil([this] { return tasks.running().isEmpty(); }));
+    }
+
+    void start(const GatewayCredentials &credentials = {})
+    {
+        client.start({gateway.url(), credentials});
+    }
+    [[nodiscard]] bool waitHandshakes(int count)
+    {
+        return waitUntil([&] { return handshakes == count; });
+    }
+    [[nodiscard]] bool waitState(const std::string &part)
+    {
+        return waitUntil([&] { return !states.empty() && states.back().find(part) != std::string::npos; });
+    }
+
+    QTemporaryDir folder;
+    ManualClock clock;
+    RecordingLog log;
+    BackgroundTasks tasks {log};
+    MemorySecretStore secrets;
+    Preferences preferences {folder.filePath(QStringLiteral("preferences.ini"))};
+    DeviceIdentityStore identities {secrets, preferences, log};
+    PracticeGateway gateway;
+    GatewayClient client;
+    std::vector<std::string> states;
+    QList<GatewayEvent> events;
+    int handshakes = 0;
+};
+
+class StrictGateway : public GatewayClientTest
+{
+protected:
+    StrictGateway()
+        : GatewayClientTest({.token = QStringLiteral("secret-1"), .requireNonce = true})
+    {
+    }
+};
+
+} // namespace
+
+TEST_F(GatewayClientTest, ConnectsDeliversEventsAndReconnectsAfterAKill)
+{
+    start();
+    ASSERT_TRUE(waitHandshakes(1));
+    EXPECT_THAT(states, ElementsAre("connecting", "connected"));
+
+    gateway.announce({.approvalId = QStringLiteral("a"), .command = QStringLiteral("ls"), .agentId = {},
+                      .createdAtMs = 1, .expiresAtMs = 0});
+    ASSERT_TRUE(waitUntil([this] { return events.size() == 1; }));
+
+    gateway.close();
+    ASSERT_TRUE(waitState("disconnected: Gateway connection lost"));
+    QElapsedTimer untilBack;
+    untilBack.start();
+    ASSERT_TRUE(gateway.listen());
+    ASSERT_TRUE(waitHandshakes(2));
+    EXPECT_GE(untilBack.elapsed(), 700);
+    // What was pending is told again to a client that comes back.
+    ASSERT_TRUE(waitUntil([this] { return events.size() == 2; }));
+    EXPECT_EQ(events.first(), events.last());
+}
+
+TEST_F(StrictGateway, FirstHandshakeWithoutNonceIsRefusedOrChallengedThenSucceeds)
+{
+    start({QStringLiteral("secret-1"), {}});
+    ASSERT_TRUE(waitHandshakes(1));
+    EXPECT_EQ(gateway.clientCount(), 1);
+}
+
+TEST_F(StrictGateway, RefusedHandshakeIsReportedOnceAsConnectedThenDisconnected)
+{
+    start({QStringLiteral("wrong"), {}});
+    ASSERT_TRUE(waitState("disconnected"));
+    ASSERT_EQ(states.size(), 3U);
+    EXPECT_EQ(states[1], "connected");
+    EXPECT_THAT(states[2], HasSubstr("disconnected: connect failed: "));
+    EXPECT_FALSE(log.lines().filter(QStringLiteral("[Brackwen] connect handshake failed: ")).isEmpty());
+    ASSERT_TRUE(waitUntil([this] { return states.size() >= 4; }));
+    EXPECT_EQ(states[3], "connecting");
+}
+
+TEST_F(GatewayClientTest, CallsEndWithTheConnectionAndFailAtOnceWithoutOne)
+{
+    const auto call = [](GatewayClient *gatewayClient) -> QCoro::Task<GatewayClient::CallResult> {
+        co_return co_await gatewayClient->resolveApproval(QStringLiteral("a"), ApprovalDecision::Deny);
+    };
+    const auto notConnected = GatewayClient::CallResult(
+        std::unexpected(GatewayClientError::notConnected()));
+    EXPECT_EQ(bram::test::waitFor(call(&client)), notConnected);
+
+    start();
+    ASSERT_TRUE(waitHandshakes(1));
+    gateway.announce({.approvalId = QStringLiteral("a"), .command = QStringLiteral("ls"), .agentId = {}});
+    gateway.setDecisionBehaviour({.fault = DecisionFault::NeverAnswer});
+    auto open = call(&client);
+    ASSERT_TRUE(waitUntil([this] { return !events.isEmpty(); }));
+    client.stop();
+    EXPECT_EQ(bram::test::waitFor(std::move(open)), notConnected);
+    const auto reported = states.size();
+    EXPECT_EQ(states.back(), "connected");
+    EXPECT_EQ(states.size(), reported);
+}
+
+TEST_F(GatewayClientTest, HostileFramesEndTheConnectionWithOneClearReasonOrAreIgnored)
+{
+    start();
+    ASSERT_TRUE(waitHandshakes(1));
+    gateway.sendRawText(QStringLiteral("{\"type\":\"event\",\"event\":\"tick\"}"));
+    gateway.sendRawText(QStringLiteral("{\"type\":\"res\",\"id\":\"nobody\",\"ok\":true}"));
+    gateway.sendRawBinary(
+        R"({"type":"event","event":"exec.approval.resolved","payload":{"id":"binary"}})");
+    ASSERT_TRUE(waitUntil([this] { return events.size() == 1; }));
+    EXPECT_EQ(states.back(), "connected");
+
+    struct Case {
+        QByteArray frame;
+        const char *reason;
+    };
+    const std::vector<Case> cases {
+        {"not json", "disconnected: Gateway sent an invalid frame: "},
+        {QByteArray(5000, '['), "disconnected: Gateway sent an invalid frame: "},
+        {QByteArray(4 * 1024 * 1024 + 1, ' '), "disconnected: Gateway sent a message over 4 MiB"},
+    };
+    int round = 1;
+    for (const auto &[frame, reason] : cases) {
+        gateway.sendRawBinary(frame);
+        ASSERT_TRUE(waitState("disconnected")) << reason;
+        EXPECT_THAT(states.back(), HasSubstr(reason));
+        client.stop();
+        start();
+        ASSERT_TRUE(waitHandshakes(++round));
+    }
+    // Just as large as allowed.
+    QByteArray largest = R"({"type":"event","event":"exec.approval.resolved","payload":{"id":"big"}})";
+    largest.append(4 * 1024 * 1024 - largest.size(), ' ');
+    gateway.sendRawBinary(largest);
+    ASSERT_TRUE(waitUntil([this] { return events.size() == 2; }));
+    EXPECT_EQ(states.back(), "connected");
+}
+
+TEST_F(GatewayClientTest, APeerThatIsNoGatewayIsAReasonNotACrash)
+{
+    QTcpServer server;
+    ASSERT_TRUE(server.listen(QHostAddress::LocalHost));
+    QObject::connect(&server, &QTcpServer::newConnection, &server, [&server] {
+        auto *peer = server.nextPendingConnection();
+        peer->write("HTTP/1.1 404 Not Found\r\nContent-Length: 0\r\n\r\n");
+        peer->disconnectFromHost();
+    });
+    client.start({QUrl(QStringLiteral("ws://127.0.0.1:%1").arg(server.serverPort())), {}});
+    ASSERT_TRUE(waitState("disconnected"));
+    EXPECT_GT(states.back().size(), std::string("disconnected: ").size());
+
+    server.close();
+    client.stop();
+    states.clear();
+    client.start({QUrl(QStringLiteral("ws://127.0.0.1:%1").arg(server.serverPort())), {}});
+    ASSERT_TRUE(waitState("disconnected"));
+}
+
+TEST_F(GatewayClientTest, RestartFromWithinAReportWins)
+{
+    // The first report of a loss restarts the client at another address, as a token reload does.
+    PracticeGateway other({}, clock);
+    ASSERT_TRUE(other.listen());
+    bool restarted = false;
+    QObject::connect(&client, &GatewayClient::stateChanged, &client,
+                     [&](const GatewayConnectionState &state) {
+                         if (std::holds_alternative<GatewayDisconnected>(state)
+                             && !std::exchange(restarted, true)) {
+                             client.start({other.url(), {}});
+                         }
+                     });
+    start();
+    ASSERT_TRUE(waitHandshakes(1));
+    gateway.dropClients();
+    ASSERT_TRUE(waitHandshakes(2));
+    EXPECT_EQ(other.clientCount(), 1);
+    EXPECT_EQ(gateway.clientCount(), 0);
+}
+
+TEST_F(GatewayClientTest, ABurstIsDeliveredWholeInOrderAndBeforeTheEndOfTheConnection)
+{
+    start();
+    ASSERT_TRUE(waitHandshakes(1));
+    constexpr int count = 5000;
+    for (int i = 0; i < count; ++i) {
+        gateway.sendRawText(
+            QStringLiteral("{\"type\":\"event\",\"event\":\"exec.approval.resolved\","
+                           "\"payload\":{\"id\":\"%1\"}}")
+                .arg(i));
+    }
+    qsizetype deliveredAtEnd = -1;
+    QObject::connect(&client, &GatewayClient::stateChanged, &client, [&] {
+        deliveredAtEnd = events.size();
+    });
+    ASSERT_TRUE(waitUntil([&] { return events.size() == count; }));
+    for (int i = 0; i < count; ++i) {
+        ASSERT_EQ(std::get<ApprovalResolved>(events.at(i)).approvalId, QString::number(i));
+    }
+    EXPECT_EQ(deliveredAtEnd, -1);
+}
