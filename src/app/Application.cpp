@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "app/Application.h"
 
-#include "ui/terminal/PipeLineReader.h"
-#include "ui/terminal/TerminalLineEditor.h"
+#include "ui/terminal/TerminalInput.h"
 
 #include <chrono>
 
@@ -35,13 +34,6 @@ SyslogLog::Targets logTargets(bool practice)
     return targets;
 }
 
-std::unique_ptr<LineSource> makeLineSource(TerminalOutput &output)
-{
-    if (isPerson()) {
-        return std::make_unique<TerminalLineEditor>(output);
-    }
-    return std::make_unique<PipeLineReader>(STDIN_FILENO);
-}
 } // namespace
 
 Application::Application(Places places, std::unique_ptr<PracticeWorld> practice,
@@ -55,7 +47,7 @@ Application::Application(Places places, std::unique_ptr<PracticeWorld> practice,
               .log = m_log,
               .commandLine = m_practice ? CommandLineUse::Never : CommandLineUse::Allowed})
     , m_output(STDOUT_FILENO)
-    , m_input(makeLineSource(m_output))
+    , m_input(makeLineSource(STDIN_FILENO, m_output))
     , m_frontEnd(m_core.monitor(), *m_input, m_output, clock)
 {
     connect(&m_frontEnd, &TerminalFrontEnd::quitRequested, this, &Application::shutDown);

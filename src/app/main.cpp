@@ -4,6 +4,7 @@
 #include "app/Places.h"
 #include "app/PracticeWorld.h"
 #include "app/SingleInstanceLock.h"
+#include "system/Clock.h"
 
 #include <QCoreApplication>
 
@@ -47,6 +48,9 @@ int runApplication(QCoreApplication &application, const bram::LaunchOptions &opt
                   QStringLiteral("No agent platform is configured here (no BRACKWEN_GATEWAY_URL, "
                                  "no readable brackwen.json): starting practice mode.\n"));
         }
+        print(stdout,
+              QStringLiteral("Practice mode: the requests are made up, nothing is executed, and "
+                             "nothing of yours is touched.\n"));
         auto world = bram::PracticeWorld::create(clock);
         if (!world) {
             print(stderr, QStringLiteral("bram: ") + world.error().message + u'\n');
