@@ -33,6 +33,9 @@ void ApprovalHistory::upsertPending(const ApprovalItem &item, qint64 nowMs)
 void ApprovalHistory::update(const QString &approvalId, ApprovalHistoryState state, qint64 nowMs)
 {
     if (auto *row = find(approvalId)) {
+        if (state == ApprovalHistoryState::Resolved && row->state != ApprovalHistoryState::Pending) {
+            return;
+        }
         row->state = state;
         row->updatedAt = QDateTime::fromMSecsSinceEpoch(nowMs);
         return;
