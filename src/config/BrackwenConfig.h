@@ -26,9 +26,9 @@ struct AccountFacts {
     bool operator==(const AccountFacts &) const = default;
 };
 
-/// The agent platform's own configuration file, brackwen.json: where it may lie, and its content. It
-/// belongs to the platform and is only read here, anew at every call, because it changes while this
-/// program runs. A value; main thread.
+/// The agent platform's own configuration file, brackwen.json: where it may lie, and its content.
+/// It belongs to the platform and is only read here, anew at every call, because it changes while
+/// this program runs. A value; main thread.
 class BrackwenConfig
 {
 public:
@@ -37,8 +37,8 @@ public:
     /// The files it may be, in the order in which they count; no place is named twice.
     QStringList candidatePaths() const;
 
-    /// The content of every candidate that is a readable regular file of at most 16 MiB and holds a JSON
-    /// object, in the order of the candidates. The others are skipped silently.
+    /// The content of every candidate that is a readable regular file of at most 16 MiB and holds a
+    /// JSON object, in the order of the candidates. The others are skipped silently.
     QList<QJsonObject> loadObjects() const;
 
     /// Whether there is a configuration at all: some candidate is a readable regular file.

@@ -20,8 +20,8 @@ public:
     /// The variables of this process as they are now.
     static Environment ofProcess();
 
-    /// The value without blanks and line breaks at both ends; nothing when unset or blank. All look-ups
-    /// follow this rule.
+    /// The value without blanks and line breaks at both ends; nothing when unset or blank. All
+    /// look-ups follow this rule.
     std::optional<QString> trimmed(const QString &name) const;
 
     /// This environment with every entry of `overrides` written over it.

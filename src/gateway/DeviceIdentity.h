@@ -31,16 +31,16 @@ QString makeDeviceId(const QByteArray &publicKeyRaw);
 /// A fresh random identity; fails when the system gives no randomness. Stores nothing.
 std::expected<DeviceIdentity, Error> makeNewIdentity();
 
-/// The identity made of these three values, if the public key and the id are exactly what the private
-/// key yields; a stored identity is never trusted field by field.
+/// The identity made of these three values, if the public key and the id are exactly what the
+/// private key yields; a stored identity is never trusted field by field.
 std::optional<DeviceIdentity> validatedIdentity(const QString &deviceId, const QString &publicKey,
                                                 const QByteArray &privateKeyRaw);
 
 /// The stored form of a private key: standard base64 with padding.
 QString privateKeyToText(const QByteArray &privateKeyRaw);
 
-/// The bytes of a stored private key; nothing when `text` holds anything but standard base64 with its
-/// padding, such as blanks or base64url characters.
+/// The bytes of a stored private key; nothing when `text` holds anything but standard base64 with
+/// its padding, such as blanks or base64url characters.
 std::optional<QByteArray> privateKeyFromText(const QString &text);
 
 } // namespace bram

@@ -59,7 +59,7 @@ QCoro::Task<std::expected<DeviceIdentity, Error>> DeviceIdentityStore::loadOrCre
 Reply<DeviceIdentityStore::Result> DeviceIdentityStore::joinRunning()
 {
     const ReplySource<Result> source(
-        std::unexpected(Error {u"the device identity is no longer in use"_s}));
+        std::unexpected(Error{u"the device identity is no longer in use"_s}));
     m_waiting.push_back(source);
     return source.reply();
 }
@@ -121,8 +121,7 @@ DeviceIdentityStore::migrateLegacyDefaultsToKeychainIfNeeded()
     if (const auto stored = co_await readKeychain();
         stored && stored->deviceId == legacy->deviceId) {
         clearDefaults();
-        m_log.write(
-            u"[Brackwen] Device identity migrated to Keychain (legacy defaults cleared)"_s);
+        m_log.write(u"[Brackwen] Device identity migrated to Keychain (legacy defaults cleared)"_s);
         co_return stored;
     }
     m_log.write(
@@ -158,9 +157,8 @@ DeviceIdentityStore::writeKeychain(DeviceIdentity identity)
     if (!privateKey) {
         co_return privateKey;
     }
-    const auto publicKey
-        = co_await m_secrets.set(keychainService, keychainAccountPublicKey,
-                                 identity.publicKeyBase64Url, keychainAccessible);
+    const auto publicKey = co_await m_secrets.set(keychainService, keychainAccountPublicKey,
+                                                  identity.publicKeyBase64Url, keychainAccessible);
     if (!publicKey) {
         co_return publicKey;
     }

@@ -16,18 +16,18 @@ class SecretStore;
 class SystemLog;
 struct KeychainError;
 
-/// Keeps the device identity: in the keyring, or in the preferences where the keyring cannot be used.
-/// Copies one that an earlier release left in the preferences to the keyring. The preferences are
-/// cleared only after the keyring's copy was read back and validated. Main thread only.
+/// Keeps the device identity: in the keyring, or in the preferences where the keyring cannot be
+/// used. Copies one that an earlier release left in the preferences to the keyring. The preferences
+/// are cleared only after the keyring's copy was read back and validated. Main thread only.
 class DeviceIdentityStore
 {
 public:
     DeviceIdentityStore(SecretStore &secrets, Preferences &preferences, SystemLog &log);
 
-    /// The identity to use, made and stored when there is none. Called for every handshake, so that a
-    /// keyring that becomes readable later is picked up. A call made while another is still waiting for
-    /// the keyring shares its result: two at once would each make an identity and mix them in the
-    /// keyring. Fails only when no key can be made. The store must outlive the task.
+    /// The identity to use, made and stored when there is none. Called for every handshake, so that
+    /// a keyring that becomes readable later is picked up. A call made while another is still
+    /// waiting for the keyring shares its result: two at once would each make an identity and mix
+    /// them in the keyring. Fails only when no key can be made. The store must outlive the task.
     QCoro::Task<std::expected<DeviceIdentity, Error>> loadOrCreate();
 
 private:

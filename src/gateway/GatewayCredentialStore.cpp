@@ -22,13 +22,13 @@ const QString gatewayTokenDefaultsKey = u"gateway.token"_s;
 const QString gatewayPasswordDefaultsKey = u"gateway.password"_s;
 } // namespace
 
-std::optional<GatewayCredentials> loadGatewayCredentialsFromBrackwenConfig(
-    const BrackwenConfig &config)
+std::optional<GatewayCredentials>
+loadGatewayCredentialsFromBrackwenConfig(const BrackwenConfig &config)
 {
     for (const QJsonObject &object : config.loadObjects()) {
         const QJsonObject auth = object.value("gateway"_L1).toObject().value("auth"_L1).toObject();
-        const GatewayCredentials found {trimmedOrAbsent(auth.value("token"_L1).toString()),
-                                        trimmedOrAbsent(auth.value("password"_L1).toString())};
+        const GatewayCredentials found{trimmedOrAbsent(auth.value("token"_L1).toString()),
+                                       trimmedOrAbsent(auth.value("password"_L1).toString())};
         if (found.token || found.password) {
             return found;
         }
@@ -47,8 +47,8 @@ GatewayCredentialStore::GatewayCredentialStore(const BrackwenConfig &config, Sec
 
 QCoro::Task<GatewayCredentials> GatewayCredentialStore::gatewayCredentials(Environment environment)
 {
-    const GatewayCredentials given {environment.trimmed(u"BRACKWEN_GATEWAY_TOKEN"_s),
-                                    environment.trimmed(u"BRACKWEN_GATEWAY_PASSWORD"_s)};
+    const GatewayCredentials given{environment.trimmed(u"BRACKWEN_GATEWAY_TOKEN"_s),
+                                   environment.trimmed(u"BRACKWEN_GATEWAY_PASSWORD"_s)};
     if (given.token || given.password) {
         co_return given;
     }
@@ -109,8 +109,7 @@ QCoro::Task<> GatewayCredentialStore::saveItem(QString account, std::optional<QS
         done = co_await m_secrets.remove(gatewayKeychainService, account);
     }
     if (!done) {
-        m_log.write(
-            QString(u"[Brackwen] Keychain save failed: "_s + done.error().description()));
+        m_log.write(QString(u"[Brackwen] Keychain save failed: "_s + done.error().description()));
     }
 }
 

@@ -17,12 +17,13 @@ namespace bram
 class Preferences;
 class SystemLog;
 
-/// Trimmed token and password of the first configuration file that has either; nothing when none has.
-std::optional<GatewayCredentials> loadGatewayCredentialsFromBrackwenConfig(
-    const BrackwenConfig &config);
+/// Trimmed token and password of the first configuration file that has either; nothing when none
+/// has.
+std::optional<GatewayCredentials>
+loadGatewayCredentialsFromBrackwenConfig(const BrackwenConfig &config);
 
-/// Where the gateway's token and password come from, and the keyring's copy of them. Failures of the
-/// keyring are logged and stop nothing. Main thread only; the store must outlive its tasks.
+/// Where the gateway's token and password come from, and the keyring's copy of them. Failures of
+/// the keyring are logged and stop nothing. Main thread only; the store must outlive its tasks.
 class GatewayCredentialStore
 {
 public:
@@ -36,8 +37,8 @@ public:
     /// Makes the keyring hold exactly these: what is absent or blank is deleted from it.
     QCoro::Task<> saveGatewayCredentials(GatewayCredentials credentials);
 
-    /// Moves what an earlier release left in the preferences to the keyring. What is removed from the
-    /// preferences has been read back from the keyring. Once, at start.
+    /// Moves what an earlier release left in the preferences to the keyring. What is removed from
+    /// the preferences has been read back from the keyring. Once, at start.
     QCoro::Task<> migrateLegacyGatewayCredentialsToKeychainIfNeeded();
 
     /// The configuration file's credentials as they are now.

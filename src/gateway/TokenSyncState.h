@@ -27,8 +27,9 @@ QString tokenStatusText(TokenSyncState state);
 /// The colour of the dot next to it.
 IndicatorState tokenIndicator(TokenSyncState state);
 
-/// Compares the trimmed texts, case-sensitive: Matching, Mismatch or, without a reference, NoReference.
-/// Credentials that the gateway accepts but the file does not hold are a mismatch on purpose.
+/// Compares the trimmed texts, case-sensitive: Matching, Mismatch or, without a reference,
+/// NoReference. Credentials that the gateway accepts but the file does not hold are a mismatch on
+/// purpose.
 TokenSyncState tokenSyncState(const GatewayCredentials &inUse,
                               const std::optional<GatewayCredentials> &reference);
 

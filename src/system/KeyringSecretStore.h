@@ -21,12 +21,12 @@ namespace bram
 
 class SystemLog;
 
-/// The secrets in the desktop's keyring (Secret Service or wallet). Nothing is ever stored outside of
-/// it: without a keyring every operation fails at once.
+/// The secrets in the desktop's keyring (Secret Service or wallet). Nothing is ever stored outside
+/// of it: without a keyring every operation fails at once.
 ///
 /// One operation is with the keyring at a time, in the order they were asked for. One that has not
-/// come back after `TimeLimits::operation` fails, and so do all that wait behind it and all that are
-/// asked for until the late one does come back: a keyring that hangs costs one wait.
+/// come back after `TimeLimits::operation` fails, and so do all that wait behind it and all that
+/// are asked for until the late one does come back: a keyring that hangs costs one wait.
 class KeyringSecretStore final : public QObject, public SecretStore
 {
     Q_OBJECT
@@ -43,9 +43,9 @@ public:
 
     QCoro::Task<std::expected<std::optional<QString>, KeychainError>> get(QString service,
                                                                           QString account) override;
-    QCoro::Task<std::expected<void, KeychainError>>
-    set(QString service, QString account, QString value,
-        SecretAccessibility accessibility) override;
+    QCoro::Task<std::expected<void, KeychainError>> set(QString service, QString account,
+                                                        QString value,
+                                                        SecretAccessibility accessibility) override;
     QCoro::Task<std::expected<void, KeychainError>> remove(QString service,
                                                            QString account) override;
 

@@ -16,9 +16,9 @@ class MemorySecretStore final : public SecretStore
 public:
     QCoro::Task<std::expected<std::optional<QString>, KeychainError>> get(QString service,
                                                                           QString account) override;
-    QCoro::Task<std::expected<void, KeychainError>>
-    set(QString service, QString account, QString value,
-        SecretAccessibility accessibility) override;
+    QCoro::Task<std::expected<void, KeychainError>> set(QString service, QString account,
+                                                        QString value,
+                                                        SecretAccessibility accessibility) override;
     QCoro::Task<std::expected<void, KeychainError>> remove(QString service,
                                                            QString account) override;
 

@@ -56,8 +56,8 @@ bool Preferences::save()
     makePrivate(); // again: what kept an earlier change from being written may be gone
     m_settings.sync();
     if (m_settings.status() == QSettings::AccessError) {
-        // An error sticks to the object that met it, also after a later success. Objects of the same
-        // file share what is still to be written, so a new one tells how it stands now.
+        // An error sticks to the object that met it, also after a later success. Objects of the
+        // same file share what is still to be written, so a new one tells how it stands now.
         QSettings attempt(m_path, QSettings::IniFormat);
         attempt.sync();
         if (attempt.status() == QSettings::AccessError) {
@@ -69,7 +69,8 @@ bool Preferences::save()
 }
 
 /// QSettings would make the folder 0755, and would write a new file 0644 before it narrows it to
-/// 0600. A file that is there keeps its mode from the first byte on. A failure here shows in `save`.
+/// 0600. A file that is there keeps its mode from the first byte on. A failure here shows in
+/// `save`.
 void Preferences::makePrivate() const
 {
     if (!makePrivateFolder(QFileInfo(m_path).absolutePath())) {

@@ -11,8 +11,8 @@ namespace bram
 {
 
 /// The per-user preferences: one INI file, 0600 in a folder 0700, because the device key falls back
-/// to it where no keyring is. Main thread only. A file that cannot be read counts as empty; one that
-/// cannot be written keeps its changes for this run.
+/// to it where no keyring is. Main thread only. A file that cannot be read counts as empty; one
+/// that cannot be written keeps its changes for this run.
 class Preferences
 {
 public:

@@ -31,7 +31,8 @@ struct Stored {
 
 Stored storedForm(const DeviceIdentity &identity)
 {
-    return {identity.deviceId, identity.publicKeyBase64Url, privateKeyToText(identity.privateKeyRaw)};
+    return {identity.deviceId, identity.publicKeyBase64Url,
+            privateKeyToText(identity.privateKeyRaw)};
 }
 
 class DeviceIdentityStoreTest : public testing::Test
@@ -46,8 +47,8 @@ protected:
     void putInKeychain(const Stored &stored)
     {
         const auto put = [&](const QString &account, const QString &value) {
-            EXPECT_TRUE(test::waitFor(
-                secrets.memory.set(service, account, value, SecretAccessibility::AfterFirstUnlock)));
+            EXPECT_TRUE(test::waitFor(secrets.memory.set(service, account, value,
+                                                         SecretAccessibility::AfterFirstUnlock)));
         };
         put(u"deviceId"_s, stored.deviceId);
         put(u"publicKey"_s, stored.publicKey);
@@ -61,7 +62,7 @@ protected:
         const auto privateKey = written.text(u"gateway.device.privateKey"_s);
         EXPECT_EQ(id.has_value(), publicKey.has_value());
         EXPECT_EQ(id.has_value(), privateKey.has_value());
-        return id ? std::optional(Stored {*id, *publicKey, *privateKey}) : std::nullopt;
+        return id ? std::optional(Stored{*id, *publicKey, *privateKey}) : std::nullopt;
     }
     std::optional<Stored> inKeychain()
     {
@@ -71,22 +72,22 @@ protected:
         const auto id = item(u"deviceId"_s);
         const auto publicKey = item(u"publicKey"_s);
         const auto privateKey = item(u"privateKey"_s);
-        return id && publicKey && privateKey
-            ? std::optional(Stored {*id, *publicKey, *privateKey}) : std::nullopt;
+        return id && publicKey && privateKey ? std::optional(Stored{*id, *publicKey, *privateKey})
+                                             : std::nullopt;
     }
     DeviceIdentity load()
     {
         const auto identity = test::waitFor(store.loadOrCreate());
         EXPECT_TRUE(identity);
-        return identity.value_or(DeviceIdentity {});
+        return identity.value_or(DeviceIdentity{});
     }
 
     QTemporaryDir folder;
     QString path = folder.filePath(u"preferences.ini"_s);
-    Preferences preferences {path};
+    Preferences preferences{path};
     test::FaultySecretStore secrets;
     test::RecordingLog log;
-    DeviceIdentityStore store {secrets, preferences, log};
+    DeviceIdentityStore store{secrets, preferences, log};
     DeviceIdentity mine = *makeNewIdentity();
     DeviceIdentity others = *makeNewIdentity();
 };
@@ -136,24 +137,66 @@ TEST_F(DeviceIdentityStoreTest, FindsMigratesOrMakesTheIdentity)
     } cases[] = {
         {"nothing stored", {}, {}, none, Is::New, Is::Absent, Is::New, {}},
         {"in the keychain", {}, storedForm(mine), none, Is::Mine, Is::Absent, Is::Mine, {}},
-        {"both the same", storedForm(mine), storedForm(mine), none, Is::Mine, Is::Absent, Is::Mine,
+        {"both the same",
+         storedForm(mine),
+         storedForm(mine),
+         none,
+         Is::Mine,
+         Is::Absent,
+         Is::Mine,
          {already}},
-        {"keychain goes before other defaults", storedForm(others), storedForm(mine), none, Is::Mine,
-         Is::Others, Is::Mine, {}},
+        {"keychain goes before other defaults",
+         storedForm(others),
+         storedForm(mine),
+         none,
+         Is::Mine,
+         Is::Others,
+         Is::Mine,
+         {}},
         {"legacy only", storedForm(mine), {}, none, Is::Mine, Is::Absent, Is::Mine, {migrated}},
-        {"legacy over an invalid keychain", storedForm(mine), upperCase, none, Is::Mine, Is::Absent,
-         Is::Mine, {migrated}},
+        {"legacy over an invalid keychain",
+         storedForm(mine),
+         upperCase,
+         none,
+         Is::Mine,
+         Is::Absent,
+         Is::Mine,
+         {migrated}},
         {"upper-case id in the keychain", {}, upperCase, none, Is::New, Is::Absent, Is::New, {}},
         {"legacy key in base64url", base64Url, {}, none, Is::New, Is::Absent, Is::New, {}},
-        {"legacy, write fails", storedForm(mine), {}, writesFail, Is::Mine, Is::Mine, Is::Absent,
+        {"legacy, write fails",
+         storedForm(mine),
+         {},
+         writesFail,
+         Is::Mine,
+         Is::Mine,
+         Is::Absent,
          {migrationFailed, skipped}},
-        {"legacy, keychain forgets", storedForm(mine), {}, forgets, Is::Mine, Is::Mine, Is::Absent,
+        {"legacy, keychain forgets",
+         storedForm(mine),
+         {},
+         forgets,
+         Is::Mine,
+         Is::Mine,
+         Is::Absent,
          {migrationUnverified, skipped}},
-        {"legacy, keychain cannot be read", storedForm(mine), {}, readsFail, Is::Mine, Is::Mine,
-         Is::Mine, {migrationUnverified, skipped}},
+        {"legacy, keychain cannot be read",
+         storedForm(mine),
+         {},
+         readsFail,
+         Is::Mine,
+         Is::Mine,
+         Is::Mine,
+         {migrationUnverified, skipped}},
         {"nothing, write fails", {}, {}, writesFail, Is::New, Is::New, Is::Absent, {saveFailed}},
         {"nothing, keychain forgets", {}, {}, forgets, Is::New, Is::New, Is::Absent, {unverified}},
-        {"nothing, keychain cannot be read", {}, {}, readsFail, Is::New, Is::New, Is::New,
+        {"nothing, keychain cannot be read",
+         {},
+         {},
+         readsFail,
+         Is::New,
+         Is::New,
+         Is::New,
          {unverified}},
     };
     for (const auto &c : cases) {
@@ -189,8 +232,8 @@ TEST_F(DeviceIdentityStoreTest, FindsMigratesOrMakesTheIdentity)
                 return Is::Others;
             }
             const auto key = privateKeyFromText(stored->privateKey);
-            const bool isNew = key
-                && validatedIdentity(stored->deviceId, stored->publicKey, *key) == identity;
+            const bool isNew
+                = key && validatedIdentity(stored->deviceId, stored->publicKey, *key) == identity;
             return isNew ? Is::New : Is::Unvalidated;
         };
         EXPECT_EQ(kind(storedForm(identity)), c.result);
@@ -229,7 +272,7 @@ TEST_F(DeviceIdentityStoreTest, FallbackMovesToTheKeychainOnceThatCanBeUsed)
     EXPECT_EQ(inDefaults(), std::nullopt);
     EXPECT_EQ(inKeychain(), storedForm(identity));
     QStringList writes = secrets.operations.filter(u"set "_s);
-    EXPECT_EQ(writes, (QStringList {u"set privateKey"_s, u"set publicKey"_s, u"set deviceId"_s}));
+    EXPECT_EQ(writes, (QStringList{u"set privateKey"_s, u"set publicKey"_s, u"set deviceId"_s}));
     EXPECT_EQ(secrets.accessibilities,
               QList<SecretAccessibility>(3, SecretAccessibility::WhenUnlockedThisDeviceOnly));
     for (const QString &line : log.lines()) {

@@ -56,15 +56,14 @@ protected:
     }
     GatewayCredentials load(const QMap<QString, QString> &environment)
     {
-        return test::waitFor(
-            store.gatewayCredentials(Environment().overriddenBy(environment)));
+        return test::waitFor(store.gatewayCredentials(Environment().overriddenBy(environment)));
     }
 
     QTemporaryDir folder;
-    Preferences preferences {folder.filePath(u"preferences.ini"_s)};
+    Preferences preferences{folder.filePath(u"preferences.ini"_s)};
     test::FaultySecretStore secrets;
     test::RecordingLog log;
-    GatewayCredentialStore store {
+    GatewayCredentialStore store{
         BrackwenConfig({}, {folder.filePath(u"home"_s), folder.filePath(u"second"_s), {}}), secrets,
         preferences, log};
 };
@@ -72,7 +71,7 @@ protected:
 TEST_F(GatewayCredentialStoreTest, EnvironmentThenFileThenKeychain)
 {
     const QByteArray fileToken = R"({"gateway": {"auth": {"token": " file\n", "password": 7}}})";
-    const GatewayCredentials old {u"old"_s, u" oldpw\n"_s};
+    const GatewayCredentials old{u"old"_s, u" oldpw\n"_s};
     const struct {
         const char *name;
         QMap<QString, QString> environment;
@@ -80,20 +79,41 @@ TEST_F(GatewayCredentialStoreTest, EnvironmentThenFileThenKeychain)
         GatewayCredentials expected;
         GatewayCredentials keychainAfter;
     } cases[] = {
-        {"token in the environment", {{u"BRACKWEN_GATEWAY_TOKEN"_s, u" env\n"_s}}, fileToken,
-         {u"env"_s, none}, old},
-        {"password in the environment", {{u"BRACKWEN_GATEWAY_PASSWORD"_s, u"envpw"_s}}, fileToken,
-         {none, u"envpw"_s}, old},
-        {"blank environment", {{u"BRACKWEN_GATEWAY_TOKEN"_s, u"   "_s}}, fileToken,
-         {u"file"_s, none}, {u"file"_s, none}},
-        {"file with a password only", {}, R"({"gateway": {"auth": {"password": "pw"}}})",
-         {none, u"pw"_s}, {none, u"pw"_s}},
-        {"file with both", {}, R"({"gateway": {"auth": {"token": "t", "password": "pw"}}})",
-         {u"t"_s, u"pw"_s}, {u"t"_s, u"pw"_s}},
-        {"file without credentials", {}, R"({"gateway": {"auth": {"token": " "}}})",
-         {u"old"_s, u"oldpw"_s}, old},
-        {"file of another shape", {}, R"({"gateway": [{"auth": {"token": "t"}}]})",
-         {u"old"_s, u"oldpw"_s}, old},
+        {"token in the environment",
+         {{u"BRACKWEN_GATEWAY_TOKEN"_s, u" env\n"_s}},
+         fileToken,
+         {u"env"_s, none},
+         old},
+        {"password in the environment",
+         {{u"BRACKWEN_GATEWAY_PASSWORD"_s, u"envpw"_s}},
+         fileToken,
+         {none, u"envpw"_s},
+         old},
+        {"blank environment",
+         {{u"BRACKWEN_GATEWAY_TOKEN"_s, u"   "_s}},
+         fileToken,
+         {u"file"_s, none},
+         {u"file"_s, none}},
+        {"file with a password only",
+         {},
+         R"({"gateway": {"auth": {"password": "pw"}}})",
+         {none, u"pw"_s},
+         {none, u"pw"_s}},
+        {"file with both",
+         {},
+         R"({"gateway": {"auth": {"token": "t", "password": "pw"}}})",
+         {u"t"_s, u"pw"_s},
+         {u"t"_s, u"pw"_s}},
+        {"file without credentials",
+         {},
+         R"({"gateway": {"auth": {"token": " "}}})",
+         {u"old"_s, u"oldpw"_s},
+         old},
+        {"file of another shape",
+         {},
+         R"({"gateway": [{"auth": {"token": "t"}}]})",
+         {u"old"_s, u"oldpw"_s},
+         old},
         {"no file", {}, "", {u"old"_s, u"oldpw"_s}, old},
     };
     for (const auto &c : cases) {
@@ -103,7 +123,7 @@ TEST_F(GatewayCredentialStoreTest, EnvironmentThenFileThenKeychain)
         EXPECT_EQ(load(c.environment), c.expected);
         EXPECT_EQ(keychain(), c.keychainAfter);
     }
-    EXPECT_EQ(log.lines(), QStringList {});
+    EXPECT_EQ(log.lines(), QStringList{});
 }
 
 TEST_F(GatewayCredentialStoreTest, FirstFileWithCredentialsWins)
@@ -115,11 +135,11 @@ TEST_F(GatewayCredentialStoreTest, FirstFileWithCredentialsWins)
     file.write(R"({"gateway": {"auth": {"token": "second"}}})");
     file.close();
     writeConfig(R"({"gateway": {"auth": {}}})");
-    EXPECT_EQ(store.reference(), (GatewayCredentials {u"second"_s, none}));
+    EXPECT_EQ(store.reference(), (GatewayCredentials{u"second"_s, none}));
     writeConfig(R"({"gateway": {"auth": {"password": "first"}}})");
-    EXPECT_EQ(store.reference(), (GatewayCredentials {none, u"first"_s}));
+    EXPECT_EQ(store.reference(), (GatewayCredentials{none, u"first"_s}));
     writeConfig("{");
-    EXPECT_EQ(store.reference(), (GatewayCredentials {u"second"_s, none}));
+    EXPECT_EQ(store.reference(), (GatewayCredentials{u"second"_s, none}));
 }
 
 TEST_F(GatewayCredentialStoreTest, KeychainFailuresStopNothing)
@@ -129,13 +149,13 @@ TEST_F(GatewayCredentialStoreTest, KeychainFailuresStopNothing)
     setKeychain({u"old"_s, u"oldpw"_s});
     writeConfig(R"({"gateway": {"auth": {"token": "t"}}})");
     secrets.writesFail = {u"token"_s};
-    EXPECT_EQ(load({}), (GatewayCredentials {u"t"_s, none}));
-    EXPECT_EQ(log.lines(), QStringList {failed});
-    EXPECT_EQ(keychain(), (GatewayCredentials {u"old"_s, none})) << "the other item is still saved";
+    EXPECT_EQ(load({}), (GatewayCredentials{u"t"_s, none}));
+    EXPECT_EQ(log.lines(), QStringList{failed});
+    EXPECT_EQ(keychain(), (GatewayCredentials{u"old"_s, none})) << "the other item is still saved";
 
     writeConfig({});
     secrets.readsFail = true;
-    EXPECT_EQ(load({}), GatewayCredentials {});
+    EXPECT_EQ(load({}), GatewayCredentials{});
     EXPECT_EQ(log.lines().size(), 1);
 }
 
@@ -145,10 +165,10 @@ TEST_F(GatewayCredentialStoreTest, MigratesWhatEarlierReleasesLeft)
         = u"[Brackwen] Migrated legacy gateway credentials to Keychain (legacy defaults cleared)"_s;
     const QString partly = u"[Brackwen] Legacy credential migration partially failed; keeping "
                            "unresolved legacy entries"_s;
-    const QString tokenFailed = u"[Brackwen] Keychain migrate token failed: "_s
-        + test::FaultySecretStore::errorText;
-    const QString passwordFailed = u"[Brackwen] Keychain migrate password failed: "_s
-        + test::FaultySecretStore::errorText;
+    const QString tokenFailed
+        = u"[Brackwen] Keychain migrate token failed: "_s + test::FaultySecretStore::errorText;
+    const QString passwordFailed
+        = u"[Brackwen] Keychain migrate password failed: "_s + test::FaultySecretStore::errorText;
     const struct {
         const char *name;
         GatewayCredentials legacy;
@@ -163,12 +183,30 @@ TEST_F(GatewayCredentialStoreTest, MigratesWhatEarlierReleasesLeft)
         {"blank only", {u" "_s, u""_s}, {}, {}, false, {u" "_s, u""_s}, {}, {}},
         {"both", {u" t "_s, u"p"_s}, {}, {}, false, {}, {u"t"_s, u"p"_s}, {done}},
         {"token only", {u"t"_s, none}, {none, u"k"_s}, {}, false, {}, {u"t"_s, u"k"_s}, {done}},
-        {"keychain has its own", {u"t"_s, u"p"_s}, {u"k"_s, none}, {}, false, {}, {u"k"_s, u"p"_s},
+        {"keychain has its own",
+         {u"t"_s, u"p"_s},
+         {u"k"_s, none},
+         {},
+         false,
+         {},
+         {u"k"_s, u"p"_s},
          {done}},
-        {"password cannot be written", {u"t"_s, u"p"_s}, {}, {u"password"_s}, false, {none, u"p"_s},
-         {u"t"_s, none}, {passwordFailed, partly}},
-        {"nothing can be written", {u"t"_s, u"p"_s}, {}, {u"token"_s, u"password"_s}, false,
-         {u"t"_s, u"p"_s}, {}, {tokenFailed, passwordFailed, partly}},
+        {"password cannot be written",
+         {u"t"_s, u"p"_s},
+         {},
+         {u"password"_s},
+         false,
+         {none, u"p"_s},
+         {u"t"_s, none},
+         {passwordFailed, partly}},
+        {"nothing can be written",
+         {u"t"_s, u"p"_s},
+         {},
+         {u"token"_s, u"password"_s},
+         false,
+         {u"t"_s, u"p"_s},
+         {},
+         {tokenFailed, passwordFailed, partly}},
         {"keychain forgets", {none, u"p"_s}, {}, {}, true, {none, u"p"_s}, {}, {partly}},
     };
     for (const auto &c : cases) {

@@ -29,8 +29,8 @@ inline QByteArray state()
 inline QDBusMessage call(const QString &path, const QString &interface, const QString &method,
                          const QVariantList &arguments)
 {
-    QDBusMessage message = QDBusMessage::createMethodCall(
-        QStringLiteral("org.freedesktop.secrets"), path, interface, method);
+    QDBusMessage message = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.secrets"),
+                                                          path, interface, method);
     message.setArguments(arguments);
     return QDBusConnection::sessionBus().call(message);
 }
@@ -41,9 +41,9 @@ inline const QString collectionPath = QStringLiteral("/org/freedesktop/secrets/c
 
 inline QVariant collectionProperty(const QString &name)
 {
-    const auto reply = call(collectionPath, QStringLiteral("org.freedesktop.DBus.Properties"),
-                            QStringLiteral("Get"),
-                            {QStringLiteral("org.freedesktop.Secret.Collection"), name});
+    const auto reply
+        = call(collectionPath, QStringLiteral("org.freedesktop.DBus.Properties"),
+               QStringLiteral("Get"), {QStringLiteral("org.freedesktop.Secret.Collection"), name});
     return reply.arguments().value(0).value<QDBusVariant>().variant();
 }
 
@@ -60,7 +60,7 @@ inline bool isLocked()
 inline void lock()
 {
     call(servicePath, service, QStringLiteral("Lock"),
-         {QVariant::fromValue(QList<QDBusObjectPath> {QDBusObjectPath(collectionPath)})});
+         {QVariant::fromValue(QList<QDBusObjectPath>{QDBusObjectPath(collectionPath)})});
 }
 
 /// A secret as it travels over the bus.
@@ -89,14 +89,13 @@ inline const QDBusArgument &operator>>(const QDBusArgument &argument, BusSecret 
 inline void unlock()
 {
     qDBusRegisterMetaType<BusSecret>();
-    const auto session = call(servicePath, service, QStringLiteral("OpenSession"),
-                              {QStringLiteral("plain"),
-                               QVariant::fromValue(QDBusVariant(QString()))});
+    const auto session
+        = call(servicePath, service, QStringLiteral("OpenSession"),
+               {QStringLiteral("plain"), QVariant::fromValue(QDBusVariant(QString()))});
     BusSecret password;
     password.session = session.arguments().value(1).value<QDBusObjectPath>();
     password.value = "keyring password";
-    call(servicePath,
-         QStringLiteral("org.gnome.keyring.InternalUnsupportedGuiltRiddenInterface"),
+    call(servicePath, QStringLiteral("org.gnome.keyring.InternalUnsupportedGuiltRiddenInterface"),
          QStringLiteral("UnlockWithMasterPassword"),
          {QVariant::fromValue(QDBusObjectPath(collectionPath)), QVariant::fromValue(password)});
 }

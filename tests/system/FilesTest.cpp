@@ -7,8 +7,8 @@
 
 #include <gtest/gtest.h>
 
-#include <sys/stat.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
 
