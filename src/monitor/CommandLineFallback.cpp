@@ -49,7 +49,7 @@ QString outputText(const QByteArray &output)
 Result toResult(int exitCode, QProcess::ExitStatus status, const QByteArray &output)
 {
     if (status == QProcess::CrashExit) {
-        return failure(u"the brackwen command-line tool crashed"_s);
+        return failure(u"it crashed"_s);
     }
     if (exitCode != 0) {
         return failure(outputText(output));
@@ -75,7 +75,7 @@ QCoro::Task<std::expected<void, GatewayClientError>> resolveViaCommandLine(QStri
 {
     const auto process = std::make_unique<QProcess>();
     auto *const tool = process.get();
-    const ReplySource<Result> source(failure(u"the brackwen command-line tool was abandoned"_s));
+    const ReplySource<Result> source(failure(u"it was abandoned"_s));
     const auto output = std::make_shared<QByteArray>();
 
     tool->setProcessChannelMode(QProcess::MergedChannels);
@@ -98,7 +98,7 @@ QCoro::Task<std::expected<void, GatewayClientError>> resolveViaCommandLine(QStri
                          }
                      });
     QTimer::singleShot(timeLimit, tool, [source, tool] {
-        source.answer(failure(u"the brackwen command-line tool did not end within 60 s"_s));
+        source.answer(failure(u"it did not end within 60 s"_s));
         tool->kill();
     });
     tool->start(u"/usr/bin/env"_s,

@@ -162,7 +162,7 @@ QCoro::Task<> DecisionResolver::travel(QPointer<DecisionResolver> self, Attempt 
         co_return;
     }
     if (self->m_stopped || self->m_collaborators.commandLine == CommandLineUse::Never) {
-        self->onFailed(attempt, refusal);
+        self->onFailed(attempt, refusal, refusal);
         co_return;
     }
     const auto result = co_await resolveViaCommandLine(attempt.approvalId, attempt.decision);
@@ -174,7 +174,8 @@ QCoro::Task<> DecisionResolver::travel(QPointer<DecisionResolver> self, Attempt 
     } else if (isUnknownApprovalError(result.error().description())) {
         self->onUnknown(attempt, viaCommandLine);
     } else {
-        self->onFailed(attempt, result.error().description());
+        const QString failure = result.error().description();
+        self->onFailed(attempt, failure, refusal + u" (command-line tool: "_s + failure + u')');
     }
 }
 
@@ -208,12 +209,13 @@ void DecisionResolver::onUnknown(const Attempt &attempt, const QString &transpor
     settle(attempt, {DecisionOutcome::Kind::ResolvedElsewhere, {}});
 }
 
-void DecisionResolver::onFailed(const Attempt &attempt, const QString &failure)
+void DecisionResolver::onFailed(const Attempt &attempt, const QString &failure,
+                                const QString &shown)
 {
     m_collaborators.status.setConnectionText(u"Resolve failed: "_s + failure);
     m_collaborators.recorder.recordResolveFailed(attempt.approvalId, attempt.decision,
                                                  attempt.origin, failure);
-    settle(attempt, {DecisionOutcome::Kind::Failed, failure});
+    settle(attempt, {DecisionOutcome::Kind::Failed, shown});
 }
 
 void DecisionResolver::settle(const Attempt &attempt, const DecisionOutcome &outcome)

@@ -118,7 +118,8 @@ private:
     static QCoro::Task<> travel(QPointer<DecisionResolver> self, Attempt attempt);
     void onConfirmed(const Attempt &attempt, const QString &transport);
     void onUnknown(const Attempt &attempt, const QString &transport);
-    void onFailed(const Attempt &attempt, const QString &failure);
+    /// `shown` is what the operator reads, who may want more than the last error.
+    void onFailed(const Attempt &attempt, const QString &failure, const QString &shown);
     void settle(const Attempt &attempt, const DecisionOutcome &outcome);
     void resolveEach(const QStringList &approvalIds, ApprovalDecision decision);
 

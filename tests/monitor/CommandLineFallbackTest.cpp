@@ -96,10 +96,10 @@ TEST_F(CommandLineFallback, ItsFailuresAreToldApart)
     using Kind = DecisionOutcome::Kind;
     const std::vector<Case> cases {
         {"echo '  no route to gateway  '; echo >&2; exit 3", Kind::Failed,
-         QStringLiteral("no route to gateway")},
+         QStringLiteral("internal error (command-line tool: no route to gateway)")},
         {"echo 'Approval Not Found' >&2; exit 1", Kind::ResolvedElsewhere, {}},
-        {"printf '\\377\\376'; exit 1", Kind::Failed, QStringLiteral("unknown error")},
-        {"kill -9 $$", Kind::Failed, QStringLiteral("the brackwen command-line tool crashed")},
+        {"printf '\\377\\376'; exit 1", Kind::Failed, QStringLiteral("internal error (command-line tool: unknown error)")},
+        {"kill -9 $$", Kind::Failed, QStringLiteral("it crashed")},
     };
     makeConnectedCore();
     gateway.setDecisionBehaviour(
