@@ -99,7 +99,7 @@ TEST_F(CommandLineFallback, ItsFailuresAreToldApart)
          QStringLiteral("internal error (command-line tool: no route to gateway)")},
         {"echo 'Approval Not Found' >&2; exit 1", Kind::ResolvedElsewhere, {}},
         {"printf '\\377\\376'; exit 1", Kind::Failed, QStringLiteral("internal error (command-line tool: unknown error)")},
-        {"kill -9 $$", Kind::Failed, QStringLiteral("it crashed")},
+        {"kill -9 $$", Kind::Failed, QStringLiteral("internal error (command-line tool: it crashed)")},
     };
     makeConnectedCore();
     gateway.setDecisionBehaviour(
