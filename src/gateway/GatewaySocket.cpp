@@ -13,18 +13,21 @@ namespace bram
 {
 
 using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
 
 namespace
 {
-constexpr auto openTimeout = 60s;
-constexpr auto pingInterval = 20s;
 constexpr quint64 maxMessageBytes = 4 * 1024 * 1024;
 constexpr qint64 turnBudgetNs = 8'000'000;
 } // namespace
 
 GatewaySocket::GatewaySocket(const QUrl &url)
+    : GatewaySocket(url, TimeLimits())
+{
+}
+
+GatewaySocket::GatewaySocket(const QUrl &url, TimeLimits limits)
     : m_url(url)
+    , m_limits(limits)
     , m_socket(gatewayOrigin(url).value_or(QString()))
 {
     m_socket.setMaxAllowedIncomingFrameSize(maxMessageBytes);
@@ -32,7 +35,11 @@ GatewaySocket::GatewaySocket(const QUrl &url)
 
     connect(&m_socket, &QWebSocket::connected, this, [this] {
         m_openTimeout.stop();
-        m_pingTimer.start(pingInterval);
+        // A decision is one small packet that shall not wait for the acknowledgement of the one before.
+        if (auto *tcp = m_socket.findChild<QAbstractSocket *>()) {
+            tcp->setSocketOption(QAbstractSocket::LowDelayOption, 1);
+        }
+        m_pingTimer.start(m_limits.silence);
         Q_EMIT opened();
     });
     connect(&m_socket, &QWebSocket::textMessageReceived, this,
@@ -52,7 +59,6 @@ GatewaySocket::GatewaySocket(const QUrl &url)
     m_openTimeout.setSingleShot(true);
     connect(&m_openTimeout, &QTimer::timeout, this,
             [this] { finish(u"Gateway did not answer within 60 s"_s, Ending::Failed); });
-    m_pingTimer.setTimerType(Qt::VeryCoarseTimer);
     connect(&m_pingTimer, &QTimer::timeout, this, &GatewaySocket::onPingDue);
 }
 
@@ -63,7 +69,7 @@ GatewaySocket::~GatewaySocket()
 
 void GatewaySocket::open()
 {
-    m_openTimeout.start(openTimeout);
+    m_openTimeout.start(m_limits.opening);
     QNetworkRequest request(m_url);
     request.setRawHeader("User-Agent", QByteArray(userAgent.data(), userAgent.size()));
     m_socket.open(request);

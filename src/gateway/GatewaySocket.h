@@ -9,6 +9,8 @@
 #include <QUrl>
 #include <QWebSocket>
 
+#include <chrono>
+
 namespace bram
 {
 
@@ -29,7 +31,14 @@ public:
     };
     Q_ENUM(Ending)
 
+    struct TimeLimits {
+        std::chrono::milliseconds opening = std::chrono::seconds(60);
+        /// Between two pings, and at the same time how long the answer to one may take.
+        std::chrono::milliseconds silence = std::chrono::seconds(20);
+    };
+
     explicit GatewaySocket(const QUrl &url);
+    GatewaySocket(const QUrl &url, TimeLimits limits);
     ~GatewaySocket() override;
     Q_DISABLE_COPY_MOVE(GatewaySocket)
 
@@ -62,6 +71,7 @@ private:
     bool turnIsSpent();
 
     QUrl m_url;
+    TimeLimits m_limits;
     QWebSocket m_socket;
     QTimer m_openTimeout;
     QTimer m_pingTimer;

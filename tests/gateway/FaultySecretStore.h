@@ -4,16 +4,16 @@
 #include "system/MemorySecretStore.h"
 #include "system/Reply.h"
 
+#include <QCoreApplication>
 #include <QSet>
 #include <QString>
 #include <QStringList>
 
-#include <optional>
-
 namespace bram::test
 {
 
-/// Secrets in memory, and the ways in which a real keyring has been seen to fail.
+/// Secrets in memory, and the ways in which a real keyring has been seen to fail. Like one, it
+/// answers in a later turn of the event loop.
 class FaultySecretStore final : public SecretStore
 {
 public:
@@ -23,7 +23,6 @@ public:
     bool readsFail = false;
     QSet<QString> writesFail; ///< for these accounts; a deletion is a write
     bool forgetsWrites = false; ///< reports success and keeps nothing
-    std::optional<Reply<bool>> gate; ///< the next read waits for this first
     QStringList operations; ///< "get token", "set token", "remove token"
     QList<SecretAccessibility> accessibilities;
 
@@ -31,9 +30,7 @@ public:
                                                                           QString account) override
     {
         operations.append(QStringLiteral("get ") + account);
-        if (auto wait = std::exchange(gate, std::nullopt)) {
-            [[maybe_unused]] const bool opened = co_await *wait;
-        }
+        co_await nextTurn();
         if (readsFail) {
             co_return std::unexpected(error);
         }
@@ -45,6 +42,7 @@ public:
     {
         operations.append(QStringLiteral("set ") + account);
         accessibilities.append(accessibility);
+        co_await nextTurn();
         if (writesFail.contains(account)) {
             co_return std::unexpected(error);
         }
@@ -58,6 +56,7 @@ public:
                                                            QString account) override
     {
         operations.append(QStringLiteral("remove ") + account);
+        co_await nextTurn();
         if (writesFail.contains(account)) {
             co_return std::unexpected(error);
         }
@@ -65,6 +64,15 @@ public:
     }
 
     MemorySecretStore memory;
+
+private:
+    static Reply<bool> nextTurn()
+    {
+        const ReplySource<bool> source(false);
+        QMetaObject::invokeMethod(
+            QCoreApplication::instance(), [source] { source.answer(true); }, Qt::QueuedConnection);
+        return source.reply();
+    }
 };
 
 } // namespace bram::test

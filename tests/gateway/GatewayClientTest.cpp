@@ -8,6 +8,7 @@
 #include "system/MemorySecretStore.h"
 #include "system/Preferences.h"
 
+#include <QCryptographicHash>
 #include <QElapsedTimer>
 #include <QJsonArray>
 #include <QTcpServer>
@@ -253,4 +254,75 @@ TEST_F(GatewayClientTest, ABurstIsDeliveredWholeInOrderAndBeforeTheEndOfTheConne
         ASSERT_EQ(std::get<ApprovalResolved>(events.at(i)).approvalId, QString::number(i));
     }
     EXPECT_EQ(deliveredAtEnd, -1);
+}
+
+namespace
+{
+
+/// A peer that speaks just enough to open a WebSocket, and from then on says nothing.
+class SilentPeer : public QTcpServer
+{
+public:
+    SilentPeer()
+    {
+        EXPECT_TRUE(listen(QHostAddress::LocalHost));
+        QObject::connect(this, &QTcpServer::newConnection, this, [this] {
+            auto *peer = nextPendingConnection();
+            QObject::connect(peer, &QTcpSocket::readyRead, peer, [peer] {
+                const QByteArray request = peer->readAll();
+                const qsizetype at = request.indexOf("Sec-WebSocket-Key: ");
+                if (at < 0) {
+                    return;
+                }
+                const QByteArray key = request.sliced(at + 19, 24);
+                const QByteArray accept
+                    = QCryptographicHash::hash(key + "258EAFA5-E914-47DA-95CA-C5AB0DC85B11",
+                                               QCryptographicHash::Sha1)
+                          .toBase64();
+                peer->write("HTTP/1.1 101 Switching Protocols\r\nUpgrade: websocket\r\n"
+                            "Connection: Upgrade\r\nSec-WebSocket-Accept: "
+                            + accept + "\r\n\r\n");
+            });
+        });
+    }
+    QUrl url() const { return QUrl(QStringLiteral("ws://127.0.0.1:%1").arg(serverPort())); }
+};
+
+std::optional<QString> endOf(GatewaySocket &socket)
+{
+    std::optional<QString> reason;
+    QObject::connect(&socket, &GatewaySocket::ended, &socket,
+                     [&](const QString &text) { reason = text; });
+    socket.open();
+    EXPECT_TRUE(waitUntil([&] { return reason.has_value(); }));
+    return reason;
+}
+
+} // namespace
+
+TEST(GatewaySocketLimits, APeerGoneSilentIsGivenUpAndOneThatAnswersIsNot)
+{
+    using namespace std::chrono_literals;
+    SilentPeer silent;
+    GatewaySocket abandoned(silent.url(), {.silence = 40ms});
+    EXPECT_EQ(endOf(abandoned), QStringLiteral("Gateway did not answer a ping within 20 s"));
+
+    QTcpServer mute;
+    ASSERT_TRUE(mute.listen(QHostAddress::LocalHost));
+    GatewaySocket unopened(QUrl(QStringLiteral("ws://127.0.0.1:%1").arg(mute.serverPort())),
+                           {.opening = 40ms});
+    EXPECT_EQ(endOf(unopened), QStringLiteral("Gateway did not answer within 60 s"));
+
+    ManualClock clock;
+    PracticeGateway alive({.sendChallenge = false}, clock);
+    ASSERT_TRUE(alive.listen());
+    GatewaySocket kept(alive.url(), {.silence = 30ms});
+    bool ended = false;
+    QObject::connect(&kept, &GatewaySocket::ended, &kept, [&] { ended = true; });
+    kept.open();
+    QElapsedTimer time;
+    time.start();
+    ASSERT_TRUE(waitUntil([&] { return time.hasExpired(300); }));
+    EXPECT_FALSE(ended);
+    EXPECT_TRUE(kept.isOpen());
 }
