@@ -19,6 +19,10 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
         target_compile_options(bram_options INTERFACE -Wno-maybe-uninitialized)
     endif()
 endif()
+# Clang warns about a deprecated helper inside std::stable_sort, and puts that at our call.
+if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    target_compile_options(bram_options INTERFACE -Wno-deprecated-declarations)
+endif()
 if(BRAM_SANITIZE)
     target_compile_options(bram_options INTERFACE
         -fsanitize=${BRAM_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=undefined -g1)

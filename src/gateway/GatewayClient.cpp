@@ -259,7 +259,7 @@ Reply<GatewayClient::CallResult> GatewayClient::resolveApproval(const QString &a
 Reply<GatewayClient::CallResult> GatewayClient::request(const QString &method,
                                                         const QJsonObject &params)
 {
-    const ReplySource<CallResult> source(std::unexpected(GatewayClientError::notConnected()));
+    const ReplySource<CallResult> source {std::unexpected(GatewayClientError::notConnected())};
     const QString id = QUuid::createUuid().toString(QUuid::WithoutBraces);
     if (m_socket && m_socket->send(encodeRequest(id, method, params))) {
         m_pending.insert(id, source);

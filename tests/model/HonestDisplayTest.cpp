@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "model/HonestDisplay.h"
+#include "model/HonestProperties.h"
 
 #include <QList>
 #include <QRandomGenerator>
@@ -13,36 +14,6 @@ using namespace Qt::StringLiterals;
 
 namespace
 {
-/// What a shown text stands for: each mark replaced by what it names. Written for readability of the
-/// rule, not taken from the code under test.
-QString rebuilt(const QString &shown)
-{
-    QString result;
-    for (qsizetype i = 0; i < shown.size(); ++i) {
-        if (shown[i] != u'⟨') {
-            result.append(shown[i]);
-            continue;
-        }
-        const qsizetype end = shown.indexOf(u'⟩', i);
-        const QString name = shown.sliced(i + 1, end - i - 1);
-        i = end;
-        if (name.startsWith("U+"_L1)) {
-            const char32_t c = name.sliced(2).toUInt(nullptr, 16);
-            result.append(c < 0x10000 ? QString(QChar(char16_t(c))) : QString::fromUcs4(&c, 1));
-            continue;
-        }
-        const qsizetype count = name.section(u' ', 0, 0).toInt();
-        if (name.endsWith("line feeds"_L1)) {
-            EXPECT_EQ(shown[++i], u'\n'); // the line break that belongs to the mark
-            result.append(QString(count, u'\n'));
-        } else {
-            EXPECT_TRUE(name.endsWith("blanks"_L1) || name == "1 blank"_L1) << qPrintable(name);
-            result.append(QString(count, u' '));
-        }
-    }
-    return result;
-}
-
 /// A text of code points, lone surrogates included.
 QString fromCodePoints(const QList<char32_t> &codePoints)
 {
@@ -53,33 +24,10 @@ QString fromCodePoints(const QList<char32_t> &codePoints)
     return text;
 }
 
-/// The properties every shown text has, whatever it was made from.
 void expectHonest(const QString &source)
 {
-    const HonestText shown = honestDisplay(source);
-    const auto about = [&source] { return source.toUtf8().toPercentEncoding().toStdString(); };
-    ASSERT_EQ(rebuilt(shown.text), source) << about();
-    ASSERT_EQ(shown.marked, shown.text != source) << about();
-    ASSERT_FALSE(shown.text.contains("    "_L1)) << about();
-    ASSERT_FALSE(shown.text.contains(" \n"_L1)) << about();
-    ASSERT_FALSE(shown.text.contains("\n\n\n\n"_L1)) << about();
-    ASSERT_FALSE(shown.text.endsWith(u' ')) << about();
-    char32_t previous = U'\n';
-    for (const char32_t c : shown.text.toUcs4()) {
-        const auto category = QChar::category(c);
-        const auto direction = QChar::direction(c);
-        const bool misleads = (category >= QChar::Other_Control && category <= QChar::Other_NotAssigned && c != U'\n')
-            || (category >= QChar::Separator_Space && category <= QChar::Separator_Paragraph && c != U' ')
-            || direction == QChar::DirR || direction == QChar::DirAL || direction == QChar::DirAN
-            || (QChar::isMark(c) && (previous == U' ' || previous == U'\n' || previous == U'⟩'))
-            || category == QChar::Mark_Enclosing;
-        ASSERT_FALSE(misleads) << about() << " shows U+" << std::hex << uint32_t(c);
-        previous = c;
-    }
-
-    const HonestText line = honestLine(source);
-    ASSERT_FALSE(line.text.contains(u'\n')) << about();
-    ASSERT_EQ(rebuilt(line.text), source) << about();
+    const QString fault = test::dishonesty(source);
+    ASSERT_TRUE(fault.isEmpty()) << qPrintable(fault);
 }
 } // namespace
 

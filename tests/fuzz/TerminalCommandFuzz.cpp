@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Fuzz.h"
+
+#include "model/HonestDisplay.h"
+#include "ui/terminal/CommandLine.h"
+
+#include <algorithm>
+
+using namespace bram;
+using namespace Qt::StringLiterals;
+using bram::fuzz::require;
+
+namespace
+{
+/// The line one would type for a command that decides something.
+QString decidingLine(const TerminalCommand &command)
+{
+    if (const auto *one = std::get_if<DecideCommand>(&command)) {
+        return rawText(one->decision) + u' ' + one->target;
+    }
+    if (const auto *all = std::get_if<DecideAllCommand>(&command)) {
+        return rawText(all->decision) + u" all"_s;
+    }
+    return {};
+}
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    const QString line = fuzz::toText(fuzz::toBytes(data, size));
+    const auto command = parseCommandLine(line);
+    if (!command) {
+        const QString &message = command.error().message;
+        require(!message.isEmpty() && std::ranges::none_of(message, [](QChar c) {
+            return c.category() == QChar::Other_Control || c.category() == QChar::Other_Format;
+        }),
+                "a refusal is one line that controls nothing");
+        return 0;
+    }
+    if (const QString deciding = decidingLine(*command); !deciding.isEmpty()) {
+        require(line.simplified() == deciding, "only what was typed decides");
+        require(parseCommandLine(deciding) == command, "a command survives being typed again");
+    }
+    return 0;
+}

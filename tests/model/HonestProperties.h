@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "model/HonestDisplay.h"
+
+#include <QList>
+#include <QString>
+
+namespace bram::test
+{
+
+using namespace Qt::StringLiterals;
+
+/// What a shown text stands for: each mark replaced by what it names. Written for readability of the
+/// rule, not taken from the code under test. A text that is no valid showing yields something else.
+inline QString rebuilt(const QString &shown)
+{
+    QString result;
+    for (qsizetype i = 0; i < shown.size(); ++i) {
+        if (shown[i] != u'⟨') {
+            result.append(shown[i]);
+            continue;
+        }
+        const qsizetype end = shown.indexOf(u'⟩', i);
+        if (end < 0) {
+            return u"no end of a mark"_s;
+        }
+        const QString name = shown.sliced(i + 1, end - i - 1);
+        i = end;
+        if (name.startsWith("U+"_L1)) {
+            const char32_t c = name.sliced(2).toUInt(nullptr, 16);
+            result.append(c < 0x10000 ? QString(QChar(char16_t(c))) : QString::fromUcs4(&c, 1));
+            continue;
+        }
+        const qsizetype count = name.section(u' ', 0, 0).toInt();
+        if (name.endsWith("line feeds"_L1)) {
+            ++i; // the line break that belongs to the mark
+            if (i >= shown.size() || shown[i] != u'\n') {
+                return u"no line break after line feeds"_s;
+            }
+            result.append(QString(count, u'\n'));
+        } else if (name.endsWith("blanks"_L1) || name == "1 blank"_L1) {
+            result.append(QString(count, u' '));
+        } else {
+            return u"an unknown mark: "_s + name;
+        }
+    }
+    return result;
+}
+
+inline bool misleads(char32_t c, char32_t previous)
+{
+    const auto category = QChar::category(c);
+    const auto direction = QChar::direction(c);
+    return (category >= QChar::Other_Control && category <= QChar::Other_NotAssigned && c != U'\n')
+        || (category >= QChar::Separator_Space && category <= QChar::Separator_Paragraph && c != U' ')
+        || direction == QChar::DirR || direction == QChar::DirAL || direction == QChar::DirAN
+        || (QChar::isMark(c) && (previous == U' ' || previous == U'\n' || previous == U'⟩'))
+        || category == QChar::Mark_Enclosing;
+}
+
+/// What is wrong with how `source` is shown; empty when all is well, as it must be for every text.
+inline QString dishonesty(const QString &source)
+{
+    const HonestText shown = honestDisplay(source);
+    const HonestText line = honestLine(source);
+    const auto about = [&source](const QString &what) {
+        return what + ": "_L1 + QString::fromLatin1(source.toUtf8().toPercentEncoding());
+    };
+    if (rebuilt(shown.text) != source || rebuilt(line.text) != source) {
+        return about(u"cannot be rebuilt"_s);
+    }
+    if (shown.marked != (shown.text != source) || line.marked != (line.text != source)) {
+        return about(u"wrongly flagged"_s);
+    }
+    if (shown.text.contains("    "_L1) || shown.text.contains(" \n"_L1) || shown.text.endsWith(u' ')
+        || shown.text.contains("\n\n\n\n"_L1) || line.text.contains(u'\n')) {
+        return about(u"hides blanks or lines"_s);
+    }
+    char32_t previous = U'\n';
+    for (const char32_t c : shown.text.toUcs4()) {
+        if (misleads(c, previous)) {
+            return about(u"shows U+"_s + QString::number(c, 16));
+        }
+        previous = c;
+    }
+    return {};
+}
+
+} // namespace bram::test
