@@ -11,6 +11,8 @@ namespace bram
 
 namespace
 {
+constexpr qint64 lookAgainMs = 1000;
+
 /// UTF-8 with every control byte replaced by a blank and a line feed at the end: a reason or an id
 /// from outside must not be able to start a log line of its own.
 QByteArray toLogBytes(QStringView line)
@@ -25,6 +27,21 @@ QByteArray toLogBytes(QStringView line)
     return bytes;
 }
 } // namespace
+
+/// Where nobody listens, syslog(3) would try to connect anew for every line, at ten times the cost of the
+/// line itself. So its socket is looked for first, and once a second while it is missing.
+bool SyslogLog::hasListener()
+{
+    if (m_missing.isValid() && m_missing.elapsed() < lookAgainMs) {
+        return false;
+    }
+    if (::access(_PATH_LOG, F_OK) == 0) {
+        m_missing.invalidate();
+        return true;
+    }
+    m_missing.start();
+    return false;
+}
 
 SyslogLog::SyslogLog(Targets targets)
     : m_targets(targets)
@@ -41,7 +58,7 @@ void SyslogLog::write(QStringView line)
 {
     const QByteArray bytes = toLogBytes(line);
     const std::scoped_lock lock(m_mutex);
-    if (m_targets.testFlag(Syslog)) {
+    if (m_targets.testFlag(Syslog) && hasListener()) {
         syslog(LOG_INFO, "%.*s", static_cast<int>(bytes.size() - 1), bytes.constData());
     }
     if (m_targets.testFlag(StandardError)) {

@@ -3,6 +3,7 @@
 
 #include "system/SystemLog.h"
 
+#include <QElapsedTimer>
 #include <QFlags>
 
 #include <mutex>
@@ -27,8 +28,11 @@ public:
     void write(QStringView line) override;
 
 private:
+    bool hasListener();
+
     const Targets m_targets;
     std::mutex m_mutex;
+    QElapsedTimer m_missing; ///< since syslog's socket was last found missing; else invalid
 };
 
 Q_DECLARE_OPERATORS_FOR_FLAGS(SyslogLog::Targets)
