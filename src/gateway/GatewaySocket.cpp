@@ -82,7 +82,12 @@ bool GatewaySocket::isOpen() const
 
 bool GatewaySocket::send(const QByteArray &utf8)
 {
-    return isOpen() && m_socket.sendTextMessage(QString::fromUtf8(utf8)) > 0;
+    if (!isOpen() || m_socket.sendTextMessage(QString::fromUtf8(utf8)) <= 0) {
+        return false;
+    }
+    // Now, not in the next turn of the event loop. That is where a broken connection may show.
+    m_socket.flush();
+    return isOpen();
 }
 
 void GatewaySocket::closeSilently()
