@@ -6,6 +6,7 @@
 
 #include <QFile>
 
+#include <chrono>
 #include <pthread.h>
 #include <signal.h>
 #include <utility>
@@ -14,11 +15,17 @@ namespace bram
 {
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace
 {
 /// Buffers that a burst has made larger than this are given back when the thread goes idle.
 constexpr std::size_t keptBufferBytes = 65'536;
+
+/// The events of one decision come within moments of each other. So that they cost one batch and not one
+/// each, the thread waits this long for more, unless much is there already or somebody waits for it.
+constexpr auto linger = 3ms;
+constexpr std::size_t lingerBytes = 16'384;
 
 /// Signals belong to the main thread. Besides, a file size limit then shows as a failed write here
 /// instead of ending the program by SIGXFSZ.
@@ -126,12 +133,14 @@ void AuditLogStore::runInOrder(std::function<void()> work)
     done.get();
 }
 
-/// The thread: takes all that waits, writes it as one batch, and sleeps when there is nothing.
+/// The thread: takes all that comes within a moment, writes it as one batch, and sleeps when there is
+/// nothing.
 void AuditLogStore::serve()
 {
     becomeBackgroundThread();
     std::string lines;
     std::deque<Job> jobs;
+    AuditPruneTime pruned;
     std::unique_lock lock(m_mutex);
     while (true) {
         if (!hasWork()) {
@@ -141,6 +150,9 @@ void AuditLogStore::serve()
         m_wake.wait(lock, [this] { return m_stopping || hasWork(); });
         if (!hasWork()) {
             return;
+        }
+        if (m_pending.size() < lingerBytes) {
+            m_wake.wait_for(lock, linger, [this] { return m_stopping || !m_jobs.empty(); });
         }
         // The two buffers take turns, so that a burst does not allocate for each batch.
         lines.swap(m_pending);
@@ -153,7 +165,7 @@ void AuditLogStore::serve()
                             u"%1 events lost while the disk did not answer"_s.arg(refused));
         }
         if (!lines.empty()) {
-            appendAuditLines(m_directory, lines, m_limits, m_log);
+            appendAuditLines(m_directory, lines, m_limits, m_log, pruned);
             lines.clear();
         }
         for (Job &job : jobs) {

@@ -22,6 +22,8 @@ namespace fs = std::filesystem;
 
 namespace
 {
+constexpr std::chrono::minutes pruneInterval(1);
+
 class FileDescriptor
 {
 public:
@@ -175,16 +177,22 @@ void logLostLines(SystemLog &log, std::string_view lost, const QString &why)
 } // namespace
 
 void appendAuditLines(const fs::path &directory, std::string_view lines,
-                      const AuditLogLimits &limits, SystemLog &log)
+                      const AuditLogLimits &limits, SystemLog &log, AuditPruneTime &pruned)
 {
-    if (const auto made = makePrivateFolder(QFile::decodeName(directory.c_str())); !made) {
-        logLostLines(log, lines, made.error().message);
-        return;
-    }
     const fs::path file = currentAuditLogFile(directory);
     while (!lines.empty()) {
         const quint64 size = rotateAuditLogIfNeeded(directory, firstLineBytes(lines), limits, log);
-        pruneOldAuditArchives(directory, limits, log);
+        if (size == 0) {
+            if (const auto made = makePrivateFolder(QFile::decodeName(directory.c_str())); !made) {
+                logLostLines(log, lines, made.error().message);
+                return;
+            }
+        }
+        const auto now = std::chrono::steady_clock::now();
+        if (size == 0 || !pruned || now - *pruned >= pruneInterval) {
+            pruneOldAuditArchives(directory, limits, log);
+            pruned = now;
+        }
         const std::string_view run = linesThatFit(lines, size, limits.maxBytes);
         const WriteResult result = appendToFile(file, run);
         lines.remove_prefix(result.bytes);
