@@ -44,7 +44,7 @@ struct ActivityEntry {
     ActivityActor actor = ActivityActor::App;
     ActivityAction action = ActivityAction::AllowOnce;
     QString detail; ///< a command preview, a count ("count=3") or an approval id
-    QDateTime createdAt;
+    QDateTime createdAt; ///< shown in local time
 
     bool operator==(const ActivityEntry &) const = default;
 };

@@ -14,7 +14,7 @@ void ActivityFeed::record(ActivityActor actor, ActivityAction action, const QStr
                        .actor = actor,
                        .action = action,
                        .detail = detail,
-                       .createdAt = QDateTime::fromMSecsSinceEpoch(nowMs)});
+                       .createdAt = QDateTime::fromMSecsSinceEpoch(nowMs, Qt::UTC)});
     if (m_entries.size() > maxActivityItems) {
         m_entries.resize(maxActivityItems);
     }

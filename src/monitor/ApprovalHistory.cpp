@@ -8,6 +8,12 @@ namespace bram
 
 namespace
 {
+/// As UTC, which costs no look at the system's time zone; shown in local time.
+QDateTime instant(qint64 ms)
+{
+    return QDateTime::fromMSecsSinceEpoch(ms, Qt::UTC);
+}
+
 ApprovalHistoryEntry newRow(const QString &approvalId, const QString &command,
                             ApprovalHistoryState state, qint64 nowMs)
 {
@@ -15,7 +21,7 @@ ApprovalHistoryEntry newRow(const QString &approvalId, const QString &command,
             .approvalId = approvalId,
             .command = command,
             .state = state,
-            .updatedAt = QDateTime::fromMSecsSinceEpoch(nowMs)};
+            .updatedAt = instant(nowMs)};
 }
 } // namespace
 
@@ -24,7 +30,7 @@ void ApprovalHistory::upsertPending(const ApprovalItem &item, qint64 nowMs)
     if (auto *row = find(item.approvalId)) {
         row->command = item.command;
         row->state = ApprovalHistoryState::Pending;
-        row->updatedAt = QDateTime::fromMSecsSinceEpoch(nowMs);
+        row->updatedAt = instant(nowMs);
         return;
     }
     insertNewest(newRow(item.approvalId, item.command, ApprovalHistoryState::Pending, nowMs));
@@ -37,7 +43,7 @@ void ApprovalHistory::update(const QString &approvalId, ApprovalHistoryState sta
             return;
         }
         row->state = state;
-        row->updatedAt = QDateTime::fromMSecsSinceEpoch(nowMs);
+        row->updatedAt = instant(nowMs);
         return;
     }
     insertNewest(newRow(approvalId, {}, state, nowMs));
@@ -52,10 +58,14 @@ std::optional<QString> ApprovalHistory::commandFor(const QString &approvalId) co
 void ApprovalHistory::clear()
 {
     m_entries.clear();
+    m_ids.clear();
 }
 
 ApprovalHistoryEntry *ApprovalHistory::find(const QString &approvalId)
 {
+    if (!m_ids.contains(approvalId)) {
+        return nullptr;
+    }
     const auto row = std::ranges::find(std::as_const(m_entries), approvalId,
                                        &ApprovalHistoryEntry::approvalId);
     return row == m_entries.cend() ? nullptr : &m_entries[row - m_entries.cbegin()];
@@ -63,9 +73,11 @@ ApprovalHistoryEntry *ApprovalHistory::find(const QString &approvalId)
 
 void ApprovalHistory::insertNewest(ApprovalHistoryEntry entry)
 {
+    m_ids.insert(entry.approvalId);
     m_entries.prepend(std::move(entry));
     if (m_entries.size() > maxHistoryItems) {
-        m_entries.resize(maxHistoryItems);
+        m_ids.remove(m_entries.constLast().approvalId);
+        m_entries.removeLast();
     }
 }
 

@@ -5,6 +5,7 @@
 #include "model/ApprovalItem.h"
 
 #include <QList>
+#include <QSet>
 
 #include <optional>
 
@@ -37,6 +38,7 @@ private:
     void insertNewest(ApprovalHistoryEntry entry);
 
     QList<ApprovalHistoryEntry> m_entries;
+    QSet<QString> m_ids; ///< of the rows; an id has one row
 };
 
 } // namespace bram
