@@ -2,14 +2,23 @@
 #include "monitor/ApprovalBoard.h"
 
 #include "system/Clock.h"
+#include "system/Memory.h"
 #include "system/SystemLog.h"
 
 #include <QPointer>
+
+#include <algorithm>
 
 namespace bram
 {
 
 using namespace Qt::StringLiterals;
+
+namespace
+{
+/// From this many requests on, a list that shrinks to a tenth was a burst.
+constexpr qsizetype burstSize = 1000;
+} // namespace
 
 QList<ApprovalItem> deriveDisplayItems(const PopupQueue &popups, const PendingApprovals &pending,
                                        const AgentFilter *filter)
@@ -202,6 +211,17 @@ void ApprovalBoard::publish()
     Q_EMIT displayItemsChanged();
     if (m_publishedItems.size() != previous.size()) {
         Q_EMIT badgeCountChanged(m_publishedItems.size());
+    }
+    returnMemoryAfterBurst();
+}
+
+void ApprovalBoard::returnMemoryAfterBurst()
+{
+    m_mostPublished = std::max(m_mostPublished, m_publishedItems.size());
+    if (m_mostPublished >= burstSize && m_publishedItems.size() <= m_mostPublished / 10) {
+        m_mostPublished = m_publishedItems.size();
+        // In a later turn, when the old lists are gone.
+        QMetaObject::invokeMethod(this, &returnFreeMemory, Qt::QueuedConnection);
     }
 }
 

@@ -83,6 +83,7 @@ private:
     void presentNextPopupIfNeeded();
     void onPopupAnswered(const QString &approvalId, std::optional<ApprovalDecision> decision);
     void publish();
+    void returnMemoryAfterBurst();
 
     const Clock &m_clock;
     SystemLog &m_log;
@@ -97,6 +98,7 @@ private:
     mutable bool m_displayStale = false; ///< to be derived anew when next read
     QList<ApprovalItem> m_publishedItems;
     bool m_publishScheduled = false;
+    qsizetype m_mostPublished = 0; ///< since memory was last given back
 };
 
 } // namespace bram
