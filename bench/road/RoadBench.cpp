@@ -38,8 +38,9 @@ namespace
 {
 constexpr double timeLimit = 1.5;
 constexpr double processorLimit = 2;
-/// Between two requests, and before the processor time is read: lets everything come to rest.
-constexpr int pauseMs = 1;
+/// Between two requests, and before the processor time is read: lets everything come to rest, so that
+/// no request shares work with the next one.
+constexpr int pauseMs = 5;
 constexpr int restMs = 100;
 /// Nothing is measured until both clients have been in use for a while.
 constexpr int warmUpRounds = 1;
@@ -210,7 +211,7 @@ int main(int argc, char **argv)
     parser.addHelpOption();
     parser.addOptions({
         {u"check"_s, u"End with 1 when a ratio is above its limit."_s},
-        {u"requests"_s, u"How many requests a round, for each program."_s, u"N"_s, u"1000"_s},
+        {u"requests"_s, u"How many requests a round, for each program."_s, u"N"_s, u"300"_s},
         {u"rounds"_s, u"How many rounds; medians count."_s, u"N"_s, u"9"_s},
         {u"directory"_s, u"Where to write."_s, u"DIR"_s, QDir::tempPath()},
         {u"client"_s, u"Used by the benchmark itself: which client to be."_s, u"NAME"_s},
