@@ -14,6 +14,7 @@ using namespace Qt::StringLiterals;
 namespace
 {
 constexpr qsizetype longRun = 4;
+constexpr qsizetype deepestIndentation = 16;
 constexpr int mostCombiningInARow = 4;
 constexpr char16_t markOpen = u'\u27E8';
 constexpr char16_t markClose = u'\u27E9';
@@ -127,6 +128,11 @@ enum class LineFeeds {
     AreMarked,
 };
 
+enum class Suspicion {
+    None,
+    Some,
+};
+
 class HonestWriter
 {
 public:
@@ -174,11 +180,14 @@ private:
 
     void writeBlanks()
     {
+        const bool startsLine = m_position == 0
+            || (m_lineFeeds == LineFeeds::AreLineBreaks && m_source[m_position - 1] == u'\n');
         const qsizetype count = takeRunOf(u' ');
         const bool endsLine = m_position == m_source.size()
             || (m_lineFeeds == LineFeeds::AreLineBreaks && m_source[m_position] == u'\n');
         if (endsLine || count >= longRun) {
-            mark(count == 1 ? u"1 blank"_s : QString::number(count) + " blanks"_L1);
+            mark(count == 1 ? u"1 blank"_s : QString::number(count) + " blanks"_L1,
+                 startsLine && count <= deepestIndentation ? Suspicion::None : Suspicion::Some);
         } else {
             m_result.text.append(QString(count, u' '));
             m_previous = 0;
@@ -220,10 +229,11 @@ private:
         return kind == Joining::Accent || joinsSyllable(kind, m_previous);
     }
 
-    void mark(const QString &name)
+    void mark(const QString &name, Suspicion suspicion = Suspicion::Some)
     {
         m_result.text.append(QChar(markOpen) + name + QChar(markClose));
         m_result.marked = true;
+        m_result.suspicious = m_result.suspicious || suspicion == Suspicion::Some;
         m_previous = 0;
         m_combiningInARow = 0;
     }

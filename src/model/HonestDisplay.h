@@ -10,7 +10,10 @@ namespace bram
 /// controls a terminal.
 struct HonestText {
     QString text; ///< plain text with marks such as ⟨U+202E⟩ and ⟨12 blanks⟩
-    bool marked = false; ///< whether anything had to be marked: worth a warning
+    bool marked = false; ///< whether anything had to be marked
+    /// Whether a mark is worth a warning: any but that of an ordinary indentation, a run of at most 16
+    /// blanks at the start of a line.
+    bool suspicious = false;
 
     bool operator==(const HonestText &) const = default;
 };

@@ -83,6 +83,23 @@ TEST(HonestDisplay, MarksWhatCouldMislead)
     EXPECT_EQ(honestLine(u"main"_s), (HonestText {u"main"_s, false}));
 }
 
+TEST(HonestDisplay, OnlyOrdinaryIndentationIsMarkedWithoutSuspicion)
+{
+    const QString deepest(16, u' ');
+    for (const QString &source :
+         {u"    if x:\n        pass"_s, deepest + u"a\n"_s + deepest + u"b"_s, u"a\n    \nb"_s}) {
+        const HonestText shown = honestDisplay(source);
+        EXPECT_TRUE(shown.marked && !shown.suspicious) << qPrintable(shown.text);
+    }
+    for (const QString &source :
+         {deepest + u" a"_s, u"a    b"_s, u"a\n    b\u200b"_s, u"    a "_s, u"a\n\n\n\n    b"_s,
+          u"\t    a"_s, u"a\r    b"_s}) {
+        EXPECT_TRUE(honestDisplay(source).suspicious) << qPrintable(source);
+    }
+    EXPECT_FALSE(honestDisplay(u"a\n  b").suspicious);
+    EXPECT_TRUE(honestLine(u"a\n    b").suspicious);
+}
+
 TEST(HonestDisplay, EveryCodePointIsShownHonestly)
 {
     for (char32_t c = 0; c <= 0x10FFFF; ++c) {

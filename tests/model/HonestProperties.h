@@ -70,7 +70,8 @@ inline QString dishonesty(const QString &source)
     if (rebuilt(shown.text) != source || rebuilt(line.text) != source) {
         return about(u"cannot be rebuilt"_s);
     }
-    if (shown.marked != (shown.text != source) || line.marked != (line.text != source)) {
+    if (shown.marked != (shown.text != source) || line.marked != (line.text != source)
+        || (shown.suspicious && !shown.marked) || (line.suspicious && !line.marked)) {
         return about(u"wrongly flagged"_s);
     }
     if (shown.text.contains("    "_L1) || shown.text.contains(" \n"_L1) || shown.text.endsWith(u' ')
