@@ -9,12 +9,21 @@ void GatewayStatus::setConnection(const QString &text, IndicatorState indicator)
     Lines lines = m_lines;
     lines.connectionStatus = text;
     lines.connectionIndicator = indicator;
+    lines.isAboutDecision = false;
     publish(lines);
 }
 
 void GatewayStatus::setConnectionText(const QString &text)
 {
     setConnection(text, m_lines.connectionIndicator);
+}
+
+void GatewayStatus::setDecisionText(const QString &text)
+{
+    Lines lines = m_lines;
+    lines.connectionStatus = text;
+    lines.isAboutDecision = true;
+    publish(lines);
 }
 
 void GatewayStatus::setTokenState(TokenSyncState state)

@@ -21,6 +21,9 @@ public:
     struct Lines {
         QString connectionStatus = QStringLiteral("Not connected to a gateway yet");
         IndicatorState connectionIndicator = IndicatorState::Gray;
+        /// What a decision met stands in `connectionStatus`; a surface that reports how each decision
+        /// ended has said it already.
+        bool isAboutDecision = false;
         TokenSyncState tokenState = TokenSyncState::Checking;
         bool remoteApprovalLocked = false; ///< decisions from chats are refused while set
         std::optional<QString> remoteApprovalLockReason; ///< the disconnect reason that set the lock
@@ -31,8 +34,10 @@ public:
     const Lines &lines() const { return m_lines; }
 
     void setConnection(const QString &text, IndicatorState indicator);
-    /// Replaces the text and leaves the dot: what a decision met is not a state of the connection.
+    /// Replaces the text and leaves the dot.
     void setConnectionText(const QString &text);
+    /// The same with what a decision met, which is not a state of the connection.
+    void setDecisionText(const QString &text);
     void setTokenState(TokenSyncState state);
     void lockRemoteApproval(const QString &reason);
     void unlockRemoteApproval();

@@ -205,14 +205,14 @@ void DecisionResolver::onUnknown(const Attempt &attempt, const QString &transpor
     recorder.recordExternalResolved(attempt.approvalId, transport + u"-unknown"_s);
     removeApproval(m_collaborators.board, recorder, attempt.approvalId,
                    ApprovalHistoryState::Resolved);
-    m_collaborators.status.setConnectionText(u"Approval already resolved elsewhere."_s);
+    m_collaborators.status.setDecisionText(u"Approval already resolved elsewhere."_s);
     settle(attempt, {DecisionOutcome::Kind::ResolvedElsewhere, {}});
 }
 
 void DecisionResolver::onFailed(const Attempt &attempt, const QString &failure,
                                 const QString &shown)
 {
-    m_collaborators.status.setConnectionText(u"Resolve failed: "_s + failure);
+    m_collaborators.status.setDecisionText(u"Resolve failed: "_s + failure);
     m_collaborators.recorder.recordResolveFailed(attempt.approvalId, attempt.decision,
                                                  attempt.origin, failure);
     settle(attempt, {DecisionOutcome::Kind::Failed, shown});

@@ -33,6 +33,7 @@ TerminalFrontEnd::TerminalFrontEnd(ApprovalMonitor &monitor, LineSource &input,
     , m_input(input)
     , m_output(output)
     , m_clock(clock)
+    , m_connectionText(GatewayStatus::Lines().connectionStatus) // that all begins so goes without saying
 {
     m_input.setMomentSource([this] { return m_output.written(); });
     connect(&m_input, &LineSource::lineEntered, this, &TerminalFrontEnd::onLine);
@@ -107,7 +108,9 @@ void TerminalFrontEnd::run(PlainCommand command)
         break;
     case PlainCommand::ReloadToken:
         say(TerminalTr::tr("Reading the gateway token again."));
+        m_connectionText.clear(); // the answer is one also when it is that of the last time
         m_monitor.reloadGatewayToken();
+        onStatusChanged();
         break;
     case PlainCommand::ClearPending:
         clearPending();
@@ -351,10 +354,10 @@ void TerminalFrontEnd::onSettled(const QString &approvalId, ApprovalDecision dec
 
 void TerminalFrontEnd::onStatusChanged()
 {
-    const QString &text = m_monitor.gatewayStatus().lines().connectionStatus;
-    if (text != m_connectionText) {
-        m_connectionText = text;
-        say(text);
+    const GatewayStatus::Lines &status = m_monitor.gatewayStatus().lines();
+    if (!status.isAboutDecision && status.connectionStatus != m_connectionText) {
+        m_connectionText = status.connectionStatus;
+        say(m_connectionText);
     }
 }
 
@@ -364,7 +367,12 @@ void TerminalFrontEnd::showRequests(const QList<ApprovalItem> &items, RequestOcc
         return;
     }
     TerminalLines lines;
+    const bool isAnnouncement
+        = occasion == RequestOccasion::Arrived || occasion == RequestOccasion::Changed;
     for (const ApprovalItem &item : items) {
+        if (isAnnouncement) {
+            lines.append(TerminalLine());
+        }
         lines.append(requestLines(item, m_numbers.give(item.approvalId), occasion,
                                   m_clock.nowMs(), m_output.columns()));
     }

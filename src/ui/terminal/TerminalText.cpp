@@ -103,7 +103,7 @@ void appendCommand(TerminalLines &lines, const ApprovalItem &item, int number, i
     for (const QString &line : commandLines) {
         appendRows(lines, u"  | "_s, u"  : "_s, line, LineStyle::Plain, columns);
     }
-    if (shown.marked) {
+    if (shown.suspicious) {
         lines.append({u"  "_s + TerminalTr::tr("Contains characters that could mislead; they are shown as ⟨…⟩."),
                       LineStyle::Warning});
     }
@@ -232,11 +232,11 @@ TerminalLines helpLines()
         TerminalTr::tr("metrics                 counters of this run"),
         TerminalTr::tr("reconnect               connect to the gateway anew"),
         TerminalTr::tr("reload-token            take the gateway token from the configuration again"),
-        TerminalTr::tr("clear-pending           forget every pending request here; the gateway is not told"),
+        TerminalTr::tr("clear-pending           forget every pending request, without telling the gateway"),
         TerminalTr::tr("help                    these lines"),
         TerminalTr::tr("quit                    end the program (so does the end of input)"),
-        TerminalTr::tr("ID is a request's number (3 or #3), its id or the beginning of its id. A line never answers "
-           "a request that was shown only after the line was begun."),
+        TerminalTr::tr("ID is a request's number (3 or #3), its id or the beginning of its id."),
+        TerminalTr::tr("A line never answers a request that was shown only after the line was begun."),
     };
     TerminalLines lines;
     for (const QString &row : rows) {
