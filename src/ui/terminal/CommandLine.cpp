@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ui/terminal/CommandLine.h"
 
-#include "model/HonestDisplay.h"
 #include "model/TextRules.h"
 #include "ui/terminal/TerminalTr.h"
 
@@ -41,14 +40,14 @@ std::unexpected<Error> fault(const QString &message)
 {
     return std::unexpected(Error {message});
 }
-
-/// What was typed, fit to be repeated in a message.
-QString quoted(const QString &word)
-{
-    const QString beginning = firstCharacters(word, quotedLength);
-    return honestLine(beginning).text + (beginning.size() < word.size() ? u"…"_s : QString());
-}
 } // namespace
+
+QString beginningOfTyped(const QString &text)
+{
+    // One character may be a letter with thousands of accents.
+    const QString beginning = firstCharacters(text, quotedLength).left(4 * quotedLength);
+    return beginning.size() < text.size() ? beginning + u'…' : beginning;
+}
 
 std::expected<TerminalCommand, Error> parseCommandLine(QStringView line)
 {
@@ -69,7 +68,7 @@ std::expected<TerminalCommand, Error> parseCommandLine(QStringView line)
     const auto decision = approvalDecisionFromRawText(word);
     if (!decision && word != "show"_L1) {
         return fault(TerminalTr::tr("Unknown command: %1 (try `help`)")
-                         .arg(quoted(word)));
+                         .arg(beginningOfTyped(word)));
     }
     if (words.size() != 2) {
         const QString after = decision ? u"ID|all"_s : u"ID"_s;

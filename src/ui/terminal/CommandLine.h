@@ -53,7 +53,10 @@ struct DecideAllCommand {
 using TerminalCommand = std::variant<PlainCommand, ShowCommand, DecideCommand, DecideAllCommand>;
 
 /// Reads one line as typed. Words are told apart by blanks and compared exactly; the error is one line,
-/// in the operator's language, that says what is wrong.
+/// in the operator's language, that says what is wrong. It may repeat what was typed as it was.
 std::expected<TerminalCommand, Error> parseCommandLine(QStringView line);
+
+/// As much of what was typed as a message repeats.
+QString beginningOfTyped(const QString &text);
 
 } // namespace bram

@@ -21,6 +21,8 @@ using namespace Qt::StringLiterals;
 
 namespace
 {
+constexpr qsizetype mostStatusRemembered = 100;
+
 template<typename... Handlers>
 struct Overloaded : Handlers... {
     using Handlers::operator()...;
@@ -33,7 +35,7 @@ TerminalFrontEnd::TerminalFrontEnd(ApprovalMonitor &monitor, LineSource &input,
     , m_input(input)
     , m_output(output)
     , m_clock(clock)
-    , m_connectionText(GatewayStatus::Lines().connectionStatus) // that all begins so goes without saying
+    , m_statusSaid {GatewayStatus::Lines().connectionStatus} // that all begins so goes without saying
 {
     m_input.setMomentSource([this] { return m_output.written(); });
     connect(&m_input, &LineSource::lineEntered, this, &TerminalFrontEnd::onLine);
@@ -45,8 +47,8 @@ TerminalFrontEnd::TerminalFrontEnd(ApprovalMonitor &monitor, LineSource &input,
 
 void TerminalFrontEnd::start()
 {
-    print({{TerminalTr::tr("Requests for approval appear here. `help` lists the commands."),
-            LineStyle::Quiet}});
+    say(TerminalTr::tr("Requests for approval appear here. `help` lists the commands."),
+        LineStyle::Quiet);
     onStatusChanged();
     const ApprovalBoard &board = m_monitor.board();
     connect(&board, &ApprovalBoard::displayItemsChanged, this, &TerminalFrontEnd::announce);
@@ -104,11 +106,12 @@ void TerminalFrontEnd::run(PlainCommand command)
         break;
     case PlainCommand::Reconnect:
         say(TerminalTr::tr("Reconnecting to the gateway."));
+        m_statusSaid.clear();
         m_monitor.reconnectGateway();
         break;
     case PlainCommand::ReloadToken:
         say(TerminalTr::tr("Reading the gateway token again."));
-        m_connectionText.clear(); // the answer is one also when it is that of the last time
+        m_statusSaid.clear(); // the answer is one also when it is that of the last time
         m_monitor.reloadGatewayToken();
         onStatusChanged();
         break;
@@ -116,7 +119,7 @@ void TerminalFrontEnd::run(PlainCommand command)
         clearPending();
         break;
     case PlainCommand::Help:
-        print(helpLines());
+        print(helpLines(columns));
         break;
     case PlainCommand::Quit:
         quit();
@@ -131,10 +134,10 @@ std::optional<ApprovalItem> TerminalFrontEnd::find(const QString &target, Dialog
     case RequestLookup::Kind::Found:
         return found.item;
     case RequestLookup::Kind::Unknown:
-        say(TerminalTr::tr("No pending request is meant by: ") + target, LineStyle::Warning);
+        say(TerminalTr::tr("No pending request is meant by: ") + beginningOfTyped(target), LineStyle::Warning);
         break;
     case RequestLookup::Kind::Ambiguous:
-        say(TerminalTr::tr("More than one request could be meant by: ") + target,
+        say(TerminalTr::tr("More than one request could be meant by: ") + beginningOfTyped(target),
             LineStyle::Warning);
         break;
     case RequestLookup::Kind::Gone:
@@ -355,10 +358,14 @@ void TerminalFrontEnd::onSettled(const QString &approvalId, ApprovalDecision dec
 void TerminalFrontEnd::onStatusChanged()
 {
     const GatewayStatus::Lines &status = m_monitor.gatewayStatus().lines();
-    if (!status.isAboutDecision && status.connectionStatus != m_connectionText) {
-        m_connectionText = status.connectionStatus;
-        say(m_connectionText);
+    if (status.isAboutDecision || m_statusSaid.contains(status.connectionStatus)) {
+        return;
     }
+    if (status.connectionIndicator == IndicatorState::Green || m_statusSaid.size() == mostStatusRemembered) {
+        m_statusSaid.clear();
+    }
+    m_statusSaid.append(status.connectionStatus);
+    say(status.connectionStatus);
 }
 
 void TerminalFrontEnd::showRequests(const QList<ApprovalItem> &items, RequestOccasion occasion)

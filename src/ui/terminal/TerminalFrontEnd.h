@@ -10,6 +10,7 @@
 
 #include <QObject>
 #include <QSet>
+#include <QStringList>
 
 namespace bram
 {
@@ -80,7 +81,7 @@ private:
     RequestNumbers m_numbers;
     QSet<QString> m_summarised; ///< ids that were counted in one line instead of being shown
     QList<Leaving> m_leaving; ///< removed, and not yet said why
-    QString m_connectionText;
+    QStringList m_statusSaid; ///< since the last working connection: a gateway that stays away is not news
     bool m_quitting = false;
 };
 

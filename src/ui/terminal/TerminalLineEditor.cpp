@@ -211,10 +211,23 @@ bool TerminalLineEditor::isLineEmpty() const
 
 void TerminalLineEditor::followTerminalSize()
 {
-    if (const int columns = m_output.columns(); columns != m_columns) {
-        m_columns = columns;
-        el_resize(m_editor.get());
+    const int columns = m_output.columns();
+    if (columns == m_columns) {
+        return;
     }
+    const bool wasOneRow = rowsAboveCursor() == 0;
+    m_columns = columns;
+    if (wasOneRow && rowsAboveCursor() == 0) {
+        eraseLine();
+    } else {
+        // Terminals differ in what they do to rows that no longer fit. What stands above must not be
+        // erased by mistake: rather leave some of the line there.
+        std::fflush(m_outputFile.get());
+        m_output.writeRaw("\r\n\033[J");
+    }
+    el_resize(m_editor.get());
+    el_wset(m_editor.get(), EL_REFRESH);
+    std::fflush(m_outputFile.get());
 }
 
 int TerminalLineEditor::rowsAboveCursor() const
@@ -254,9 +267,9 @@ void TerminalLineEditor::printAbove(const std::function<void()> &print)
         print();
         return;
     }
+    followTerminalSize();
     eraseLine();
     print();
-    followTerminalSize();
     el_wset(m_editor.get(), EL_REFRESH);
     std::fflush(m_outputFile.get());
     m_printing = false;

@@ -34,24 +34,43 @@ int columnsOf(char32_t c, bool isFirst)
     return c < 0x80 ? 1 : 2;
 }
 
+enum class RowBreaks {
+    Anywhere, ///< the rows put together again are the text
+    AtBlanks, ///< where there are any, and the blank goes: for sentences
+};
+
 /// Appends `text`, which holds no line feed, in rows that fit into `columns`.
 void appendRows(TerminalLines &lines, const QString &firstPrefix, const QString &nextPrefix,
-                const QString &text, LineStyle style, int columns)
+                const QString &text, LineStyle style, int columns,
+                RowBreaks breaks = RowBreaks::Anywhere)
 {
     const int room = columns == 0
         ? 0
         : std::max(leastRoom, columns - 1 - int(std::max(firstPrefix.size(), nextPrefix.size())));
     QString row = firstPrefix;
     int used = 0;
+    qsizetype wordStart = row.size(); // what follows may have to go to the next row as a whole
+    int usedByWord = 0;
     for (const char32_t c : text.toUcs4()) {
         const int width = columnsOf(c, used == 0);
+        const bool isBreak = breaks == RowBreaks::AtBlanks && c == U' ';
         if (room != 0 && used + width > room) {
-            lines.append({row, style});
-            row = nextPrefix;
-            used = 0;
+            const bool takesWordAlong
+                = breaks == RowBreaks::AtBlanks && !isBreak && usedByWord < used;
+            const QString word = takesWordAlong ? row.sliced(wordStart) : QString();
+            lines.append({takesWordAlong ? row.first(wordStart - 1) : row, style});
+            row = nextPrefix + word;
+            wordStart = nextPrefix.size();
+            usedByWord = takesWordAlong ? usedByWord : 0;
+            used = usedByWord;
+            if (isBreak) {
+                continue;
+            }
         }
         row.append(QChar::fromUcs4(c));
         used += width;
+        usedByWord = isBreak ? 0 : usedByWord + width;
+        wordStart = isBreak ? row.size() : wordStart;
     }
     lines.append({row, style});
 }
@@ -71,7 +90,8 @@ QString timeLeft(const ApprovalItem &item, qint64 nowMs)
 
 QString beginningOf(const QString &text, qsizetype characters)
 {
-    const QString beginning = firstCharacters(text, characters);
+    // One character may be a letter with thousands of accents.
+    const QString beginning = firstCharacters(text, characters).left(4 * characters);
     return honestLine(beginning).text + (beginning.size() < text.size() ? u"…"_s : QString());
 }
 
@@ -103,17 +123,17 @@ void appendCommand(TerminalLines &lines, const ApprovalItem &item, int number, i
     for (const QString &line : commandLines) {
         appendRows(lines, u"  | "_s, u"  : "_s, line, LineStyle::Plain, columns);
     }
+    const auto warn = [&](const QString &warning) {
+        appendRows(lines, u"  "_s, u"  "_s, warning, LineStyle::Warning, columns, RowBreaks::AtBlanks);
+    };
     if (shown.suspicious) {
-        lines.append({u"  "_s + TerminalTr::tr("Contains characters that could mislead; they are shown as ⟨…⟩."),
-                      LineStyle::Warning});
+        warn(TerminalTr::tr("Contains characters that could mislead; they are shown as ⟨…⟩."));
     }
     if (item.command.size() > longCommandCharacters || commandLines.size() > longCommandLines) {
-        lines.append({u"  "_s
-                          + TerminalTr::tr("Long: request #%1 has %2 characters in %3 lines.")
-                                .arg(number)
-                                .arg(characterCount(item.command))
-                                .arg(item.command.count(u'\n') + 1),
-                      LineStyle::Warning});
+        warn(TerminalTr::tr("Long: request #%1 has %2 characters in %3 line(s).")
+                 .arg(number)
+                 .arg(characterCount(item.command))
+                 .arg(item.command.count(u'\n') + 1));
     }
 }
 
@@ -130,9 +150,10 @@ TerminalLines requestLines(const ApprovalItem &item, int number, RequestOccasion
     const QString head = headline(item, number, occasion, nowMs);
     if (occasion == RequestOccasion::Listed) {
         const QString id = TerminalTr::tr("id: ") + beginningOf(item.approvalId, listedIdCharacters);
-        appendRows(lines, {}, next, head + u"  "_s + id + u"  "_s + agentText(item), style, columns);
+        appendRows(lines, {}, next, head + u"  "_s + id + u"  "_s + agentText(item), style, columns,
+                   RowBreaks::AtBlanks);
     } else {
-        lines.append({head, style});
+        appendRows(lines, {}, next, head, style, columns, RowBreaks::AtBlanks);
         appendRows(lines, u"  "_s, next, agentText(item), LineStyle::Plain, columns);
         appendRows(lines, u"  "_s, next, TerminalTr::tr("id: ") + honestLine(item.approvalId).text,
                    LineStyle::Plain, columns);
@@ -144,7 +165,7 @@ TerminalLines requestLines(const ApprovalItem &item, int number, RequestOccasion
 TerminalLines messageLines(const QString &message, int columns, LineStyle style)
 {
     TerminalLines lines;
-    appendRows(lines, {}, u"  "_s, honestLine(message).text, style, columns);
+    appendRows(lines, {}, u"  "_s, honestLine(message).text, style, columns, RowBreaks::AtBlanks);
     return lines;
 }
 
@@ -184,16 +205,16 @@ TerminalLines statusLines(const GatewayStatus::Lines &status, qsizetype pendingC
         = messageLines(TerminalTr::tr("Gateway: ") + status.connectionStatus, columns,
                        status.connectionIndicator == IndicatorState::Red ? LineStyle::Danger
                                                                          : LineStyle::Plain);
-    lines.append({TerminalTr::tr("Gateway token: ") + tokenStateWords(status.tokenState), LineStyle::Plain});
+    lines.append(messageLines(TerminalTr::tr("Gateway token: ") + tokenStateWords(status.tokenState), columns));
     if (status.remoteApprovalLocked) {
         lines.append(messageLines(TerminalTr::tr("Decisions from chats are locked: ")
                                       + status.remoteApprovalLockReason.value_or(QString()),
                                   columns, LineStyle::Warning));
     }
-    lines.append({TerminalTr::tr("Pending requests: %1").arg(pendingCount), LineStyle::Plain});
+    lines.append(messageLines(TerminalTr::tr("Pending requests: %1").arg(pendingCount), columns));
     if (notShownCount > 0) {
-        lines.append({TerminalTr::tr("Not shown yet: %1 (`list` shows them)").arg(notShownCount),
-                      LineStyle::Warning});
+        lines.append(messageLines(TerminalTr::tr("Not shown yet: %1 (`list` shows them)").arg(notShownCount),
+                                  columns, LineStyle::Warning));
     }
     return lines;
 }
@@ -218,7 +239,7 @@ TerminalLines metricsLines(const ApprovalMetrics &metrics, qsizetype pendingCoun
     return lines;
 }
 
-TerminalLines helpLines()
+TerminalLines helpLines(int columns)
 {
     const QString rows[] = {
         TerminalTr::tr("list                    every pending request"),
@@ -240,7 +261,7 @@ TerminalLines helpLines()
     };
     TerminalLines lines;
     for (const QString &row : rows) {
-        lines.append({row, LineStyle::Plain});
+        appendRows(lines, {}, u"    "_s, row, LineStyle::Plain, columns, RowBreaks::AtBlanks);
     }
     return lines;
 }

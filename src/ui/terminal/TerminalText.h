@@ -37,7 +37,7 @@ TerminalLines activityLines(const QList<ActivityEntry> &entries, int columns);
 TerminalLines statusLines(const GatewayStatus::Lines &status, qsizetype pendingCount,
                           qsizetype notShownCount, int columns);
 TerminalLines metricsLines(const ApprovalMetrics &metrics, qsizetype pendingCount);
-TerminalLines helpLines();
+TerminalLines helpLines(int columns);
 
 /// How a decision ended, for the request with this number.
 QString outcomeText(int number, ApprovalDecision decision, const DecisionOutcome &outcome);
