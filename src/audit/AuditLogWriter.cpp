@@ -23,6 +23,7 @@ namespace fs = std::filesystem;
 namespace
 {
 constexpr std::chrono::minutes pruneInterval(1);
+constexpr mode_t privateMode = 0600;
 
 class FileDescriptor
 {
@@ -116,7 +117,8 @@ WriteResult writeNewFile(const fs::path &path, std::string_view lines)
     temporary += ".new";
     // A leftover of a crash; it never was part of the log.
     ::unlink(temporary.c_str());
-    FileDescriptor file(::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+    FileDescriptor file(
+        ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, privateMode));
     if (!file.isOpen()) {
         return {0, systemError(errno)};
     }
@@ -161,6 +163,11 @@ WriteResult appendToFile(const fs::path &path, std::string_view lines)
     }
     if (!S_ISREG(status.st_mode)) {
         return {0, u"not a regular file"_s};
+    }
+    if ((status.st_mode & 07777 & ~privateMode) != 0) {
+        // One that came from a copy, a backup or an older umask. Where it is not ours to change, the
+        // record still goes in.
+        [[maybe_unused]] const int narrowed = ::fchmod(file.number(), privateMode);
     }
     const off_t start = closeTornLine(file.number(), status.st_size);
     if (start < 0) {

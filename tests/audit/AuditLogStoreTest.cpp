@@ -77,6 +77,16 @@ TEST_F(AuditStore, theFirstAppendMakesAPrivateFolderAndFile)
     EXPECT_EQ(log.lines(), QStringList());
 }
 
+TEST_F(AuditStore, aFileThatOthersMayReadIsNarrowedAndGoesOn)
+{
+    writeFile(currentName, smallLine);
+    ASSERT_EQ(::chmod(QFile::encodeName(path(currentName)).constData(), 0664), 0);
+    append({record(1)});
+    EXPECT_EQ(mode(path(currentName)), 0600u);
+    EXPECT_EQ(current(), smallLine + smallLine);
+    EXPECT_EQ(log.lines(), QStringList());
+}
+
 TEST_F(AuditStore, readsSeeEverythingAppendedBeforeThem)
 {
     AuditLogStore store(folder, {}, log);
