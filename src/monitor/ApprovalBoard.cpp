@@ -3,6 +3,7 @@
 
 #include "system/Clock.h"
 #include "system/Memory.h"
+#include "system/NextTurn.h"
 #include "system/SystemLog.h"
 
 #include <QPointer>
@@ -122,7 +123,8 @@ void ApprovalBoard::remove(const QString &approvalId, ApprovalHistoryState state
 void ApprovalBoard::clearPending()
 {
     m_pending.clear();
-    for (const auto &approvalId : std::exchange(m_notifiedIds, {})) {
+    const auto notified = std::exchange(m_notifiedIds, {});
+    for (const auto &approvalId : notified) {
         if (m_ports.notifier != nullptr) {
             m_ports.notifier->withdraw(approvalId);
         }
@@ -157,7 +159,7 @@ void ApprovalBoard::refreshDerivedDisplays()
     m_displayStale = true;
     if (!m_publishScheduled) {
         m_publishScheduled = true;
-        QMetaObject::invokeMethod(this, &ApprovalBoard::publish, Qt::QueuedConnection);
+        inNextTurn(this, [this] { publish(); });
     }
 }
 

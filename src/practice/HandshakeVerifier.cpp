@@ -188,7 +188,8 @@ QByteArray expectedPayload(const QJsonObject &params, const HandshakeExpectation
     const QJsonObject client = params.value("client"_L1).toObject();
     const QJsonObject device = params.value("device"_L1).toObject();
     QStringList scopes;
-    for (const QJsonValue &scope : params.value("scopes"_L1).toArray()) {
+    const QJsonArray listed = params.value("scopes"_L1).toArray();
+    for (const auto &scope : listed) {
         scopes.append(scope.toString());
     }
     const bool withNonce = device.contains("nonce"_L1);

@@ -283,7 +283,7 @@ void PracticeGateway::takeDecision(PracticeConnection *connection, const QString
 }
 
 void PracticeGateway::countDecision(PracticeConnection *connection, const QString &requestId,
-                                    ReceivedDecision received)
+                                    const ReceivedDecision &received)
 {
     if (const auto reason = whyNotPending(received.approvalId)) {
         refuseDecision(connection, requestId, received, *reason);

@@ -132,7 +132,7 @@ private:
     void takeDecision(PracticeConnection *connection, const QString &requestId,
                       ReceivedDecision received);
     void countDecision(PracticeConnection *connection, const QString &requestId,
-                       ReceivedDecision received);
+                       const ReceivedDecision &received);
     void refuseDecision(PracticeConnection *connection, const QString &requestId,
                         ReceivedDecision received, const QString &message);
     void settle(const QString &approvalId);
