@@ -38,9 +38,7 @@ namespace
 {
 constexpr double timeLimit = 1.5;
 constexpr double processorLimit = 2;
-/// Between two requests, and before the processor time is read: lets everything come to rest, so that
-/// no request shares work with the next one.
-constexpr int pauseMs = 5;
+/// Before the processor time is read: lets everything come to rest.
 constexpr int restMs = 100;
 /// Nothing is measured until both clients have been in use for a while.
 constexpr int warmUpRounds = 1;
@@ -68,11 +66,13 @@ double processorUs(const QProcess &process)
 class Round final : public QObject
 {
 public:
-    Round(BenchServer &server, Client &client, int round, int requests, std::function<void()> finished)
+    Round(BenchServer &server, Client &client, int round, int requests, int pauseMs,
+          std::function<void()> finished)
         : m_server(server)
         , m_client(client)
         , m_round(round)
         , m_requests(requests)
+        , m_pauseMs(pauseMs)
         , m_finished(std::move(finished))
         , m_processorBeforeUs(processorUs(client.process))
     {
@@ -112,7 +112,7 @@ private:
         }
         m_server.send(m_client.name, answerFrame(frameId(frame)));
         m_server.send(m_client.name, resolvedFrame(m_approvalId));
-        m_pause.start(pauseMs);
+        m_pause.start(m_pauseMs);
     }
 
     void finish()
@@ -129,6 +129,7 @@ private:
     Client &m_client;
     const int m_round;
     const int m_requests;
+    const int m_pauseMs;
     const std::function<void()> m_finished;
     const double m_processorBeforeUs;
     QTimer m_pause;
@@ -156,6 +157,7 @@ int runServer(const QCommandLineParser &parser)
     const QTemporaryDir folder(parser.value(u"directory"_s) + "/bench-road-XXXXXX"_L1);
     const int rounds = std::max(1, parser.value(u"rounds"_s).toInt());
     const int requests = std::max(1, parser.value(u"requests"_s).toInt());
+    const int pauseMs = std::max(0, parser.value(u"pause"_s).toInt());
     BenchServer server;
     Client core {.name = u"core"_s};
     Client floor {.name = u"floor"_s};
@@ -171,7 +173,7 @@ int runServer(const QCommandLineParser &parser)
         ++turn;
         // Not from inside the round that has just ended.
         QTimer::singleShot(0, &server, [&, round] {
-            current = std::make_unique<Round>(server, client, round, requests, next);
+            current = std::make_unique<Round>(server, client, round, requests, pauseMs, next);
         });
     };
     int ready = 0;
@@ -213,6 +215,7 @@ int main(int argc, char **argv)
         {u"check"_s, u"End with 1 when a ratio is above its limit."_s},
         {u"requests"_s, u"How many requests a round, for each program."_s, u"N"_s, u"300"_s},
         {u"rounds"_s, u"How many rounds; medians count."_s, u"N"_s, u"9"_s},
+        {u"pause"_s, u"Between two requests, in milliseconds."_s, u"MS"_s, u"0"_s},
         {u"directory"_s, u"Where to write."_s, u"DIR"_s, QDir::tempPath()},
         {u"client"_s, u"Used by the benchmark itself: which client to be."_s, u"NAME"_s},
         {u"url"_s, u"Used by the benchmark itself: where to connect."_s, u"URL"_s},

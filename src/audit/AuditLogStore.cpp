@@ -140,7 +140,7 @@ void AuditLogStore::serve()
     becomeBackgroundThread();
     std::string lines;
     std::deque<Job> jobs;
-    AuditPruneTime pruned;
+    AuditPruneState pruned;
     std::unique_lock lock(m_mutex);
     while (true) {
         if (!hasWork()) {

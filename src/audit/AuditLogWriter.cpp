@@ -23,6 +23,7 @@ namespace fs = std::filesystem;
 namespace
 {
 constexpr std::chrono::minutes pruneInterval(1);
+constexpr std::chrono::milliseconds settlingTime(20);
 constexpr mode_t privateMode = 0600;
 
 class FileDescriptor
@@ -181,10 +182,30 @@ void logLostLines(SystemLog &log, std::string_view lost, const QString &why)
     const auto count = std::ranges::count(lost, '\n');
     logAuditFailure(log, u"append", count > 1 ? u"%1 (%2 events lost)"_s.arg(why).arg(count) : why);
 }
+/// Looking through the folder costs more than writing a line: done when an archive may have come or gone,
+/// which shows in the folder's own time, and now and then because archives grow old.
+void pruneIfNeeded(const fs::path &directory, const AuditLogLimits &limits, SystemLog &log,
+                   AuditPruneState &pruned)
+{
+    using namespace std::chrono;
+    struct stat status = {};
+    if (::stat(directory.c_str(), &status) != 0) {
+        return;
+    }
+    const auto now = system_clock::now();
+    const system_clock::time_point changedAt(duration_cast<system_clock::duration>(
+        seconds(status.st_mtim.tv_sec) + nanoseconds(status.st_mtim.tv_nsec)));
+    const bool isDue = !pruned.at || now - *pruned.at >= pruneInterval || now < *pruned.at;
+    // A change in the same tick of the file system's clock as the last look would not show.
+    if (isDue || changedAt != pruned.folderChangedAt || *pruned.at - changedAt < settlingTime) {
+        pruneOldAuditArchives(directory, limits, log);
+        pruned = {now, changedAt};
+    }
+}
 } // namespace
 
 void appendAuditLines(const fs::path &directory, std::string_view lines,
-                      const AuditLogLimits &limits, SystemLog &log, AuditPruneTime &pruned)
+                      const AuditLogLimits &limits, SystemLog &log, AuditPruneState &pruned)
 {
     const fs::path file = currentAuditLogFile(directory);
     while (!lines.empty()) {
@@ -195,11 +216,7 @@ void appendAuditLines(const fs::path &directory, std::string_view lines,
                 return;
             }
         }
-        const auto now = std::chrono::steady_clock::now();
-        if (size == 0 || !pruned || now - *pruned >= pruneInterval) {
-            pruneOldAuditArchives(directory, limits, log);
-            pruned = now;
-        }
+        pruneIfNeeded(directory, limits, log, pruned);
         const std::string_view run = linesThatFit(lines, size, limits.maxBytes);
         const WriteResult result = appendToFile(file, run);
         lines.remove_prefix(result.bytes);

@@ -3,6 +3,7 @@
 
 #include "gateway/ConnectHandshake.h"
 #include "gateway/DeviceIdentityStore.h"
+#include "gateway/MaskedReason.h"
 #include "system/BackgroundTasks.h"
 #include "system/Clock.h"
 #include "system/SystemLog.h"
@@ -139,14 +140,14 @@ void GatewayClient::onResponse(const ResponseFrame &response)
     }
     const auto source = *call;
     m_pending.erase(call);
-    // Who waits for it goes on in the next turn; an event that came behind the answer, such as the
-    // announcement of that very decision, must find it done.
-    m_socket->yieldTurn();
     if (response.result) {
         source.answer(*response.result);
     } else {
         source.answer(std::unexpected(GatewayClientError::server(response.result.error())));
     }
+    // Who waited goes on in the next turn. An event that came behind the answer, such as the
+    // announcement of that very decision, must find it done, and so queues up behind.
+    m_socket->yieldTurn();
 }
 
 void GatewayClient::onSocketEnded(const QString &reason, GatewaySocket::Ending ending)
@@ -244,8 +245,8 @@ void GatewayClient::onHandshakeFailed(const GatewayClientError &error)
         return;
     }
     m_handshakeRefused = true;
-    m_collaborators.log.write(
-        QString(u"[Brackwen] connect handshake failed: "_s + error.description()));
+    m_collaborators.log.write(QString(u"[Brackwen] connect handshake failed: "_s
+                                      + maskedReason(error.description())));
     endRun(u"connect failed: "_s + error.description());
 }
 
@@ -256,7 +257,7 @@ Reply<GatewayClient::CallResult> GatewayClient::resolveApproval(const QString &a
                    {{u"id"_s, approvalId}, {u"decision"_s, rawText(decision)}});
 }
 
-Reply<GatewayClient::CallResult> GatewayClient::request(const QString &method,
+Reply<GatewayClient::CallResult> GatewayClient::request(QLatin1StringView method,
                                                         const QJsonObject &params)
 {
     const ReplySource<CallResult> source {std::unexpected(GatewayClientError::notConnected())};

@@ -88,7 +88,7 @@ private:
     void sendConnectIfNeeded();
     static QCoro::Task<> performHandshake(QPointer<GatewayClient> self, quint64 socketSerial);
     void onHandshakeFailed(const GatewayClientError &error);
-    Reply<CallResult> request(const QString &method, const QJsonObject &params);
+    Reply<CallResult> request(QLatin1StringView method, const QJsonObject &params);
 
     Collaborators m_collaborators;
     std::optional<GatewayConfig> m_config;

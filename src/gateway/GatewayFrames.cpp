@@ -3,6 +3,7 @@
 
 #include "model/TextRules.h"
 
+#include <QJsonArray>
 #include <QJsonDocument>
 
 #include <cmath>
@@ -34,6 +35,13 @@ std::optional<ApprovalItem> parseApprovalRequested(const QJsonObject &payload)
                          *createdAtMs, *expiresAtMs};
 }
 
+/// The parser takes no number, text or other single value for a whole document, though it is one.
+bool isSingleValue(const QByteArray &utf8)
+{
+    const QJsonArray values = QJsonDocument::fromJson('[' + utf8 + ']').array();
+    return values.size() == 1 && !values.first().isObject() && !values.first().isArray();
+}
+
 ResponseFrame toResponse(const QString &id, const QJsonObject &frame)
 {
     const QJsonValue ok = frame.value("ok"_L1);
@@ -51,6 +59,9 @@ std::expected<IncomingFrame, Error> parseFrame(const QByteArray &utf8)
 {
     QJsonParseError parseError;
     const QJsonDocument document = QJsonDocument::fromJson(utf8, &parseError);
+    if (parseError.error == QJsonParseError::IllegalValue && isSingleValue(utf8)) {
+        return UntypedFrame {};
+    }
     if (parseError.error != QJsonParseError::NoError) {
         return std::unexpected(Error {u"Gateway sent an invalid frame: "_s + parseError.errorString()});
     }
@@ -89,11 +100,12 @@ std::optional<QString> challengeNonce(const EventFrame &frame)
     return textField(frame.payload, "nonce"_L1);
 }
 
-QByteArray encodeRequest(const QString &id, const QString &method, const QJsonObject &params)
+QByteArray encodeRequest(const QString &id, QLatin1StringView method, const QJsonObject &params)
 {
-    const QJsonObject frame {
-        {u"type"_s, u"req"_s}, {u"id"_s, id}, {u"method"_s, method}, {u"params"_s, params}};
-    return QJsonDocument(frame).toJson(QJsonDocument::Compact);
+    // Id and method are ours and need no escaping; only the parameters carry text from outside.
+    return R"({"type":"req","id":")" + id.toLatin1() + R"(","method":")"
+        + QByteArrayView(method.data(), method.size()).toByteArray() + R"(","params":)"
+        + QJsonDocument(params).toJson(QJsonDocument::Compact) + '}';
 }
 
 std::optional<qint64> toInt64(const QJsonValue &value)

@@ -47,8 +47,8 @@ std::optional<GatewayEvent> toGatewayEvent(const EventFrame &frame);
 /// The `nonce` of a "connect.challenge" payload.
 std::optional<QString> challengeNonce(const EventFrame &frame);
 
-/// One request as compact JSON.
-QByteArray encodeRequest(const QString &id, const QString &method, const QJsonObject &params);
+/// One request as compact JSON. `id` and `method` are plain ASCII without quotes.
+QByteArray encodeRequest(const QString &id, QLatin1StringView method, const QJsonObject &params);
 
 /// A JSON number as a signed 64-bit integer: a fraction is cut off, a number outside the range (or no
 /// number at all) is nothing.

@@ -2,7 +2,9 @@
 #include "gateway/GatewaySocket.h"
 
 #include "gateway/ConnectHandshake.h"
+#include "system/NextTurn.h"
 
+#include <QAbstractEventDispatcher>
 #include <QNetworkRequest>
 #include <QPointer>
 
@@ -18,6 +20,11 @@ namespace
 {
 constexpr quint64 maxMessageBytes = 4 * 1024 * 1024;
 constexpr qint64 turnBudgetNs = 8'000'000;
+
+QString secondsText(std::chrono::milliseconds time)
+{
+    return u"%1 s"_s.arg(std::chrono::duration<double>(time).count());
+}
 } // namespace
 
 GatewaySocket::GatewaySocket(const QUrl &url)
@@ -56,9 +63,17 @@ GatewaySocket::GatewaySocket(const QUrl &url, TimeLimits limits)
         }
     });
 
+    // Each time the loop looks for events, a new turn begins.
+    connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::awake, this, [this] {
+        if (!m_deliveryScheduled) {
+            m_turn.invalidate();
+        }
+    });
+
     m_openTimeout.setSingleShot(true);
-    connect(&m_openTimeout, &QTimer::timeout, this,
-            [this] { finish(u"Gateway did not answer within 60 s"_s, Ending::Failed); });
+    connect(&m_openTimeout, &QTimer::timeout, this, [this] {
+        finish(u"Gateway did not answer within "_s + secondsText(m_limits.opening), Ending::Failed);
+    });
     connect(&m_pingTimer, &QTimer::timeout, this, &GatewaySocket::onPingDue);
 }
 
@@ -121,7 +136,7 @@ void GatewaySocket::accept(const QByteArray &utf8)
 void GatewaySocket::scheduleDelivery()
 {
     if (!std::exchange(m_deliveryScheduled, true)) {
-        QMetaObject::invokeMethod(this, &GatewaySocket::deliverQueued, Qt::QueuedConnection);
+        inNextTurn(this, [this] { deliverQueued(); });
     }
 }
 
@@ -144,22 +159,23 @@ void GatewaySocket::deliverQueued()
     }
 }
 
+void GatewaySocket::yieldTurn()
+{
+    m_turnYielded = true;
+    // Comes behind the work that was put off before this call, which is what has to take effect first.
+    scheduleDelivery();
+}
+
 bool GatewaySocket::turnIsSpent()
 {
+    if (m_turnYielded) {
+        return true;
+    }
     if (!m_turn.isValid()) {
         m_turn.start();
-        QMetaObject::invokeMethod(
-            this,
-            [this] {
-                if (!m_deliveryScheduled) {
-                    m_turn.invalidate();
-                    m_turnYielded = false;
-                }
-            },
-            Qt::QueuedConnection);
         return false;
     }
-    return m_turnYielded || m_turn.nsecsElapsed() > turnBudgetNs;
+    return m_turn.nsecsElapsed() > turnBudgetNs;
 }
 
 void GatewaySocket::onDisconnected()
@@ -186,7 +202,8 @@ void GatewaySocket::onDisconnected()
 void GatewaySocket::onPingDue()
 {
     if (!m_heardSincePing) {
-        finish(u"Gateway did not answer a ping within 20 s"_s, Ending::Failed);
+        finish(u"Gateway did not answer a ping within "_s + secondsText(m_limits.silence),
+               Ending::Failed);
         return;
     }
     m_heardSincePing = false;

@@ -50,7 +50,7 @@ public:
 
     /// Holds back what has arrived since until the next turn of the event loop: called when a message has
     /// to take effect there before the following one may.
-    void yieldTurn() { m_turnYielded = true; }
+    void yieldTurn();
 
     /// Ends the connection with "going away". Nothing is emitted afterwards.
     void closeSilently();

@@ -24,10 +24,18 @@ constexpr std::array<QStringView, 21> sensitiveParts {
     u"/etc/",    u"/system/",           u"/library/launchdaemons",
 };
 
+/// One pass over the text: every event on record needs the risk, and commands can be long.
 template<std::size_t N>
-bool containsAny(const QString &text, const std::array<QStringView, N> &parts)
+bool containsAny(QStringView text, const std::array<QStringView, N> &parts)
 {
-    return std::ranges::any_of(parts, [&text](QStringView part) { return text.contains(part); });
+    for (; !text.isEmpty(); text = text.sliced(1)) {
+        for (const QStringView part : parts) {
+            if (part.front() == text.front() && text.startsWith(part)) {
+                return true;
+            }
+        }
+    }
+    return false;
 }
 } // namespace
 

@@ -86,6 +86,8 @@ void ApprovalBoard::add(const ApprovalItem &item)
     }
     if (m_popups.enqueue(item)) {
         presentNextPopupIfNeeded();
+    } else if (m_popups.activeItem() && m_popups.activeItem()->approvalId == item.approvalId) {
+        presentActive();
     }
     if (!m_notifiedIds.contains(item.approvalId)) {
         m_notifiedIds.insert(item.approvalId);
@@ -173,18 +175,27 @@ void ApprovalBoard::presentNextPopupIfNeeded()
     if (m_ports.popup == nullptr) {
         return;
     }
-    const auto item = m_popups.takeNext();
-    if (!item) {
+    if (const auto item = m_popups.takeNext()) {
+        m_log.write(QString(u"[Brackwen] presenting approval popup id="_s + item->approvalId));
+        presentActive();
+        refreshDerivedDisplays();
+    }
+}
+
+void ApprovalBoard::presentActive()
+{
+    if (m_ports.popup == nullptr) {
         return;
     }
-    m_log.write(QString(u"[Brackwen] presenting approval popup id="_s + item->approvalId));
+    const ApprovalItem item = *m_popups.activeItem();
+    // An answer counts for the form of the request it was given to, and only for the newest.
+    const auto serial = ++m_presentationSerial;
     m_ports.popup->present(
-        *item, [self = QPointer(this), id = item->approvalId](auto decision) {
-            if (self) {
+        item, [self = QPointer(this), id = item.approvalId, serial](auto decision) {
+            if (self && self->m_presentationSerial == serial) {
                 self->onPopupAnswered(id, decision);
             }
         });
-    refreshDerivedDisplays();
 }
 
 void ApprovalBoard::onPopupAnswered(const QString &approvalId,

@@ -81,6 +81,7 @@ Q_SIGNALS:
 private:
     bool passesFilter(const ApprovalItem &item) const;
     void presentNextPopupIfNeeded();
+    void presentActive();
     void onPopupAnswered(const QString &approvalId, std::optional<ApprovalDecision> decision);
     void publish();
     void returnMemoryAfterBurst();
@@ -92,6 +93,7 @@ private:
     ApprovalHistory m_history;
     ActivityFeed m_activity;
     PopupQueue m_popups;
+    quint64 m_presentationSerial = 0; ///< of what the popup shows
     QSet<QString> m_notifiedIds;
 
     mutable QList<ApprovalItem> m_displayItems;

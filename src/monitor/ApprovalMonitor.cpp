@@ -36,6 +36,8 @@ ApprovalMonitor::ApprovalMonitor(const Collaborators &collaborators)
             &ApprovalMonitor::handleConnectionState);
     connect(&collaborators.client, &GatewayClient::handshakeCompleted, this,
             [this] { m_supervision.handleHandshakeCompleted(); });
+    connect(&m_board, &ApprovalBoard::requestRemoved, this,
+            [this](const QString &approvalId) { m_recorder.forget(approvalId); });
     connect(&m_board, &ApprovalBoard::displayItemsChanged, this,
             [this] { m_menuState.note(u"refresh"_s); });
     connect(&m_board, &ApprovalBoard::decidedInPopup, this,
@@ -143,7 +145,7 @@ void ApprovalMonitor::onApprovalResolved(const QString &approvalId)
     m_collaborators.log.write(
         QString(u"[Brackwen] event exec.approval.resolved id="_s + approvalId));
     m_recorder.recordExternalResolved(approvalId, u"gateway-event"_s);
-    removeApproval(m_board, m_recorder, approvalId, ApprovalHistoryState::Resolved);
+    m_board.remove(approvalId, ApprovalHistoryState::Resolved);
     m_menuState.note(u"approval.resolved"_s);
 }
 

@@ -9,12 +9,21 @@
 #include "system/Clock.h"
 #include "system/SystemLog.h"
 
+#include <QStringBuilder>
+
 #include <algorithm>
 
 namespace bram
 {
 
 using namespace Qt::StringLiterals;
+
+QString recordedPreview(const QString &command)
+{
+    // The first word is a program as a rule, but it may be an assignment.
+    const QString preview = commandPreview(command);
+    return preview.contains(u'=') || preview.contains(u':') ? redacted(preview) : preview;
+}
 
 ApprovalRecorder::ApprovalRecorder(const Collaborators &collaborators)
     : m_collaborators(collaborators)
@@ -39,22 +48,21 @@ void ApprovalRecorder::recordRequested(const ApprovalItem &item)
                                   .agentId = item.agentId,
                                   .source = u"gateway"_s,
                                   .risk = rawText(commandRiskLevel(item.command)),
-                                  .commandPreview = commandPreview(item.command)});
+                                  .commandPreview = recordedPreview(item.command)});
 }
 
-void ApprovalRecorder::recordDecisionRequested(const QString &approvalId,
-                                               ApprovalDecision decision,
+void ApprovalRecorder::recordDecisionRequested(const ApprovalItem &item, ApprovalDecision decision,
                                                const DecisionOrigin &origin)
 {
     m_collaborators.audit.append(
-        decisionRecord(AuditKind::approvalDecisionRequested, approvalId, decision, origin));
+        decisionRecord(AuditKind::approvalDecisionRequested, item, decision, origin));
 }
 
-void ApprovalRecorder::recordIgnoredDuplicate(const QString &approvalId, ApprovalDecision decision,
+void ApprovalRecorder::recordIgnoredDuplicate(const ApprovalItem &item, ApprovalDecision decision,
                                               const DecisionOrigin &origin)
 {
-    auto record = decisionRecord(AuditKind::approvalDecisionIgnoredDuplicate, approvalId, decision,
-                                 origin);
+    auto record
+        = decisionRecord(AuditKind::approvalDecisionIgnoredDuplicate, item, decision, origin);
     record.note = u"duplicate in-flight decision ignored"_s;
     m_collaborators.audit.append(record);
 }
@@ -62,21 +70,20 @@ void ApprovalRecorder::recordIgnoredDuplicate(const QString &approvalId, Approva
 void ApprovalRecorder::recordExpired(const ApprovalItem &item, ApprovalDecision decision,
                                      const DecisionOrigin &origin)
 {
-    auto record = decisionRecord(AuditKind::approvalExpired, item.approvalId, decision, origin);
+    auto record = decisionRecord(AuditKind::approvalExpired, item, decision, origin);
     record.note = u"expiredAtMs="_s + QString::number(item.expiresAtMs);
     m_collaborators.audit.append(record);
 }
 
-void ApprovalRecorder::recordResolveFailed(const QString &approvalId, ApprovalDecision decision,
+void ApprovalRecorder::recordResolveFailed(const ApprovalItem &item, ApprovalDecision decision,
                                            const DecisionOrigin &origin, const QString &failure)
 {
-    auto record
-        = decisionRecord(AuditKind::approvalResolveFailed, approvalId, decision, origin);
-    record.note = redacted(failure);
+    auto record = decisionRecord(AuditKind::approvalResolveFailed, item, decision, origin);
+    record.note = failure;
     m_collaborators.audit.append(record);
 }
 
-void ApprovalRecorder::recordResolved(const QString &approvalId, ApprovalDecision decision,
+void ApprovalRecorder::recordResolved(const ApprovalItem &item, ApprovalDecision decision,
                                       const QString &transport, const DecisionOrigin &origin)
 {
     ++m_metrics.resolvedCount;
@@ -91,9 +98,9 @@ void ApprovalRecorder::recordResolved(const QString &approvalId, ApprovalDecisio
         ++m_metrics.denyCount;
         break;
     }
-    const auto latencyMs = consumeLatencyMs(approvalId);
+    const auto latencyMs = consumeLatencyMs(item.approvalId);
     logMetricsSnapshot(u"resolved."_s + transport + u'.' + rawText(decision), latencyMs);
-    auto record = decisionRecord(AuditKind::approvalResolved, approvalId, decision, origin);
+    auto record = decisionRecord(AuditKind::approvalResolved, item, decision, origin);
     record.latencyMs = latencyMs;
     record.note = u"decisionSource="_s + origin.source + u" actor="_s + origin.actor;
     m_collaborators.audit.append(record);
@@ -113,6 +120,7 @@ void ApprovalRecorder::recordExternalResolved(const QString &approvalId, const Q
 {
     const auto *item = m_collaborators.board.find(approvalId);
     if (item == nullptr) {
+        m_createdAtMs.remove(approvalId);
         return;
     }
     ++m_metrics.resolvedCount;
@@ -127,25 +135,23 @@ void ApprovalRecorder::recordExternalResolved(const QString &approvalId, const Q
                                   .source = source,
                                   .risk = rawText(commandRiskLevel(item->command)),
                                   .latencyMs = latencyMs,
-                                  .commandPreview = commandPreview(item->command)});
+                                  .commandPreview = recordedPreview(item->command)});
 }
 
 AuditEventRecord ApprovalRecorder::decisionRecord(QLatin1StringView kind,
-                                                  const QString &approvalId,
+                                                  const ApprovalItem &item,
                                                   ApprovalDecision decision,
                                                   const DecisionOrigin &origin) const
 {
-    const auto *item = m_collaborators.board.find(approvalId);
-    const QString command = m_collaborators.board.commandFor(approvalId);
     return {.timestampMs = m_collaborators.clock.nowMs(),
             .kind = kind,
-            .approvalId = approvalId,
-            .agentId = item != nullptr ? item->agentId : std::nullopt,
+            .approvalId = item.approvalId,
+            .agentId = item.agentId,
             .decision = rawText(decision),
             .source = origin.source,
             .actor = origin.actor,
-            .risk = rawText(commandRiskLevel(command)),
-            .commandPreview = commandPreview(command)};
+            .risk = rawText(commandRiskLevel(item.command)),
+            .commandPreview = recordedPreview(item.command)};
 }
 
 std::optional<qint64> ApprovalRecorder::consumeLatencyMs(const QString &approvalId)
@@ -155,24 +161,21 @@ std::optional<qint64> ApprovalRecorder::consumeLatencyMs(const QString &approval
         return std::nullopt;
     }
     const qint64 latencyMs = m_collaborators.clock.nowMs() - createdAtMs;
-    m_metrics.latencyTotalMs += latencyMs;
-    ++m_metrics.latencySamples;
+    // The creation time is the peer's and may be anything.
+    qint64 totalMs = 0;
+    if (!qAddOverflow(m_metrics.latencyTotalMs, latencyMs, &totalMs)) {
+        m_metrics.latencyTotalMs = totalMs;
+        ++m_metrics.latencySamples;
+    }
     return latencyMs;
 }
 
 void ApprovalRecorder::logMetricsSnapshot(const QString &reason, std::optional<qint64> latencyMs)
 {
     m_collaborators.log.write(QString(
-        "[Brackwen][Metrics] reason="_L1 + reason + u' '
-        + m_metrics.snapshotText(m_collaborators.board.items().size())
-        + (latencyMs ? " latencyMs="_L1 + QString::number(*latencyMs) : QString())));
-}
-
-void removeApproval(ApprovalBoard &board, ApprovalRecorder &recorder, const QString &approvalId,
-                    ApprovalHistoryState state)
-{
-    recorder.forget(approvalId);
-    board.remove(approvalId, state);
+        "[Brackwen][Metrics] reason="_L1 % reason % u' '
+        % m_metrics.snapshotText(m_collaborators.board.items().size())
+        % (latencyMs ? " latencyMs="_L1 + QString::number(*latencyMs) : QString())));
 }
 
 } // namespace bram

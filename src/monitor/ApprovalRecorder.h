@@ -3,7 +3,6 @@
 
 #include "audit/AuditEventRecord.h"
 #include "model/ApprovalDecision.h"
-#include "model/ApprovalHistoryEntry.h"
 #include "model/ApprovalItem.h"
 #include "monitor/ApprovalMetrics.h"
 
@@ -40,17 +39,18 @@ public:
     /// A request event; one repeated for a known request is not counted again.
     void recordRequested(const ApprovalItem &item);
 
-    void recordDecisionRequested(const QString &approvalId, ApprovalDecision decision,
+    void recordDecisionRequested(const ApprovalItem &item, ApprovalDecision decision,
                                  const DecisionOrigin &origin);
-    void recordIgnoredDuplicate(const QString &approvalId, ApprovalDecision decision,
+    void recordIgnoredDuplicate(const ApprovalItem &item, ApprovalDecision decision,
                                 const DecisionOrigin &origin);
     void recordExpired(const ApprovalItem &item, ApprovalDecision decision,
                        const DecisionOrigin &origin);
-    void recordResolveFailed(const QString &approvalId, ApprovalDecision decision,
+    /// `failure` has been masked.
+    void recordResolveFailed(const ApprovalItem &item, ApprovalDecision decision,
                              const DecisionOrigin &origin, const QString &failure);
 
     /// The gateway has confirmed a decision that went by `transport` ("gateway" or "cli").
-    void recordResolved(const QString &approvalId, ApprovalDecision decision,
+    void recordResolved(const ApprovalItem &item, ApprovalDecision decision,
                         const QString &transport, const DecisionOrigin &origin);
     void recordUnknownApproval(const QString &approvalId, const QString &source);
 
@@ -62,7 +62,7 @@ public:
     void forgetAll() { m_createdAtMs.clear(); }
 
 private:
-    AuditEventRecord decisionRecord(QLatin1StringView kind, const QString &approvalId,
+    AuditEventRecord decisionRecord(QLatin1StringView kind, const ApprovalItem &item,
                                     ApprovalDecision decision, const DecisionOrigin &origin) const;
     std::optional<qint64> consumeLatencyMs(const QString &approvalId);
     void logMetricsSnapshot(const QString &reason, std::optional<qint64> latencyMs);
@@ -72,8 +72,7 @@ private:
     QHash<QString, qint64> m_createdAtMs; ///< by approval id, while pending
 };
 
-/// Takes a request off the board and out of the recorder's books.
-void removeApproval(ApprovalBoard &board, ApprovalRecorder &recorder, const QString &approvalId,
-                    ApprovalHistoryState state);
+/// The preview of a command as it may stand on record: with what looks like a secret masked.
+QString recordedPreview(const QString &command);
 
 } // namespace bram

@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "monitor/DecisionResolver.h"
 
+#include "audit/Redaction.h"
 #include "gateway/GatewayStatus.h"
 #include "model/CommandRules.h"
 #include "monitor/ApprovalBoard.h"
-#include "monitor/CommandLineFallback.h"
 #include "system/BackgroundTasks.h"
 #include "system/Clock.h"
+#include "system/NextTurn.h"
+
+#include <QElapsedTimer>
 
 #include <algorithm>
 #include <array>
@@ -20,6 +23,8 @@ namespace
 {
 constexpr QLatin1StringView viaGateway("gateway");
 constexpr QLatin1StringView viaCommandLine("cli");
+/// How long a bulk of decisions may hold the event loop before the rest waits for the next turn.
+constexpr int bulkTurnMs = 8;
 
 ApprovalHistoryState historyState(ApprovalDecision decision)
 {
@@ -60,15 +65,6 @@ ActivityAction bulkAction(ApprovalDecision decision)
     Q_UNREACHABLE();
 }
 
-QStringList idsOf(const QList<ApprovalItem> &items)
-{
-    QStringList ids;
-    ids.reserve(items.size());
-    for (const auto &item : items) {
-        ids.append(item.approvalId);
-    }
-    return ids;
-}
 } // namespace
 
 DecisionOrigin DecisionOrigin::local()
@@ -92,33 +88,44 @@ DecisionResolver::DecisionResolver(const Collaborators &collaborators)
 void DecisionResolver::resolve(const QString &approvalId, ApprovalDecision decision,
                                const DecisionOrigin &origin, ActivityTracking tracking)
 {
-    const Attempt attempt {approvalId, decision, origin, tracking};
+    const auto &board = m_collaborators.board;
+    const auto *pending = board.find(approvalId);
+    begin({pending != nullptr ? *pending
+                              : ApprovalItem {.approvalId = approvalId,
+                                              .command = board.commandFor(approvalId),
+                                              .agentId = std::nullopt},
+           decision, origin, tracking});
+}
+
+void DecisionResolver::begin(const Attempt &attempt)
+{
+    const auto &item = attempt.item;
     auto &recorder = m_collaborators.recorder;
-    if (isResolving(approvalId)) {
-        recorder.recordIgnoredDuplicate(approvalId, decision, origin);
-        Q_EMIT decisionSettled(approvalId, decision, {DecisionOutcome::Kind::IgnoredDuplicate, {}});
+    if (m_stopped) {
+        report(attempt, {DecisionOutcome::Kind::Failed, u"the program is ending"_s});
         return;
     }
-    const auto *item = m_collaborators.board.find(approvalId);
-    if (item != nullptr && isApprovalExpired(*item, m_collaborators.clock.nowMs())) {
-        recorder.recordExpired(*item, decision, origin);
-        removeApproval(m_collaborators.board, recorder, approvalId, ApprovalHistoryState::Canceled);
-        Q_EMIT decisionSettled(approvalId, decision, {DecisionOutcome::Kind::Expired, {}});
+    if (isResolving(item.approvalId)) {
+        recorder.recordIgnoredDuplicate(item, attempt.decision, attempt.origin);
+        report(attempt, {DecisionOutcome::Kind::IgnoredDuplicate, {}});
         return;
     }
-    m_resolvingIds.insert(approvalId);
-    recorder.recordDecisionRequested(approvalId, decision, origin);
-    m_collaborators.tasks.spawn(travel(this, attempt), u"decision "_s + approvalId);
+    if (isApprovalExpired(item, m_collaborators.clock.nowMs())) {
+        recorder.recordExpired(item, attempt.decision, attempt.origin);
+        m_collaborators.board.remove(item.approvalId, ApprovalHistoryState::Canceled);
+        report(attempt, {DecisionOutcome::Kind::Expired, {}});
+        return;
+    }
+    m_resolvingIds.insert(item.approvalId);
+    recorder.recordDecisionRequested(item, attempt.decision, attempt.origin);
+    m_collaborators.tasks.spawn(travel(this, attempt), u"decision "_s + item.approvalId);
 }
 
 void DecisionResolver::resolveListed(const QStringList &approvalIds, ApprovalDecision decision)
 {
-    QStringList displayed;
-    for (const auto &item : m_collaborators.board.displayItems()) {
-        if (approvalIds.contains(item.approvalId)) {
-            displayed.append(item.approvalId);
-        }
-    }
+    const QSet<QString> wanted(approvalIds.begin(), approvalIds.end());
+    QList<ApprovalItem> displayed = m_collaborators.board.displayItems();
+    displayed.removeIf([&](const auto &item) { return !wanted.contains(item.approvalId); });
     m_collaborators.board.recordActivity(ActivityActor::App, bulkAction(decision),
                                          u"count="_s + QString::number(displayed.size()));
     resolveEach(displayed, decision);
@@ -126,29 +133,55 @@ void DecisionResolver::resolveListed(const QStringList &approvalIds, ApprovalDec
 
 void DecisionResolver::resolveAllPending(ApprovalDecision decision)
 {
-    resolveListed(idsOf(m_collaborators.board.displayItems()), decision);
+    const QList<ApprovalItem> displayed = m_collaborators.board.displayItems();
+    m_collaborators.board.recordActivity(ActivityActor::App, bulkAction(decision),
+                                         u"count="_s + QString::number(displayed.size()));
+    resolveEach(displayed, decision);
 }
 
 void DecisionResolver::denyAllPendingAndDismissPopups()
 {
-    const QStringList displayed = idsOf(m_collaborators.board.displayItems());
+    const QList<ApprovalItem> displayed = m_collaborators.board.displayItems();
     m_collaborators.board.recordActivity(ActivityActor::App, ActivityAction::DenyAllPending,
                                          u"count="_s + QString::number(displayed.size()));
     m_collaborators.board.dismissPopups();
     resolveEach(displayed, ApprovalDecision::Deny);
 }
 
-void DecisionResolver::resolveEach(const QStringList &approvalIds, ApprovalDecision decision)
+void DecisionResolver::resolveEach(const QList<ApprovalItem> &items, ApprovalDecision decision)
 {
-    for (const auto &approvalId : approvalIds) {
-        resolve(approvalId, decision, DecisionOrigin::local(), ActivityTracking::Skip);
+    const bool isRunning = !m_bulk.isEmpty();
+    for (const auto &item : items) {
+        m_bulk.enqueue({item, decision, DecisionOrigin::local(), ActivityTracking::Skip});
     }
+    if (!isRunning) {
+        continueBulk();
+    }
+}
+
+void DecisionResolver::continueBulk()
+{
+    QElapsedTimer turn;
+    turn.start();
+    while (!m_bulk.isEmpty() && !turn.hasExpired(bulkTurnMs)) {
+        begin(m_bulk.dequeue());
+    }
+    if (!m_bulk.isEmpty()) {
+        inNextTurn(this, [this] { continueBulk(); });
+    }
+}
+
+void DecisionResolver::stop()
+{
+    m_stopped = true;
+    m_bulk.clear();
+    m_commandLineTool.stop();
 }
 
 QCoro::Task<> DecisionResolver::travel(QPointer<DecisionResolver> self, Attempt attempt)
 {
-    const auto answer = co_await self->m_collaborators.client.resolveApproval(attempt.approvalId,
-                                                                              attempt.decision);
+    const auto answer = co_await self->m_collaborators.client.resolveApproval(
+        attempt.item.approvalId, attempt.decision);
     if (!self) {
         co_return;
     }
@@ -156,16 +189,18 @@ QCoro::Task<> DecisionResolver::travel(QPointer<DecisionResolver> self, Attempt 
         self->onConfirmed(attempt, viaGateway);
         co_return;
     }
-    const QString refusal = answer.error().description();
-    if (isUnknownApprovalError(refusal)) {
+    if (isUnknownApprovalError(answer.error().description())) {
         self->onUnknown(attempt, viaGateway);
         co_return;
     }
+    // From here on the texts are shown and kept; they are the peer's and may quote a credential.
+    const QString refusal = redacted(answer.error().description());
     if (self->m_stopped || self->m_collaborators.commandLine == CommandLineUse::Never) {
         self->onFailed(attempt, refusal, refusal);
         co_return;
     }
-    const auto result = co_await resolveViaCommandLine(attempt.approvalId, attempt.decision);
+    const auto result = co_await self->m_commandLineTool.resolve(attempt.item.approvalId,
+                                                                 attempt.decision);
     if (!self) {
         co_return;
     }
@@ -174,7 +209,7 @@ QCoro::Task<> DecisionResolver::travel(QPointer<DecisionResolver> self, Attempt 
     } else if (isUnknownApprovalError(result.error().description())) {
         self->onUnknown(attempt, viaCommandLine);
     } else {
-        const QString failure = result.error().description();
+        const QString failure = redacted(result.error().description());
         self->onFailed(attempt, failure, refusal + u" (command-line tool: "_s + failure + u')');
     }
 }
@@ -182,29 +217,28 @@ QCoro::Task<> DecisionResolver::travel(QPointer<DecisionResolver> self, Attempt 
 void DecisionResolver::onConfirmed(const Attempt &attempt, const QString &transport)
 {
     auto &board = m_collaborators.board;
-    const QString command = board.commandFor(attempt.approvalId);
+    const auto &item = attempt.item;
     if (attempt.decision == ApprovalDecision::AllowAlways
         && m_collaborators.alwaysAllow != nullptr) {
-        m_collaborators.alwaysAllow->remember(command);
+        m_collaborators.alwaysAllow->remember(item.command);
     }
-    m_collaborators.recorder.recordResolved(attempt.approvalId, attempt.decision, transport,
-                                            attempt.origin);
-    removeApproval(board, m_collaborators.recorder, attempt.approvalId,
-                   historyState(attempt.decision));
+    m_collaborators.recorder.recordResolved(item, attempt.decision, transport, attempt.origin);
+    board.remove(item.approvalId, historyState(attempt.decision));
     if (attempt.tracking == ActivityTracking::Record) {
         board.recordActivity(ActivityActor::App, singleAction(attempt.decision),
-                             commandPreview(command) + u" ["_s + attempt.origin.source + u']');
+                             recordedPreview(item.command) + u" ["_s + attempt.origin.source
+                                 + u']');
     }
     settle(attempt, {DecisionOutcome::Kind::Confirmed, {}});
 }
 
 void DecisionResolver::onUnknown(const Attempt &attempt, const QString &transport)
 {
+    const QString &approvalId = attempt.item.approvalId;
     auto &recorder = m_collaborators.recorder;
-    recorder.recordUnknownApproval(attempt.approvalId, transport + u".resolve"_s);
-    recorder.recordExternalResolved(attempt.approvalId, transport + u"-unknown"_s);
-    removeApproval(m_collaborators.board, recorder, attempt.approvalId,
-                   ApprovalHistoryState::Resolved);
+    recorder.recordUnknownApproval(approvalId, transport + u".resolve"_s);
+    recorder.recordExternalResolved(approvalId, transport + u"-unknown"_s);
+    m_collaborators.board.remove(approvalId, ApprovalHistoryState::Resolved);
     m_collaborators.status.setDecisionText(u"Approval already resolved elsewhere."_s);
     settle(attempt, {DecisionOutcome::Kind::ResolvedElsewhere, {}});
 }
@@ -213,15 +247,20 @@ void DecisionResolver::onFailed(const Attempt &attempt, const QString &failure,
                                 const QString &shown)
 {
     m_collaborators.status.setDecisionText(u"Resolve failed: "_s + failure);
-    m_collaborators.recorder.recordResolveFailed(attempt.approvalId, attempt.decision,
-                                                 attempt.origin, failure);
+    m_collaborators.recorder.recordResolveFailed(attempt.item, attempt.decision, attempt.origin,
+                                                 failure);
     settle(attempt, {DecisionOutcome::Kind::Failed, shown});
 }
 
 void DecisionResolver::settle(const Attempt &attempt, const DecisionOutcome &outcome)
 {
-    m_resolvingIds.remove(attempt.approvalId);
-    Q_EMIT decisionSettled(attempt.approvalId, attempt.decision, outcome);
+    m_resolvingIds.remove(attempt.item.approvalId);
+    report(attempt, outcome);
+}
+
+void DecisionResolver::report(const Attempt &attempt, const DecisionOutcome &outcome)
+{
+    Q_EMIT decisionSettled(attempt.item.approvalId, attempt.decision, outcome);
 }
 
 } // namespace bram

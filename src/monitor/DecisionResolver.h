@@ -4,10 +4,12 @@
 #include "gateway/GatewayClient.h"
 #include "model/ApprovalDecision.h"
 #include "monitor/ApprovalRecorder.h"
+#include "monitor/CommandLineTool.h"
 
 #include <QCoro/QCoroTask>
 #include <QObject>
 #include <QPointer>
+#include <QQueue>
 #include <QSet>
 #include <QString>
 #include <QStringList>
@@ -98,18 +100,19 @@ public:
     void denyAllPendingAndDismissPopups();
 
     bool isResolving(const QString &approvalId) const { return m_resolvingIds.contains(approvalId); }
-    bool isIdle() const { return m_resolvingIds.isEmpty(); }
+    bool isIdle() const { return m_resolvingIds.isEmpty() && m_bulk.isEmpty(); }
 
-    /// From here on a failed decision ends as it is: nothing new is started.
-    void stop() { m_stopped = true; }
+    /// From here on nothing new is started, and a decision that the command-line tool has ends as failed.
+    void stop();
 
 Q_SIGNALS:
     void decisionSettled(const QString &approvalId, bram::ApprovalDecision decision,
                          const bram::DecisionOutcome &outcome);
 
 private:
+    /// The request as it was when the decision was taken: it may change or go while that is on its way.
     struct Attempt {
-        QString approvalId;
+        ApprovalItem item;
         ApprovalDecision decision;
         DecisionOrigin origin;
         ActivityTracking tracking;
@@ -121,10 +124,15 @@ private:
     /// `shown` is what the operator reads, who may want more than the last error.
     void onFailed(const Attempt &attempt, const QString &failure, const QString &shown);
     void settle(const Attempt &attempt, const DecisionOutcome &outcome);
-    void resolveEach(const QStringList &approvalIds, ApprovalDecision decision);
+    void begin(const Attempt &attempt);
+    void resolveEach(const QList<ApprovalItem> &items, ApprovalDecision decision);
+    void continueBulk();
+    void report(const Attempt &attempt, const DecisionOutcome &outcome);
 
     Collaborators m_collaborators;
+    CommandLineTool m_commandLineTool;
     QSet<QString> m_resolvingIds;
+    QQueue<Attempt> m_bulk; ///< not begun yet
     bool m_stopped = false;
 };
 

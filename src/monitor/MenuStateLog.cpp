@@ -3,7 +3,10 @@
 
 #include "gateway/GatewayStatus.h"
 #include "monitor/ApprovalBoard.h"
+#include "system/NextTurn.h"
 #include "system/SystemLog.h"
+
+#include <QStringBuilder>
 
 namespace bram
 {
@@ -23,22 +26,22 @@ void MenuStateLog::note(const QString &reason)
         return;
     }
     m_reason = reason;
-    QMetaObject::invokeMethod(this, &MenuStateLog::writeIfChanged, Qt::QueuedConnection);
+    inNextTurn(this, [this] { writeIfChanged(); });
 }
 
 void MenuStateLog::writeIfChanged()
 {
     const QString reason = *std::exchange(m_reason, std::nullopt);
     const auto &active = m_board.activePopupItem();
-    const QString snapshot = "conn="_L1 + rawText(m_status.lines().connectionIndicator)
-        + " token="_L1 + rawText(tokenIndicator(m_status.lines().tokenState)) + " pending="_L1
-        + QString::number(m_board.menuBadgeCount()) + " active="_L1
-        + (active ? active->approvalId : u"none"_s);
+    const QString snapshot = "conn="_L1 % rawText(m_status.lines().connectionIndicator)
+        % " token="_L1 % rawText(tokenIndicator(m_status.lines().tokenState)) % " pending="_L1
+        % QString::number(m_board.menuBadgeCount()) % " active="_L1
+        % (active ? active->approvalId : u"none"_s);
     if (snapshot == m_lastSnapshot) {
         return;
     }
     m_lastSnapshot = snapshot;
-    m_log.write(QString("[BrackwenState] reason="_L1 + reason + u' ' + snapshot));
+    m_log.write(QString("[BrackwenState] reason="_L1 % reason % u' ' % snapshot));
 }
 
 } // namespace bram

@@ -41,6 +41,7 @@ public:
     virtual ~ApprovalPopup() = default;
     /// Called when the person has answered; without a decision when the window was just closed.
     using Completion = std::function<void(std::optional<ApprovalDecision>)>;
+    /// Shows the request, in place of what is shown: another one, or an older form of the same.
     virtual void present(const ApprovalItem &item, Completion completion) = 0;
     virtual void dismiss() = 0;
 };

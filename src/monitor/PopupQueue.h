@@ -19,7 +19,8 @@ public:
     const QList<ApprovalItem> &waiting() const { return m_waiting; }
     const std::optional<ApprovalItem> &activeItem() const { return m_active; }
 
-    /// False when the request had been queued before.
+    /// False when the request had been queued before; then what waits or is on the screen is brought up
+    /// to date.
     bool enqueue(const ApprovalItem &item);
 
     /// The request on the screen or waiting for it; null when it is neither.

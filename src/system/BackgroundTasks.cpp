@@ -3,6 +3,8 @@
 
 #include "system/SystemLog.h"
 
+#include <QHash>
+
 #include <exception>
 #include <vector>
 
@@ -13,12 +15,13 @@ using namespace Qt::StringLiterals;
 
 struct BackgroundTasks::Registry {
     SystemLog *log = nullptr; ///< null once the owner is gone
-    QStringList running;
+    QHash<quint64, QString> running; ///< names by serial number
+    quint64 lastSerial = 0;
     std::vector<std::function<void()>> idleCallbacks;
 
-    void ended(const QString &name, const QString &failure)
+    void ended(quint64 serial, const QString &failure)
     {
-        running.removeOne(name);
+        const QString name = running.take(serial);
         if (log != nullptr && !failure.isEmpty()) {
             log->write(QString(u"[Brackwen] task "_s + name + u" failed: "_s + failure));
         }
@@ -44,14 +47,15 @@ BackgroundTasks::~BackgroundTasks()
 
 void BackgroundTasks::spawn(QCoro::Task<> task, const QString &name)
 {
-    m_registry->running.append(name);
+    const quint64 serial = ++m_registry->lastSerial;
+    m_registry->running.insert(serial, name);
     // The only task nobody awaits; it ends by itself and lets nothing escape.
-    [[maybe_unused]] const auto supervised = supervise(std::move(task), name, m_registry);
+    [[maybe_unused]] const auto supervised = supervise(std::move(task), serial, m_registry);
 }
 
 QStringList BackgroundTasks::running() const
 {
-    return m_registry->running;
+    return m_registry->running.values();
 }
 
 void BackgroundTasks::whenIdle(std::function<void()> callback)
@@ -63,7 +67,7 @@ void BackgroundTasks::whenIdle(std::function<void()> callback)
     m_registry->idleCallbacks.push_back(std::move(callback));
 }
 
-QCoro::Task<> BackgroundTasks::supervise(QCoro::Task<> task, QString name,
+QCoro::Task<> BackgroundTasks::supervise(QCoro::Task<> task, quint64 serial,
                                          std::shared_ptr<Registry> registry)
 {
     QString failure;
@@ -74,7 +78,7 @@ QCoro::Task<> BackgroundTasks::supervise(QCoro::Task<> task, QString name,
     } catch (...) {
         failure = u"unknown exception"_s;
     }
-    registry->ended(name, failure);
+    registry->ended(serial, failure);
 }
 
 } // namespace bram

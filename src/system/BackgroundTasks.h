@@ -37,7 +37,7 @@ public:
 
 private:
     struct Registry;
-    static QCoro::Task<> supervise(QCoro::Task<> task, QString name,
+    static QCoro::Task<> supervise(QCoro::Task<> task, quint64 serial,
                                    std::shared_ptr<Registry> registry);
 
     std::shared_ptr<Registry> m_registry;

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "system/NextTurn.h"
+
 #include <QCoreApplication>
-#include <QMetaObject>
 
 #include <coroutine>
 #include <memory>
@@ -43,9 +44,7 @@ private:
             }
             answer.emplace(std::move(value));
             if (const auto handle = std::exchange(waiter, {})) {
-                QMetaObject::invokeMethod(
-                    QCoreApplication::instance(), [handle] { handle.resume(); },
-                    Qt::QueuedConnection);
+                inNextTurn(QCoreApplication::instance(), [handle] { handle.resume(); });
             }
         }
     };

@@ -77,6 +77,20 @@ TEST_F(AuditRotation, linesWrittenTogetherAreRotatedAsIfEachCameAlone)
     EXPECT_EQ(log.lines(), QStringList());
 }
 
+TEST_F(AuditRotation, aRunningStoreSeesArchivesThatAppearLater)
+{
+    AuditLogStore store(folder, {}, log);
+    store.append(record(1));
+    store.flush();
+    for (int i = 0; i < 25; ++i) {
+        writeFile(u"audit-events-%1.jsonl"_s.arg(1000 + i), "{}\n", dayMs - i * 1000);
+    }
+    store.append(record(2));
+    store.flush();
+    EXPECT_EQ(others().size(), 24);
+    EXPECT_FALSE(others().contains(u"audit-events-1000.jsonl"_s));
+}
+
 TEST_F(AuditRotation, aFileNotWrittenForLongerThanTheRetentionIsArchivedAndThenPruned)
 {
     writeFile(currentName, "{\"timestampMs\":1,\"kind\":\"young\"}\n", 30 * dayMs - 60'000);

@@ -48,4 +48,16 @@ TEST(Redaction, masksByTheFourRules)
     }
 }
 
+TEST(Redaction, aTextThatTheRulesCannotGoThroughIsWithheldAsAWhole)
+{
+    const QString name = u"BRACKWEN_TOKEN"_s;
+    const QString secret = u" BRACKWEN_TOKEN=hunter2"_s;
+    EXPECT_EQ(redacted(name.repeated(20) + secret),
+              name.repeated(20) + u" BRACKWEN_TOKEN=[REDACTED]"_s);
+    // Also when it gives up only after some matches.
+    for (const QString &before : {QString(), u"password=a, "_s, u"BRACKWEN_X_TOKEN=a, "_s}) {
+        EXPECT_EQ(redacted(before + name.repeated(2000) + secret), u"[REDACTED]"_s);
+    }
+}
+
 } // namespace bram

@@ -38,7 +38,7 @@ void checkRequest(const ApprovalItem &item)
 
 void checkOurRequest(const QString &id)
 {
-    const QByteArray encoded = encodeRequest(id, id, {{id, id}});
+    const QByteArray encoded = encodeRequest(QStringLiteral("1"), resolveMethod, {{id, id}});
     require(!encoded.contains('\n'), "what we send is one line");
     const auto frame = parseFrame(encoded);
     require(frame && std::holds_alternative<IgnoredFrame>(*frame), "what we send is no answer");

@@ -68,6 +68,22 @@ TEST_F(PopupOrder, RequestDecidedElsewhereLeavesThePopupAndALateAnswerIsNotTaken
     EXPECT_EQ(popup.shown.size(), 2);
 }
 
+TEST_F(PopupOrder, AnAnswerToAnOlderFormOfTheRequestDoesNotCount)
+{
+    makeConnectedCore();
+    request(item("a", "ls"));
+    auto changed = item("a", "rm -rf /");
+    monitor().handleGatewayEvent(ApprovalRequested {changed});
+    ASSERT_EQ(popup.completions.size(), 2);
+    EXPECT_EQ(board().activePopupItem(), changed);
+    popup.completions.first()(ApprovalDecision::AllowOnce);
+    EXPECT_TRUE(board().activePopupItem().has_value());
+    popup.completions.last()(ApprovalDecision::Deny);
+    ASSERT_TRUE(waitSettled(1));
+    ASSERT_EQ(received.size(), 1);
+    EXPECT_EQ(received.first().decision, ApprovalDecision::Deny);
+}
+
 TEST_F(PopupOrder, DenyingAllTakesThePopupAwayAndDeniesEverythingOnce)
 {
     makeConnectedCore();

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "monitor/CommandLineFallback.h"
+#include "monitor/CommandLineTool.h"
 #include "monitor/MonitorFixture.h"
 
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
+
+#include <csignal>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -16,15 +18,15 @@ namespace
 {
 
 /// A "brackwen" of the test's own, first on the PATH.
-class CommandLineFallback : public MonitorFixture
+class DecisionByTool : public MonitorFixture
 {
 protected:
-    CommandLineFallback()
+    DecisionByTool()
         : m_path(qgetenv("PATH"))
     {
         commandLine = CommandLineUse::Allowed;
     }
-    ~CommandLineFallback() override { qputenv("PATH", m_path); }
+    ~DecisionByTool() override { qputenv("PATH", m_path); }
 
     void installTool(const QByteArray &script)
     {
@@ -61,7 +63,7 @@ TEST(CommandLineParams, PlainForOrdinaryIdsAndEscapedForOthers)
     }
 }
 
-TEST_F(CommandLineFallback, TakesTheDecisionWhenTheGatewayDoesNot)
+TEST_F(DecisionByTool, TakesTheDecisionWhenTheGatewayDoesNot)
 {
     installTool("printf '%s\\n' \"$@\" > \"$(dirname \"$0\")/arguments\"\n"
                 "ls /proc/self/fd > \"$(dirname \"$0\")/descriptors\"\n"
@@ -86,7 +88,7 @@ TEST_F(CommandLineFallback, TakesTheDecisionWhenTheGatewayDoesNot)
     EXPECT_FALSE(log.lines().filter(QStringLiteral("reason=resolved.cli.allow-once")).isEmpty());
 }
 
-TEST_F(CommandLineFallback, ItsFailuresAreToldApart)
+TEST_F(DecisionByTool, ItsFailuresAreToldApart)
 {
     struct Case {
         QByteArray script;
@@ -99,6 +101,8 @@ TEST_F(CommandLineFallback, ItsFailuresAreToldApart)
          QStringLiteral("internal error (command-line tool: no route to gateway)")},
         {"echo 'Approval Not Found' >&2; exit 1", Kind::ResolvedElsewhere, {}},
         {"printf '\\377\\376'; exit 1", Kind::Failed, QStringLiteral("internal error (command-line tool: unknown error)")},
+        {"exit 7", Kind::Failed,
+         QStringLiteral("internal error (command-line tool: it ended with status 7)")},
         {"kill -9 $$", Kind::Failed, QStringLiteral("internal error (command-line tool: it crashed)")},
     };
     makeConnectedCore();
@@ -116,7 +120,33 @@ TEST_F(CommandLineFallback, ItsFailuresAreToldApart)
     }
 }
 
-TEST_F(CommandLineFallback, IsNeverUsedWherePracticeForbidsIt)
+TEST_F(DecisionByTool, OneUnderWayEndsWithTheProgramAndOneThatHangsByItself)
+{
+    installTool("echo $$ > \"$(dirname \"$0\")/pid\"; exec sleep 1000");
+    makeConnectedCore();
+    request(item("a"));
+    gateway.setDecisionBehaviour(
+        {.fault = DecisionFault::AnswerError, .text = QStringLiteral("token=hunter2")});
+    decide("a", ApprovalDecision::AllowOnce);
+    ASSERT_TRUE(waitUntil([this] { return !written("pid").isEmpty(); }));
+    const auto process = static_cast<pid_t>(written("pid").trimmed().toInt());
+    monitor().stop();
+    ASSERT_TRUE(waitSettled(1));
+    EXPECT_EQ(settled.first().outcome.message,
+              QStringLiteral("token=[REDACTED] (command-line tool: it was ended together with this program)"));
+    ASSERT_TRUE(waitUntil([process] { return kill(process, 0) != 0; }));
+    EXPECT_EQ(auditKinds().back(), "approval_resolve_failed");
+
+    CommandLineTool impatient(std::chrono::milliseconds(30));
+    const auto call = [](CommandLineTool *tool) -> QCoro::Task<CommandLineTool::Result> {
+        co_return co_await tool->resolve(QStringLiteral("a"), ApprovalDecision::Deny);
+    };
+    const auto result = bram::test::waitFor(call(&impatient));
+    ASSERT_FALSE(result);
+    EXPECT_EQ(result.error().message, QStringLiteral("it did not end within 0.03 s"));
+}
+
+TEST_F(DecisionByTool, IsNeverUsedWherePracticeForbidsIt)
 {
     commandLine = CommandLineUse::Never;
     installTool("touch \"$(dirname \"$0\")/arguments\"\n");

@@ -1,0 +1,120 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "monitor/CommandLineTool.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QProcess>
+#include <QStringDecoder>
+#include <QTimer>
+
+#include <algorithm>
+#include <memory>
+
+#include <linux/close_range.h>
+#include <unistd.h>
+
+namespace bram
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+using Result = CommandLineTool::Result;
+
+constexpr qsizetype maxOutputBytes = 4 * 1024;
+
+QString jsonString(const QString &text)
+{
+    const QByteArray array = QJsonDocument(QJsonArray {text}).toJson(QJsonDocument::Compact);
+    return QString::fromUtf8(array.sliced(1, array.size() - 2));
+}
+
+Result failure(const QString &message)
+{
+    return std::unexpected(GatewayClientError::server(message));
+}
+
+QString failureText(int exitCode, const QByteArray &output)
+{
+    QStringDecoder decoder(QStringDecoder::Utf8);
+    const QString text = QString(decoder(output)).trimmed();
+    if (decoder.hasError()) {
+        return u"unknown error"_s;
+    }
+    return text.isEmpty() ? u"it ended with status "_s + QString::number(exitCode) : text;
+}
+
+Result toResult(int exitCode, QProcess::ExitStatus status, const QByteArray &output)
+{
+    if (status == QProcess::CrashExit) {
+        return failure(u"it crashed"_s);
+    }
+    return exitCode == 0 ? Result() : failure(failureText(exitCode, output));
+}
+
+/// Leaves the child only its standard streams, also of files that a library opened carelessly.
+void keepStandardStreamsOnly()
+{
+    close_range(3, ~0U, CLOSE_RANGE_CLOEXEC);
+}
+
+/// Keeps the beginning of what the tool says, which holds the reason, and lets the rest go.
+void collectOutput(QProcess *tool, const std::shared_ptr<QByteArray> &output)
+{
+    const QByteArray more = tool->readAll();
+    output->append(more.first(std::min(more.size(), maxOutputBytes - output->size())));
+}
+} // namespace
+
+QString commandLineParams(const QString &approvalId, ApprovalDecision decision)
+{
+    return "{\"id\":"_L1 + jsonString(approvalId) + ",\"decision\":"_L1
+        + jsonString(rawText(decision)) + u'}';
+}
+
+CommandLineTool::CommandLineTool(std::chrono::milliseconds timeLimit)
+    : m_timeLimit(timeLimit)
+{
+}
+
+Reply<CommandLineTool::Result> CommandLineTool::resolve(const QString &approvalId,
+                                                        ApprovalDecision decision)
+{
+    const ReplySource<Result> source(failure(u"it was abandoned"_s));
+    const auto output = std::make_shared<QByteArray>();
+    // Goes when it has ended, never before: destroying a running one would wait for it.
+    auto *const tool = new QProcess(this);
+    const auto endWith = [source, tool](const QString &message) {
+        source.answer(failure(message));
+        tool->kill();
+    };
+
+    tool->setProcessChannelMode(QProcess::MergedChannels);
+    tool->setStandardInputFile(QProcess::nullDevice());
+    tool->setChildProcessModifier(keepStandardStreamsOnly);
+    connect(tool, &QProcess::readyRead, tool, [tool, output] { collectOutput(tool, output); });
+    connect(tool, &QProcess::finished, tool,
+            [source, tool, output](int exitCode, QProcess::ExitStatus status) {
+                collectOutput(tool, output);
+                source.answer(toResult(exitCode, status, *output));
+                tool->deleteLater();
+            });
+    connect(tool, &QProcess::errorOccurred, tool, [source, tool](QProcess::ProcessError error) {
+        if (error == QProcess::FailedToStart) {
+            source.answer(failure(tool->errorString()));
+            tool->deleteLater();
+        }
+    });
+    connect(this, &CommandLineTool::stopping, tool,
+            [endWith] { endWith(u"it was ended together with this program"_s); });
+    QTimer::singleShot(m_timeLimit, tool, [endWith, limit = m_timeLimit] {
+        endWith(u"it did not end within %1 s"_s.arg(static_cast<double>(limit.count()) / 1000));
+    });
+    tool->start(u"/usr/bin/env"_s,
+                {u"brackwen"_s, u"gateway"_s, u"call"_s, u"exec.approval.resolve"_s, u"--json"_s,
+                 u"--params"_s, commandLineParams(approvalId, decision)});
+    return source.reply();
+}
+
+} // namespace bram

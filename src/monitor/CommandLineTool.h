@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "gateway/GatewayClientError.h"
+#include "model/ApprovalDecision.h"
+#include "system/Reply.h"
+
+#include <QObject>
+#include <QString>
+
+#include <chrono>
+#include <expected>
+
+namespace bram
+{
+
+/// The parameters of the tool's call: {"id":"…","decision":"…"} without blanks, escaped as JSON.
+QString commandLineParams(const QString &approvalId, ApprovalDecision decision);
+
+/// The platform's command-line tool, the second road of a decision that the gateway connection does not
+/// take: "brackwen gateway call exec.approval.resolve --json --params …". It inherits the environment, but
+/// no open file and no input. Main thread; nothing waits for a process.
+class CommandLineTool final : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit CommandLineTool(std::chrono::milliseconds timeLimit = std::chrono::seconds(60));
+
+    /// Nothing on success, which is exit status 0; else the tool's output, or what else went wrong. One
+    /// that has not ended within the time limit is ended and counts as failed.
+    using Result = std::expected<void, GatewayClientError>;
+    Reply<Result> resolve(const QString &approvalId, ApprovalDecision decision);
+
+    /// Ends what is running; those calls fail.
+    void stop() { Q_EMIT stopping(); }
+
+Q_SIGNALS:
+    void stopping();
+
+private:
+    std::chrono::milliseconds m_timeLimit;
+};
+
+} // namespace bram
