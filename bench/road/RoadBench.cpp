@@ -6,7 +6,10 @@
 // in turns: the time from sending a request to having the decision, and the processor time of all
 // threads for each request, with everything that follows the decision (answer, announcement, record).
 //
-//   bench_road [--check] [--requests N] [--rounds N] [--directory DIR]
+//   bench_road [--check] [--requests N] [--rounds N] [--pause MS] [--directory DIR]
+//
+// One request follows the other at once. With --pause 5 each finds both programs asleep and their caches
+// cold, and has the audit thread's wake-up for itself: what a single request a minute costs.
 //
 // --check ends with 1 when a ratio is above its limit. The audit log goes to a temporary folder inside
 // DIR, by default the system's folder for temporary files; the log lines go to syslog and /dev/null.
