@@ -4,6 +4,8 @@
 #include <QRegularExpression>
 
 #include <array>
+#include <optional>
+#include <utility>
 
 namespace bram
 {
@@ -12,15 +14,17 @@ using namespace Qt::StringLiterals;
 
 namespace
 {
+/// What stays of a match when its secret is masked: a captured group, if any, and a fixed text.
 struct RedactionRule {
     QRegularExpression pattern;
+    int keptGroup; ///< 0 for none
     QString replacement;
 };
 
-RedactionRule makeRule(const QString &pattern, const QString &replacement)
+RedactionRule makeRule(const QString &pattern, int keptGroup, const QString &replacement)
 {
     RedactionRule rule{QRegularExpression(pattern, QRegularExpression::UseUnicodePropertiesOption),
-                       replacement};
+                       keptGroup, replacement};
     rule.pattern.optimize();
     return rule;
 }
@@ -28,16 +32,39 @@ RedactionRule makeRule(const QString &pattern, const QString &replacement)
 const std::array<RedactionRule, 4> &redactionRules()
 {
     static const std::array rules{
-        makeRule(uR"re(\b\d{6,}:[A-Za-z0-9_-]{20,}\b)re"_s, u"[REDACTED_BOT_TOKEN]"_s),
-        makeRule(uR"re((?i)(bearer\s+)[A-Za-z0-9._-]+)re"_s, uR"(\1[REDACTED])"_s),
+        makeRule(uR"re(\b\d{6,}:[A-Za-z0-9_-]{20,}\b)re"_s, 0, u"[REDACTED_BOT_TOKEN]"_s),
+        makeRule(uR"re((?i)(bearer\s+)[A-Za-z0-9._-]+)re"_s, 1, u"[REDACTED]"_s),
         makeRule(
-            uR"re((?i)\b(token|password|passwd|secret|api[_-]?key)\b\s*[:=]\s*[^\\s\"',;]+)re"_s,
-            uR"(\1=[REDACTED])"_s),
+            uR"re((?i)\b(token|password|passwd|secret|api[_-]?key)\b\s*[:=]\s*[^\\s\"',;]+)re"_s, 1,
+            u"=[REDACTED]"_s),
         makeRule(
             uR"re((?i)(BRACKWEN_[A-Z0-9_]*(TOKEN|PASSWORD|SECRET)[A-Z0-9_]*\s*=\s*)[^\\s\"',;]+)re"_s,
-            uR"(\1[REDACTED])"_s),
+            1, u"[REDACTED]"_s),
     };
     return rules;
+}
+
+/// `text` with every match masked; nothing when the matcher gave up, which it does on texts that make
+/// it try too much. Replacing with the regular expression would then leave the secrets as they are.
+std::optional<QString> masked(const QString &text, const RedactionRule &rule)
+{
+    QString result;
+    qsizetype copied = 0;
+    auto matches = rule.pattern.globalMatch(text);
+    while (matches.hasNext()) {
+        const QRegularExpressionMatch match = matches.next();
+        result += QStringView(text).sliced(copied, match.capturedStart() - copied);
+        if (rule.keptGroup > 0) {
+            result += match.capturedView(rule.keptGroup);
+        }
+        result += rule.replacement;
+        copied = match.capturedEnd();
+    }
+    if (!matches.isValid()) {
+        return std::nullopt;
+    }
+    result += QStringView(text).sliced(copied);
+    return result;
 }
 
 /// Regular expressions refuse a text that is not valid UTF-16, and would leave its secrets as they
@@ -66,9 +93,11 @@ QString redacted(const QString &text)
 {
     QString result = withValidSurrogates(text);
     for (const RedactionRule &rule : redactionRules()) {
-        if (rule.pattern.isValid()) {
-            result.replace(rule.pattern, rule.replacement);
+        auto next = masked(result, rule);
+        if (!next) {
+            return u"[REDACTED]"_s;
         }
+        result = *std::move(next);
     }
     return result;
 }

@@ -18,7 +18,9 @@ namespace bram
 /// them.
 ///
 /// For every text from outside that goes into a log, a record, a report or an export. Any thread. A
-/// half of a surrogate pair, which would keep the rules from matching, becomes U+FFFD first.
+/// half of a surrogate pair, which would keep the rules from matching, becomes U+FFFD first. A
+/// text that the rules cannot be applied to wholly, because it makes them try too much, becomes
+/// "[REDACTED]" as a whole.
 QString redacted(const QString &text);
 
 } // namespace bram
