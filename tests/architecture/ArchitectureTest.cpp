@@ -60,6 +60,10 @@ TEST(Architecture, EachRuleFindsWhatBreaksIt)
         {"src/gateway/A.cpp", "a(); // TODO: b\n", "TODO"},
         {"src/gateway/A.cpp", "/* FIXME */\n", "FIXME"},
         {"src/gateway/A.cpp", "/// A stub for now.\n", "stub"},
+        {"src/gateway/A.cpp", "const auto a = co_await b();\nif (const auto c = co_await d(); c) {}", ""},
+        {"src/gateway/A.cpp", "if (co_await a()) {}", "awaits"},
+        {"src/gateway/A.cpp", "while (!co_await a()) {}", "awaits"},
+        {"src/gateway/A.cpp", "const auto b = c\n    ? co_await a() : d;", "awaits"},
     };
     for (const auto &row : rows) {
         const auto faults = faultsOf(row.path, licence + row.text);

@@ -159,6 +159,17 @@ void checkMarkers(const std::string &content, Faults &faults)
     }
 }
 
+/// g++ 12 miscompiles an await directly inside a condition or a conditional expression.
+void checkAwaits(const std::string &content, Faults &faults)
+{
+    static const std::regex risky(
+        R"re(\b(if|while|switch)\s*\(\s*!?\s*co_await\b|\?[^;"'{}]*\bco_await\b|(&&|\|\|)\s*!?\s*co_await\b)re");
+    const std::string code = withoutComments(content);
+    if (std::regex_search(code, risky)) {
+        faults.push_back("awaits inside a condition, which g++ 12 miscompiles");
+    }
+}
+
 void checkLicenceLine(const std::string &content, Faults &faults)
 {
     if (!content.substr(0, content.find('\n')).contains("SPDX-License-Identifier: ")) {
@@ -182,6 +193,7 @@ std::vector<std::string> sourceFaults(const fs::path &root, const fs::path &qtHe
                 checkIncludes(std::next(path.begin())->string(), content, qtHeaders, faults);
                 checkConnections(content, faults);
                 checkMarkers(content, faults);
+                checkAwaits(content, faults);
             }
             for (const std::string &fault : faults) {
                 all.push_back(path.string() + ": " + fault);
