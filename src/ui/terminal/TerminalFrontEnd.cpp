@@ -358,14 +358,18 @@ void TerminalFrontEnd::onSettled(const QString &approvalId, ApprovalDecision dec
 void TerminalFrontEnd::onStatusChanged()
 {
     const GatewayStatus::Lines &status = m_monitor.gatewayStatus().lines();
-    if (status.isAboutDecision || m_statusSaid.contains(status.connectionStatus)) {
+    const QString &text = status.connectionStatus;
+    if (status.isAboutDecision || m_statusSaid.value(m_statusSaid.size() - 1) == text) {
         return;
     }
-    if (status.connectionIndicator == IndicatorState::Green || m_statusSaid.size() == mostStatusRemembered) {
+    if (status.connectionIndicator == IndicatorState::Green
+        || m_statusSaid.size() == mostStatusRemembered) {
         m_statusSaid.clear();
     }
-    m_statusSaid.append(status.connectionStatus);
-    say(status.connectionStatus);
+    if (!m_statusSaid.contains(text)) {
+        m_statusSaid.append(text);
+        say(text);
+    }
 }
 
 void TerminalFrontEnd::showRequests(const QList<ApprovalItem> &items, RequestOccasion occasion)

@@ -8,6 +8,7 @@
 #include "ui/terminal/TerminalWords.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace bram
 {
@@ -44,9 +45,11 @@ void appendRows(TerminalLines &lines, const QString &firstPrefix, const QString 
                 const QString &text, LineStyle style, int columns,
                 RowBreaks breaks = RowBreaks::Anywhere)
 {
-    const int room = columns == 0
-        ? 0
-        : std::max(leastRoom, columns - 1 - int(std::max(firstPrefix.size(), nextPrefix.size())));
+    const auto roomBehind = [columns](const QString &prefix) {
+        return columns == 0 ? std::numeric_limits<int>::max()
+                            : std::max(leastRoom, columns - 1 - int(prefix.size()));
+    };
+    int room = roomBehind(firstPrefix);
     QString row = firstPrefix;
     int used = 0;
     qsizetype wordStart = row.size(); // what follows may have to go to the next row as a whole
@@ -54,12 +57,13 @@ void appendRows(TerminalLines &lines, const QString &firstPrefix, const QString 
     for (const char32_t c : text.toUcs4()) {
         const int width = columnsOf(c, used == 0);
         const bool isBreak = breaks == RowBreaks::AtBlanks && c == U' ';
-        if (room != 0 && used + width > room) {
+        if (used > room - width) {
             const bool takesWordAlong
                 = breaks == RowBreaks::AtBlanks && !isBreak && usedByWord < used;
             const QString word = takesWordAlong ? row.sliced(wordStart) : QString();
             lines.append({takesWordAlong ? row.first(wordStart - 1) : row, style});
             row = nextPrefix + word;
+            room = roomBehind(nextPrefix);
             wordStart = nextPrefix.size();
             usedByWord = takesWordAlong ? usedByWord : 0;
             used = usedByWord;
@@ -253,7 +257,7 @@ TerminalLines helpLines(int columns)
         TerminalTr::tr("metrics                 counters of this run"),
         TerminalTr::tr("reconnect               connect to the gateway anew"),
         TerminalTr::tr("reload-token            take the gateway token from the configuration again"),
-        TerminalTr::tr("clear-pending           forget every pending request, without telling the gateway"),
+        TerminalTr::tr("clear-pending           forget the pending requests here, not at the gateway"),
         TerminalTr::tr("help                    these lines"),
         TerminalTr::tr("quit                    end the program (so does the end of input)"),
         TerminalTr::tr("ID is a request's number (3 or #3), its id or the beginning of its id."),

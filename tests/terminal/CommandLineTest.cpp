@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "ui/terminal/CommandLine.h"
+
+#include <gmock/gmock.h>
+
+using namespace bram;
+using namespace Qt::StringLiterals;
+
+TEST(CommandLine, ReadsEveryCommand)
+{
+    struct Row {
+        QString line;
+        TerminalCommand command;
+    };
+    const Row rows[] = {
+        {u""_s, PlainCommand::Nothing},
+        {u" \t "_s, PlainCommand::Nothing},
+        {u"list"_s, PlainCommand::List},
+        {u"  history\r"_s, PlainCommand::History},
+        {u"activity"_s, PlainCommand::Activity},
+        {u"status"_s, PlainCommand::Status},
+        {u"metrics"_s, PlainCommand::Metrics},
+        {u"reconnect"_s, PlainCommand::Reconnect},
+        {u"reload-token"_s, PlainCommand::ReloadToken},
+        {u"clear-pending"_s, PlainCommand::ClearPending},
+        {u"help"_s, PlainCommand::Help},
+        {u"quit"_s, PlainCommand::Quit},
+        {u"show 3"_s, ShowCommand {u"3"_s}},
+        {u"show all"_s, ShowCommand {u"all"_s}},
+        {u"allow-once\t#3"_s, DecideCommand {ApprovalDecision::AllowOnce, u"#3"_s}},
+        {u"allow-always 가-1"_s, DecideCommand {ApprovalDecision::AllowAlways, u"가-1"_s}},
+        {u"deny ALL"_s, DecideCommand {ApprovalDecision::Deny, u"ALL"_s}},
+        {u"allow-once all"_s, DecideAllCommand {ApprovalDecision::AllowOnce}},
+        {u"allow-always all"_s, DecideAllCommand {ApprovalDecision::AllowAlways}},
+        {u" deny  all "_s, DecideAllCommand {ApprovalDecision::Deny}},
+    };
+    for (const Row &row : rows) {
+        const auto command = parseCommandLine(row.line);
+        ASSERT_TRUE(command) << qPrintable(row.line);
+        EXPECT_EQ(*command, row.command) << qPrintable(row.line);
+    }
+}
+
+TEST(CommandLine, SaysOnOneShortLineWhatIsWrong)
+{
+    const std::pair<QString, QString> rows[] = {
+        {u"allow"_s, u"Unknown command: allow (try `help`)"_s},
+        {u"Deny 1"_s, u"Unknown command: Deny (try `help`)"_s},
+        {u"1"_s, u"Unknown command: 1 (try `help`)"_s},
+        {u"y"_s, u"Unknown command: y (try `help`)"_s},
+        {u"list 1"_s, u"`list` takes nothing after it."_s},
+        {u"quit now please"_s, u"`quit` takes nothing after it."_s},
+        {u"show"_s, u"Say which request: show ID"_s},
+        {u"deny"_s, u"Say which request: deny ID|all"_s},
+        {u"allow-once 1 2"_s, u"Say which request: allow-once ID|all"_s},
+        {u"allow-always all 2"_s, u"Say which request: allow-always ID|all"_s},
+        {QString(60'000, u'x'), u"Unknown command: "_s + QString(40, u'x') + u"… (try `help`)"_s},
+    };
+    for (const auto &[line, message] : rows) {
+        const auto command = parseCommandLine(line);
+        ASSERT_FALSE(command) << qPrintable(line.left(80));
+        EXPECT_EQ(command.error().message, message);
+    }
+    const auto oneLetter = parseCommandLine(u'a' + QString(60'000, QChar(0x0301)));
+    ASSERT_FALSE(oneLetter);
+    EXPECT_LT(oneLetter.error().message.size(), 300);
+}

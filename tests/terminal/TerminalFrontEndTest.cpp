@@ -1,0 +1,279 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Descriptors.h"
+#include "monitor/MonitorFixture.h"
+#include "ui/terminal/LineSource.h"
+#include "ui/terminal/TerminalFrontEnd.h"
+#include "ui/terminal/TerminalOutput.h"
+
+using namespace bram;
+using namespace bram::test;
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+/// An operator who types when the test says so.
+class ScriptedLines final : public LineSource
+{
+public:
+    void start() override { }
+    void readWaiting() override
+    {
+        for (const QString &line : std::exchange(waiting, {})) {
+            deliverLine(line, moment());
+        }
+    }
+    void type(const QString &line) { deliverLine(line, moment()); }
+    void typeBegunAt(DialogueMoment begunAt, const QString &line) { deliverLine(line, begunAt); }
+    void end() { deliverEnd(); }
+
+    QStringList waiting; ///< typed, and not read by the program yet
+};
+
+class FrontEnd : public MonitorFixture
+{
+protected:
+    FrontEnd()
+    {
+        makeCore();
+        frontEnd = std::make_unique<TerminalFrontEnd>(monitor(), input, output, clock);
+        QObject::connect(frontEnd.get(), &TerminalFrontEnd::quitRequested, frontEnd.get(),
+                         [this] { ++quits; });
+        frontEnd->start();
+        monitor().start();
+        EXPECT_TRUE(says(u"Gateway connected\n"_s));
+    }
+    ~FrontEnd() override { frontEnd.reset(); }
+
+    /// Waits until the output holds `text` beyond what an earlier call has found.
+    [[nodiscard]] bool says(const QString &text)
+    {
+        const bool said = waitUntil(
+            [&] {
+                shown += QString::fromUtf8(pipe.received());
+                const qsizetype at = shown.indexOf(text, seen);
+                seen = at < 0 ? seen : at + text.size();
+                return at >= 0;
+            },
+            3000);
+        EXPECT_TRUE(said) << qPrintable(text) << "\nis missing after\n" << qPrintable(shown.sliced(seen));
+        return said;
+    }
+    void typeAndHear(const QString &line, const QString &answer)
+    {
+        input.type(line);
+        EXPECT_TRUE(says(answer)) << qPrintable(line);
+    }
+    /// Everything said once all that was typed has been answered.
+    QString allSaid()
+    {
+        typeAndHear(u"no-such-command"_s, u"Unknown command: no-such-command"_s);
+        return shown;
+    }
+    void simulate(const ApprovalItem &item) { monitor().handleGatewayEvent(ApprovalRequested {item}); }
+    void announceAndSee(const char *id, const QString &head)
+    {
+        gateway.announce(item(id));
+        EXPECT_TRUE(says(head)) << id;
+    }
+
+    OutputPipe pipe;
+    TerminalOutput output {pipe.inner()};
+    ScriptedLines input;
+    std::unique_ptr<TerminalFrontEnd> frontEnd;
+    QString shown;
+    qsizetype seen = 0;
+    int quits = 0;
+};
+
+} // namespace
+
+TEST_F(FrontEnd, ADecisionGoesToTheGatewayAndItsEndIsSaidOnce)
+{
+    struct Row {
+        const char *id;
+        QString line;
+        ApprovalDecision decision;
+        QString answer;
+    };
+    const Row rows[] = {
+        {"a-1", u"allow-once 1"_s, ApprovalDecision::AllowOnce, u"#1 allowed once.\n"_s},
+        {"b-2", u"allow-always #2"_s, ApprovalDecision::AllowAlways, u"#2 allowed always.\n"_s},
+        {"c-3", u"deny c"_s, ApprovalDecision::Deny, u"#3 denied.\n"_s},
+    };
+    for (const Row &row : rows) {
+        announceAndSee(row.id, u"\nRequest #"_s);
+        typeAndHear(row.line, row.answer);
+        ASSERT_FALSE(received.isEmpty());
+        EXPECT_EQ(received.last().approvalId, QString::fromUtf8(row.id));
+        EXPECT_EQ(received.last().decision, row.decision);
+    }
+    typeAndHear(u"deny 3"_s, u"#3 is no longer pending."_s);
+    EXPECT_EQ(received.size(), 3);
+
+    announceAndSee("d-4", u"Request #4"_s);
+    gateway.setDecisionBehaviour({DecisionFault::AnswerError, 0, u"database is locked"_s});
+    typeAndHear(u"deny 4"_s, u"#4 not decided, it is still pending: database is locked\n"_s);
+    gateway.setDecisionBehaviour({DecisionFault::AnswerError, 0, u"unknown approval id"_s});
+    typeAndHear(u"deny 4"_s, u"#4 was already resolved elsewhere.\n"_s);
+    const QString all = allSaid();
+    EXPECT_FALSE(all.contains("Resolve failed"_L1) || all.contains("Approval already"_L1)
+                 || all.contains("decided elsewhere"_L1) || all.contains("Not connected"_L1))
+        << qPrintable(all);
+    EXPECT_EQ(all.count("Gateway connected"_L1), 1);
+}
+
+TEST_F(FrontEnd, WhatWasTypedBeforeARequestAppearedNeverAnswersIt)
+{
+    announceAndSee("a-1", u"Request #1"_s);
+    const DialogueMoment early = output.written();
+    announceAndSee("b-2", u"Request #2"_s);
+    input.typeBegunAt(early, u"allow-once 2"_s);
+    EXPECT_TRUE(says(u"Not decided: #2 arrived after the line was begun"_s));
+    input.typeBegunAt(early, u"allow-once b-2"_s);
+    EXPECT_TRUE(says(u"Not decided: #2 arrived after the line was begun"_s));
+    input.typeBegunAt(early, u"deny all"_s);
+    EXPECT_TRUE(says(u"Left out, because they arrived after the line was begun: #2\n"_s));
+    EXPECT_TRUE(says(u"#1 denied."_s));
+
+    allSaid();
+    // Typed, but not yet read when the request is announced.
+    input.waiting = QStringList {u"allow-once 3"_s, u"allow-once c-3"_s, u"allow-once all"_s};
+    announceAndSee("c-3", u"Request #3"_s);
+    EXPECT_TRUE(says(u"Left out, because they arrived after the line was begun: #3\n"_s));
+    EXPECT_TRUE(says(u"#2 allowed once."_s)); // that one was there
+
+    // A request that changes under its id has not been seen either.
+    ApprovalItem changed = item("c-3", "rm -rf /");
+    simulate(changed);
+    input.type(u"allow-once 3"_s);
+    EXPECT_TRUE(says(u"Request #3 has CHANGED"_s));
+    EXPECT_TRUE(says(u"  | rm -rf /\n"_s));
+    EXPECT_TRUE(waitUntil([&] { return received.size() == 2; }));
+    typeAndHear(u"deny 3"_s, u"#3 denied."_s);
+    EXPECT_EQ(received.size(), 3);
+    EXPECT_EQ(received.last().decision, ApprovalDecision::Deny);
+}
+
+TEST_F(FrontEnd, WhatIsAnnouncedIntoAFullOutputIsNotSeenAndStopsNothing)
+{
+    while (output.written() == output.given()) {
+        output.write({{QString(4000, u'.'), LineStyle::Plain}});
+    }
+    request(item("a-1"));
+    decide("a-1", ApprovalDecision::AllowOnce);
+    ASSERT_TRUE(waitSettled(1)); // the core goes on
+    request(item("b-2"));
+    input.type(u"allow-once all"_s);
+    input.type(u"allow-once b-2"_s);
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(says(u"Left out, because they arrived after the line was begun: #2\n"_s));
+    EXPECT_TRUE(says(u"Not decided: #2 arrived after the line was begun"_s));
+    EXPECT_EQ(received.size(), 1);
+    typeAndHear(u"allow-once all"_s, u"#2 allowed once."_s);
+}
+
+TEST_F(FrontEnd, RequestsThatLeaveAreExplainedOnce)
+{
+    ApprovalItem expiring = item("a-1");
+    expiring.expiresAtMs = clock.current + 60'000;
+    gateway.announce(expiring);
+    EXPECT_TRUE(says(u"Request #1  expires in 60 s"_s));
+    clock.current += 60'000;
+    typeAndHear(u"deny 1"_s, u"#1 had expired; nothing was sent."_s);
+
+    announceAndSee("b-2", u"Request #2"_s);
+    gateway.resolveElsewhere(u"b-2"_s);
+    EXPECT_TRUE(says(u"#2 was decided elsewhere.\n"_s));
+    typeAndHear(u"deny b-2"_s, u"#2 is no longer pending."_s);
+
+    announceAndSee("c-3", u"Request #3"_s);
+    announceAndSee("d-4", u"Request #4"_s);
+    typeAndHear(u"clear-pending"_s, u"Forgotten here: 2. The gateway was not told.\n"_s);
+    typeAndHear(u"deny all"_s, u"There is nothing to decide."_s);
+    typeAndHear(u"list"_s, u"No requests are pending."_s);
+    EXPECT_EQ(allSaid().count("no longer pending"_L1), 1);
+    EXPECT_TRUE(received.isEmpty());
+}
+
+TEST_F(FrontEnd, ABurstIsSummarisedAndWhatWasNotShownIsNotDecided)
+{
+    for (int i = 1; i <= 25; ++i) {
+        simulate(item(qPrintable(u"burst-%1"_s.arg(i, 2, 10, QChar(u'0')))));
+    }
+    EXPECT_TRUE(says(u"Request #20"_s));
+    EXPECT_TRUE(says(u"5 more requests; `list` shows them.\n"_s));
+    typeAndHear(u"status"_s, u"Not shown yet: 5"_s);
+    const QString notShown = board().displayItems().last().approvalId; // shown last
+    typeAndHear(u"deny "_s + notShown, u"Not decided: that request has not been shown yet"_s);
+    typeAndHear(u"deny all"_s, u"Left out, because they have not been shown: 5 (`list` shows them)"_s);
+    ASSERT_TRUE(waitSettled(20)); // the gateway does not know them: they leave
+    EXPECT_EQ(board().displayItems().size(), 5);
+    typeAndHear(u"list"_s, u"#25  "_s);
+    typeAndHear(u"deny all"_s, u"#25 "_s);
+    ASSERT_TRUE(waitSettled(25));
+    EXPECT_EQ(board().displayItems().size(), 0);
+}
+
+TEST_F(FrontEnd, CommandsAnswerAndWrongOnesChangeNothing)
+{
+    announceAndSee("a-1", u"Request #1"_s);
+    announceAndSee("a-2", u"Request #2"_s);
+    const QList<ApprovalItem> before = board().displayItems();
+    const std::pair<QString, QString> rows[] = {
+        {u"deny a"_s, u"More than one request could be meant by: a\n"_s},
+        {u"deny 9"_s, u"No pending request is meant by: 9\n"_s},
+        {u"\x1b[2Jx"_s, u"Unknown command: ⟨U+001B⟩[2Jx (try `help`)\n"_s},
+        {u"show \x1b"_s, u"No pending request is meant by: ⟨U+001B⟩\n"_s},
+        {u"show a-2"_s, u"Request #2\n  agent: main\n  id: a-2\n  | ls -la\n"_s},
+        {u"list"_s, u"#1  id: a-1  agent: main\n  | ls -la\n#2  id: a-2"_s},
+        {u"history"_s, u"pending  ls -la\n"_s},
+        {u"activity"_s, u"Nothing has happened yet."_s},
+        {u"metrics"_s, u"Requests seen: 2\n"_s},
+        {u"status"_s, u"Gateway: Gateway connected\n"_s},
+        {u"help"_s, u"quit                    end the program"_s},
+        {u"reload-token"_s, u"token reload failed"_s},
+        {u"reload-token"_s, u"token reload failed"_s}, // an answer each time
+        {u"reconnect"_s, u"Reconnecting to the gateway.\n"_s},
+        {u""_s, u"Gateway connected\n"_s},
+    };
+    for (const auto &[line, answer] : rows) {
+        typeAndHear(line, answer);
+    }
+    EXPECT_EQ(board().displayItems(), before);
+    EXPECT_TRUE(received.isEmpty());
+}
+
+TEST_F(FrontEnd, AGatewayThatStaysAwayIsSaidOnce)
+{
+    const auto attempts = [this] { return log.lines().count(u"[Brackwen] state connecting"_s); };
+    gateway.close();
+    ASSERT_TRUE(waitUntil([&] { return attempts() == 4; }, 30'000));
+    ASSERT_TRUE(gateway.listen());
+    ASSERT_TRUE(waitUntil([&] { return gateway.clientCount() == 1; }, 30'000));
+    EXPECT_TRUE(says(u"Gateway connected\n"_s));
+    const QString all = allSaid();
+    EXPECT_EQ(all.count("Connecting to gateway"_L1), 2) << qPrintable(all);
+    EXPECT_EQ(all.count("Gateway disconnected"_L1), 1) << qPrintable(all);
+}
+
+TEST_F(FrontEnd, EndsOnceAndTakesNothingAfterwards)
+{
+    announceAndSee("a-1", u"Request #1"_s);
+    input.type(u"quit"_s);
+    input.type(u"allow-once 1"_s);
+    input.end();
+    EXPECT_TRUE(waitUntil([&] { return quits > 0; }));
+    pipe.closeOuter();
+    output.write({{u"x"_s, LineStyle::Plain}});
+    QCoreApplication::processEvents();
+    EXPECT_EQ(quits, 1);
+    EXPECT_TRUE(received.isEmpty());
+}
+
+TEST_F(FrontEnd, AClosedOutputAsksToQuit)
+{
+    pipe.closeOuter();
+    request(item("a-1"));
+    EXPECT_TRUE(waitUntil([&] { return quits == 1; }));
+}
