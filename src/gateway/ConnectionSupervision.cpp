@@ -2,9 +2,9 @@
 #include "gateway/ConnectionSupervision.h"
 
 #include "audit/AuditLogStore.h"
-#include "audit/Redaction.h"
 #include "gateway/GatewaySession.h"
 #include "gateway/GatewayStatus.h"
+#include "gateway/MaskedReason.h"
 #include "system/Clock.h"
 #include "system/SystemLog.h"
 
@@ -66,8 +66,7 @@ void ConnectionSupervision::handleHandshakeCompleted()
 
 void ConnectionSupervision::onDisconnected(const QString &reason)
 {
-    // The reason is the peer's text and may quote a credential.
-    const QString masked = redacted(reason);
+    const QString masked = maskedReason(reason);
     m_collaborators.log.write(QString(u"[Brackwen] state disconnected reason="_s + masked));
     m_collaborators.status.setConnection(u"Gateway disconnected: "_s + masked, IndicatorState::Red);
     m_collaborators.audit.append({.timestampMs = m_collaborators.clock.nowMs(),
@@ -76,15 +75,15 @@ void ConnectionSupervision::onDisconnected(const QString &reason)
                                   .note = masked});
     if (!m_autoTokenResyncAttempted && looksLikeAuthenticationFailure(reason)) {
         m_autoTokenResyncAttempted = true;
-        onAuthenticationFailure(reason);
+        onAuthenticationFailure(masked);
     }
 }
 
-void ConnectionSupervision::onAuthenticationFailure(const QString &reason)
+void ConnectionSupervision::onAuthenticationFailure(const QString &masked)
 {
     auto &status = m_collaborators.status;
-    registerUnauthorizedDisconnect(reason);
-    status.lockRemoteApproval(redacted(reason));
+    registerUnauthorizedDisconnect(masked);
+    status.lockRemoteApproval(masked);
     status.setTokenState(TokenSyncState::Mismatch);
     // The first time at once: a token that was renewed in the file shall work at once. After that with
     // growing waits, or a gateway that refuses everything would be asked without a pause.
@@ -99,7 +98,7 @@ void ConnectionSupervision::onAuthenticationFailure(const QString &reason)
     }
 }
 
-void ConnectionSupervision::registerUnauthorizedDisconnect(const QString &reason)
+void ConnectionSupervision::registerUnauthorizedDisconnect(const QString &masked)
 {
     const qint64 nowMs = m_collaborators.clock.nowMs();
     const bool continuesSeries = m_lastUnauthorizedDisconnectMs
@@ -109,7 +108,7 @@ void ConnectionSupervision::registerUnauthorizedDisconnect(const QString &reason
     m_collaborators.audit.append({.timestampMs = nowMs,
                                   .kind = AuditKind::gatewayAuthFailure,
                                   .source = u"gateway"_s,
-                                  .note = redacted(reason)});
+                                  .note = masked});
     m_collaborators.log.write(QString(u"[Brackwen] unauthorized disconnect count="_s
                                       + QString::number(m_unauthorizedDisconnectCount)));
 }

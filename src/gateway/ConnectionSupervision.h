@@ -49,8 +49,8 @@ private:
     void onConnecting();
     void onConnected();
     void onDisconnected(const QString &reason);
-    void onAuthenticationFailure(const QString &reason);
-    void registerUnauthorizedDisconnect(const QString &reason);
+    void onAuthenticationFailure(const QString &masked);
+    void registerUnauthorizedDisconnect(const QString &masked);
 
     Collaborators m_collaborators;
     bool m_autoTokenResyncAttempted = false; ///< since the last good connection
