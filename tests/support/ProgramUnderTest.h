@@ -21,6 +21,12 @@ public:
                      = QProcessEnvironment::systemEnvironment())
     {
         m_process.setProcessEnvironment(environment);
+        // Whatever started the tests may ignore some, which is inherited.
+        m_process.setChildProcessModifier([] {
+            for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
+                std::signal(number, SIG_DFL);
+            }
+        });
         m_process.start(program, arguments);
     }
     ~ProgramUnderTest() { kill(); }

@@ -2,6 +2,11 @@
 #include "system/linux/SyslogLog.h"
 
 #include <QByteArray>
+#include <QChar>
+#include <QList>
+#include <QString>
+
+#include <algorithm>
 
 #include <syslog.h>
 #include <unistd.h>
@@ -13,16 +18,43 @@ namespace
 {
 constexpr qint64 lookAgainMs = 1000;
 
-/// UTF-8 with every control byte replaced by a blank and a line feed at the end: a reason or an id
+bool isPlain(QChar character)
+{
+    return character >= u' ' && character <= u'~';
+}
+
+/// Characters that could break the line or turn around how it reads.
+bool misleads(char32_t character)
+{
+    switch (QChar::category(character)) {
+    case QChar::Other_Control:
+    case QChar::Other_Format:
+    case QChar::Separator_Line:
+    case QChar::Separator_Paragraph:
+        return true;
+    default:
+        return false;
+    }
+}
+
+QString withoutMisleadingCharacters(QStringView line)
+{
+    QString result;
+    result.reserve(line.size());
+    for (const char32_t character : line.toUcs4()) {
+        result += QChar::fromUcs4(misleads(character) ? U' ' : character);
+    }
+    return result;
+}
+
+/// UTF-8 with a line feed at the end, and a blank for every character that misleads: a reason or an id
 /// from outside must not be able to start a log line of its own.
 QByteArray toLogBytes(QStringView line)
 {
-    QByteArray bytes = line.toUtf8();
-    for (char &byte : bytes) {
-        if (static_cast<unsigned char>(byte) < 0x20 || byte == 0x7f) {
-            byte = ' ';
-        }
-    }
+    // Nearly all lines are plain ASCII.
+    QByteArray bytes = std::ranges::all_of(line, isPlain)
+        ? line.toLatin1()
+        : withoutMisleadingCharacters(line).toUtf8();
     bytes.append('\n');
     return bytes;
 }

@@ -2,6 +2,7 @@
 #include "system/linux/TerminationSignals.h"
 
 #include <array>
+#include <cerrno>
 #include <csignal>
 
 #include <fcntl.h>
@@ -18,10 +19,19 @@ int handlerPipe = -1; // a signal handler has no other way to reach an object
 
 void onSignal(int number)
 {
+    const int interruptedErrno = errno;
     // From now on the default action: whoever asks twice does not want to wait.
     std::signal(number, SIG_DFL);
     const char byte = 0;
     [[maybe_unused]] const auto written = ::write(handlerPipe, &byte, 1);
+    errno = interruptedErrno;
+}
+
+auto currentHandler(int number)
+{
+    struct sigaction action = {};
+    sigaction(number, nullptr, &action);
+    return action.sa_handler;
 }
 } // namespace
 
@@ -39,6 +49,9 @@ TerminationSignals::TerminationSignals()
         Q_EMIT requested();
     });
     for (const int number : handledSignals) {
+        if (currentHandler(number) == SIG_IGN) {
+            continue; // somebody, such as nohup, wants the program to outlive it
+        }
         struct sigaction action = {};
         action.sa_handler = onSignal;
         action.sa_flags = SA_RESTART;
@@ -49,7 +62,9 @@ TerminationSignals::TerminationSignals()
 TerminationSignals::~TerminationSignals()
 {
     for (const int number : handledSignals) {
-        std::signal(number, SIG_DFL);
+        if (currentHandler(number) == onSignal) {
+            std::signal(number, SIG_DFL);
+        }
     }
     m_notifier.reset();
     handlerPipe = -1;

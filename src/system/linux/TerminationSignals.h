@@ -11,6 +11,7 @@ namespace bram
 
 /// Turns SIGTERM, SIGINT and SIGHUP into one signal in the event loop, so that the program ends in good
 /// order. One object a process. A second signal while the first is being served ends the process at once.
+/// A signal that is ignored when this is made stays ignored.
 class TerminationSignals final : public QObject
 {
     Q_OBJECT
