@@ -25,6 +25,13 @@ int openLockFile(const QByteArray &path)
     return open(path.constData(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK,
                 S_IRUSR | S_IWUSR);
 }
+
+/// What was opened may not be what lay there a moment before.
+bool isOwnRegularFile(int fd)
+{
+    struct stat info = {};
+    return fstat(fd, &info) == 0 && S_ISREG(info.st_mode) && info.st_uid == geteuid();
+}
 } // namespace
 
 SingleInstanceLock::SingleInstanceLock(const QString &lockPath)
@@ -52,7 +59,7 @@ bool SingleInstanceLock::acquire()
     if (fd < 0) {
         return false;
     }
-    if (flock(fd, LOCK_EX | LOCK_NB) != 0) {
+    if (!isOwnRegularFile(fd) || flock(fd, LOCK_EX | LOCK_NB) != 0) {
         close(fd);
         return false;
     }

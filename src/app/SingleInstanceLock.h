@@ -17,7 +17,8 @@ public:
     ~SingleInstanceLock();
     Q_DISABLE_COPY_MOVE(SingleInstanceLock)
 
-    /// Takes the lock, without waiting. False when another copy holds it or the file cannot be opened.
+    /// Takes the lock, without waiting. False when another copy holds it, the file cannot be opened or
+    /// is no regular file of this user.
     /// A path that belongs to another user of the machine is not ours to lock: then the same path with
     /// "." and this user's id appended is used.
     bool acquire();

@@ -53,6 +53,11 @@ TEST_F(SingleInstance, FileIsPrivateAndNeverReachedThroughALink)
     EXPECT_FALSE(linked.acquire());
     EXPECT_FALSE(QFile::exists(target));
 
+    const QString fifo = folder.filePath(QStringLiteral("fifo"));
+    ASSERT_EQ(mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
+    SingleInstanceLock noFile(fifo);
+    EXPECT_FALSE(noFile.acquire());
+
     SingleInstanceLock nowhere(folder.filePath(QStringLiteral("missing/lock")));
     EXPECT_FALSE(nowhere.acquire());
 }
