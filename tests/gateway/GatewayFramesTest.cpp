@@ -116,11 +116,13 @@ TEST(GatewayFrames, WhatIsNotJsonFailsAndWhatIsUnknownIsIgnored)
 {
     const QByteArray deep = QByteArray(2000, '[') + QByteArray(2000, ']');
     for (const QByteArray &garbage :
-         {QByteArray("nonsense"), QByteArray(""), QByteArray("{\"type\":\"event\""), deep,
+         {QByteArray("nonsense"), QByteArray(""), QByteArray("1,2"), QByteArray("1]"),
+          QByteArray("\"cut off"), QByteArray("{\"type\":\"event\""), deep,
           QByteArray("{\"type\":\"\xff\xfe\"}"), QByteArray("\0\0\0\0", 4)}) {
         EXPECT_FALSE(parseFrame(garbage)) << garbage.left(30).constData();
     }
-    for (const char *untyped : {"[]", "{}", R"({"type":5})", "[{\"type\":\"event\"}]"}) {
+    for (const char *untyped : {"[]", "{}", R"({"type":5})", "[{\"type\":\"event\"}]", "42", " -1.5e3\n",
+                                "\"x\"", "null", "true"}) {
         const auto frame = parseFrame(untyped);
         EXPECT_TRUE(frame && std::holds_alternative<UntypedFrame>(*frame)) << untyped;
     }
