@@ -72,7 +72,7 @@ Application::~Application() = default;
 void Application::start()
 {
     m_frontEnd.start();
-    m_core.monitor().start();
+    m_core.start();
 }
 
 void Application::shutDown()
@@ -92,7 +92,7 @@ void Application::stopCore()
 {
     m_phase = Phase::Stopping;
     m_limit.start(tasksLimit);
-    m_core.monitor().stop();
+    m_core.stop();
     m_keyring.stop();
     m_core.tasks().whenIdle([this] { finish(); });
 }

@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "app/Core.h"
 
+#include "system/SystemLog.h"
+
 namespace bram
 {
+
+using namespace Qt::StringLiterals;
 
 namespace
 {
@@ -11,12 +15,13 @@ constexpr AuditLogLimits auditLimits {
 } // namespace
 
 Core::Core(const World &world)
-    : m_tasks(world.log)
+    : m_log(world.log)
+    , m_config(world.places.environment, world.places.account)
+    , m_tasks(world.log)
     , m_preferences(world.places.preferencesFile)
     , m_audit(world.places.dataFolder, auditLimits, world.log)
     , m_identities(world.secrets, m_preferences, world.log)
-    , m_credentials(BrackwenConfig(world.places.environment, world.places.account), world.secrets,
-                    m_preferences, world.log)
+    , m_credentials(m_config, world.secrets, m_preferences, world.log)
     , m_client({.identities = m_identities,
                 .clock = world.clock,
                 .log = world.log,
@@ -36,6 +41,20 @@ Core::Core(const World &world)
                  .ports = world.ports,
                  .commandLine = world.commandLine})
 {
+}
+
+void Core::start()
+{
+    for (const QString &problem : m_config.problems()) {
+        m_log.write(QString(u"[Brackwen] "_s + problem));
+    }
+    m_monitor.start();
+}
+
+void Core::stop()
+{
+    m_identities.stop();
+    m_monitor.stop();
 }
 
 } // namespace bram

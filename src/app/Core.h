@@ -35,6 +35,13 @@ public:
 
     explicit Core(const World &world);
 
+    /// Says in the log what is wrong with the platform's configuration, and starts the monitor.
+    void start();
+
+    /// Ends everything that is under way. Before the keyring stops: it still tells "no answer" from
+    /// "no such secret" then.
+    void stop();
+
     ApprovalMonitor &monitor() { return m_monitor; }
     BackgroundTasks &tasks() { return m_tasks; }
     AuditLogStore &audit() { return m_audit; }
@@ -42,6 +49,8 @@ public:
     GatewayStatus &status() { return m_status; }
 
 private:
+    SystemLog &m_log;
+    BrackwenConfig m_config;
     BackgroundTasks m_tasks;
     Preferences m_preferences;
     AuditLogStore m_audit;

@@ -7,6 +7,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonDocument>
+#include <QJsonParseError>
 #include <QSet>
 
 #include <algorithm>
@@ -26,6 +27,25 @@ constexpr qint64 maxConfigBytes = 16 * 1024 * 1024;
 QString platformFileIn(const QString &home)
 {
     return home + u"/.brackwen/brackwen.json"_s;
+}
+
+/// The object in the file at `path`, or why there is none: words of this program, not the file's.
+std::expected<QJsonObject, Error> readObject(const QString &path)
+{
+    const auto content = readRegularFile(path, maxConfigBytes);
+    if (!content) {
+        return std::unexpected(content.error());
+    }
+    QJsonParseError parseError;
+    const QJsonDocument document = QJsonDocument::fromJson(*content, &parseError);
+    if (parseError.error != QJsonParseError::NoError) {
+        return std::unexpected(Error {
+            u"%1 at byte %2"_s.arg(parseError.errorString()).arg(parseError.offset)});
+    }
+    if (!document.isObject()) {
+        return std::unexpected(Error {u"not a JSON object"_s});
+    }
+    return document.object();
 }
 } // namespace
 
@@ -87,13 +107,8 @@ QList<QJsonObject> BrackwenConfig::loadObjects() const
 {
     QList<QJsonObject> objects;
     for (const QString &path : candidatePaths()) {
-        const auto content = readRegularFile(path, maxConfigBytes);
-        if (!content) {
-            continue;
-        }
-        const QJsonDocument document = QJsonDocument::fromJson(*content);
-        if (document.isObject()) {
-            objects.append(document.object());
+        if (const auto object = readObject(path)) {
+            objects.append(*object);
         }
     }
     return objects;
@@ -104,6 +119,23 @@ bool BrackwenConfig::isPresent() const
     return std::ranges::any_of(candidatePaths(), [](const QString &path) {
         return readRegularFile(path, maxConfigBytes).has_value();
     });
+}
+
+QStringList BrackwenConfig::problems() const
+{
+    QStringList lines;
+    for (const QString &path : candidatePaths()) {
+        if (!QFileInfo::exists(path)) {
+            continue;
+        }
+        if (const auto object = readObject(path); !object) {
+            // A text from reading the file names it, too.
+            const QString &message = object.error().message;
+            const QString reason = message.section(path + u": "_s, -1);
+            lines.append(u"configuration file %1 cannot be used: %2"_s.arg(path, reason));
+        }
+    }
+    return lines;
 }
 
 } // namespace bram

@@ -44,6 +44,10 @@ public:
     /// Whether there is a configuration at all: some candidate is a readable regular file.
     bool isPresent() const;
 
+    /// One line for each candidate that exists and that `loadObjects` skips: which file and why, with
+    /// nothing of its content.
+    QStringList problems() const;
+
 private:
     Environment m_environment;
     AccountFacts m_account;

@@ -24,6 +24,7 @@ const QString keychainAccountDeviceId = u"deviceId"_s;
 const QString alreadyValidLine
     = u"[Brackwen] Device identity already valid in Keychain (legacy defaults cleared)"_s;
 constexpr auto keychainAccessible = SecretAccessibility::WhenUnlockedThisDeviceOnly;
+const QString noLongerInUse = u"the device identity is no longer in use"_s;
 
 std::optional<DeviceIdentity> identityFromStored(const QString &deviceId, const QString &publicKey,
                                                  const QString &privateKeyText)
@@ -43,6 +44,9 @@ DeviceIdentityStore::DeviceIdentityStore(SecretStore &secrets, Preferences &pref
 
 QCoro::Task<std::expected<DeviceIdentity, Error>> DeviceIdentityStore::loadOrCreate()
 {
+    if (m_isStopped) {
+        co_return std::unexpected(Error {noLongerInUse});
+    }
     if (m_isLoading) {
         co_return co_await joinRunning();
     }
@@ -58,24 +62,29 @@ QCoro::Task<std::expected<DeviceIdentity, Error>> DeviceIdentityStore::loadOrCre
 /// Not a coroutine, so that no waiting frame holds the source that answers it.
 Reply<DeviceIdentityStore::Result> DeviceIdentityStore::joinRunning()
 {
-    const ReplySource<Result> source(
-        std::unexpected(Error{u"the device identity is no longer in use"_s}));
+    const ReplySource<Result> source(std::unexpected(Error {noLongerInUse}));
     m_waiting.push_back(source);
     return source.reply();
 }
 
 QCoro::Task<DeviceIdentityStore::Result> DeviceIdentityStore::loadOrCreateAlone()
 {
-    if (const auto stored = co_await readKeychain()) {
+    const auto stored = co_await readKeychain();
+    if (m_isStopped) {
+        co_return std::unexpected(Error {noLongerInUse});
+    }
+    if (stored) {
         // Left behind by a migration that did not get to its end: the key must not stay in a file.
-        if (readDefaults() == stored) {
-            clearDefaults();
+        if (readDefaults() == stored && clearDefaults()) {
             m_log.write(alreadyValidLine);
         }
         co_return *stored;
     }
     if (const auto migrated = co_await migrateLegacyDefaultsToKeychainIfNeeded()) {
         co_return *migrated;
+    }
+    if (m_isStopped) {
+        co_return std::unexpected(Error {noLongerInUse});
     }
     if (const auto legacy = readDefaults()) {
         m_log.write(
@@ -86,12 +95,22 @@ QCoro::Task<DeviceIdentityStore::Result> DeviceIdentityStore::loadOrCreateAlone(
     if (!made) {
         co_return made;
     }
-    if (const auto written = co_await writeKeychain(*made); !written) {
-        m_log.write(QString(u"[Brackwen] Device identity keychain save failed: "_s
-                            + written.error().description()));
-    } else if (const auto stored = co_await readKeychain()) {
+    const auto written = co_await writeKeychain(*made);
+    std::optional<DeviceIdentity> readBack;
+    if (written) {
+        const auto again = co_await readKeychain();
+        readBack = again;
+    }
+    if (m_isStopped) {
+        co_return std::unexpected(Error {noLongerInUse});
+    }
+    if (readBack) {
         clearDefaults();
         co_return made;
+    }
+    if (!written) {
+        m_log.write(QString(u"[Brackwen] Device identity keychain save failed: "_s
+                            + written.error().description()));
     } else {
         m_log.write(u"[Brackwen] Device identity keychain verification failed after create; "
                     "using defaults fallback"_s);
@@ -109,9 +128,13 @@ DeviceIdentityStore::migrateLegacyDefaultsToKeychainIfNeeded()
     }
     if (const auto stored = co_await readKeychain();
         stored && stored->deviceId == legacy->deviceId) {
-        clearDefaults();
-        m_log.write(alreadyValidLine);
+        if (clearDefaults()) {
+            m_log.write(alreadyValidLine);
+        }
         co_return stored;
+    }
+    if (m_isStopped) {
+        co_return std::nullopt;
     }
     if (const auto written = co_await writeKeychain(*legacy); !written) {
         m_log.write(QString(u"[Brackwen] Device identity migration failed: "_s
@@ -120,8 +143,10 @@ DeviceIdentityStore::migrateLegacyDefaultsToKeychainIfNeeded()
     }
     if (const auto stored = co_await readKeychain();
         stored && stored->deviceId == legacy->deviceId) {
-        clearDefaults();
-        m_log.write(u"[Brackwen] Device identity migrated to Keychain (legacy defaults cleared)"_s);
+        if (clearDefaults()) {
+            m_log.write(
+                u"[Brackwen] Device identity migrated to Keychain (legacy defaults cleared)"_s);
+        }
         co_return stored;
     }
     m_log.write(
@@ -185,22 +210,24 @@ void DeviceIdentityStore::writeDefaults(const DeviceIdentity &identity)
     savePreferences();
 }
 
-void DeviceIdentityStore::clearDefaults()
+bool DeviceIdentityStore::clearDefaults()
 {
     m_preferences.remove(privateKeyKey);
     m_preferences.remove(publicKeyKey);
     m_preferences.remove(deviceIdKey);
-    savePreferences();
+    return savePreferences();
 }
 
 /// At once: an identity that a crash loses, or a private key that it leaves behind, is worse than a
 /// small write.
-void DeviceIdentityStore::savePreferences()
+bool DeviceIdentityStore::savePreferences()
 {
-    if (!m_preferences.save()) {
+    const bool isSaved = m_preferences.save();
+    if (!isSaved) {
         m_log.write(u"[Brackwen] Device identity: the preferences could not be written; the change "
                     "lasts until the program ends"_s);
     }
+    return isSaved;
 }
 
 } // namespace bram

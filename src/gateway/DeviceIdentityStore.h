@@ -27,8 +27,13 @@ public:
     /// The identity to use, made and stored when there is none. Called for every handshake, so that
     /// a keyring that becomes readable later is picked up. A call made while another is still
     /// waiting for the keyring shares its result: two at once would each make an identity and mix
-    /// them in the keyring. Fails only when no key can be made. The store must outlive the task.
+    /// them in the keyring. Fails only when no key can be made, and after `stop`. The store must
+    /// outlive the task.
     QCoro::Task<std::expected<DeviceIdentity, Error>> loadOrCreate();
+
+    /// To be called before the keyring is given up: from here on nothing is made or written, because
+    /// a keyring that answers no more must not be taken for an empty one.
+    void stop() { m_isStopped = true; }
 
 private:
     using Result = std::expected<DeviceIdentity, Error>;
@@ -40,13 +45,15 @@ private:
     QCoro::Task<std::expected<void, KeychainError>> writeKeychain(DeviceIdentity identity);
     std::optional<DeviceIdentity> readDefaults() const;
     void writeDefaults(const DeviceIdentity &identity);
-    void clearDefaults();
-    void savePreferences();
+    /// Both tell whether the change is on the disk; if not, the log says so.
+    bool clearDefaults();
+    bool savePreferences();
 
     SecretStore &m_secrets;
     Preferences &m_preferences;
     SystemLog &m_log;
     bool m_isLoading = false;
+    bool m_isStopped = false;
     std::vector<ReplySource<Result>> m_waiting; ///< calls that share the running one's result
 };
 

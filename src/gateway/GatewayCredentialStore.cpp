@@ -84,8 +84,10 @@ QCoro::Task<> GatewayCredentialStore::migrateLegacyGatewayCredentialsToKeychainI
     if (passwordResolved) {
         m_preferences.remove(gatewayPasswordDefaultsKey);
     }
-    m_preferences.save();
-    if (tokenResolved && passwordResolved) {
+    if (!m_preferences.save()) {
+        m_log.write(u"[Brackwen] Gateway credentials: the preferences could not be written; the change "
+                    "lasts until the program ends"_s);
+    } else if (tokenResolved && passwordResolved) {
         m_log.write(u"[Brackwen] Migrated legacy gateway credentials to Keychain "
                     "(legacy defaults cleared)"_s);
     } else {

@@ -67,12 +67,16 @@ bool GatewaySession::resynchroniseToken(GatewayClient::FirstAttempt firstAttempt
 
 void GatewaySession::stop()
 {
+    m_isStopped = true;
     ++m_startSerial;
     m_collaborators.client.stop();
 }
 
 void GatewaySession::beginStart(Start start)
 {
+    if (m_isStopped) {
+        return;
+    }
     const QString urlText
         = m_environment.trimmed(u"BRACKWEN_GATEWAY_URL"_s).value_or(defaultGatewayUrl);
     start.url = QUrl(urlText, QUrl::StrictMode);

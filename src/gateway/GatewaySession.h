@@ -50,7 +50,7 @@ public:
     /// being asked. False when the file has no credentials; then nothing has changed.
     bool resynchroniseToken(GatewayClient::FirstAttempt firstAttempt);
 
-    /// Ends the connection and every start under way.
+    /// Ends the connection and every start under way. Nothing starts afterwards.
     void stop();
 
 private:
@@ -68,6 +68,7 @@ private:
     Collaborators m_collaborators;
     Environment m_environment;
     quint64 m_startSerial = 0; ///< the newest start wins
+    bool m_isStopped = false;
 };
 
 } // namespace bram

@@ -132,6 +132,35 @@ TEST(BrackwenConfig, ReadsWhatIsAnObjectAndSkipsTheRest)
     }
 }
 
+TEST(BrackwenConfig, ProblemsNameTheFileAndTheReasonAndNothingOfItsContent)
+{
+    const QTemporaryDir folder;
+    const QString home = folder.path();
+    const QString path = home + u"/.brackwen/brackwen.json"_s;
+    const BrackwenConfig config({}, {home, std::nullopt, {}});
+    EXPECT_EQ(config.problems(), QStringList {}) << "a missing file is no problem";
+
+    const QString begin = u"configuration file %1 cannot be used: "_s.arg(path);
+    const struct {
+        QByteArray content;
+        QStringList expected;
+    } cases[] = {
+        {R"({"token": "hunter2"})", {}},
+        {R"({"token": hunter2})", {begin + u"illegal number at byte 10"_s}},
+        {R"({"token": "hunter2")", {begin + u"unterminated string at byte 19"_s}},
+        {R"(["hunter2"])", {begin + u"not a JSON object"_s}},
+        {"{\"a\":\"" + QByteArray(16 * 1024 * 1024, 'x') + "\"}",
+         {begin + u"larger than 16777216 bytes"_s}},
+    };
+    for (const auto &c : cases) {
+        write(path, c.content);
+        EXPECT_EQ(config.problems(), c.expected) << qPrintable(config.problems().join(u'\n'));
+    }
+    ASSERT_TRUE(QFile::remove(path));
+    ASSERT_TRUE(QDir().mkpath(path));
+    EXPECT_EQ(config.problems(), QStringList {begin + u"not a regular file"_s});
+}
+
 TEST(BrackwenConfig, IsPresentOnlyWithAReadableFile)
 {
     const QTemporaryDir folder;

@@ -3,6 +3,7 @@
 
 #include "gateway/FaultySecretStore.h"
 #include "support/Doubles.h"
+#include "support/FullDisk.h"
 #include "support/Waiting.h"
 #include "system/Preferences.h"
 
@@ -277,6 +278,30 @@ TEST_F(DeviceIdentityStoreTest, FallbackMovesToTheKeychainOnceThatCanBeUsed)
     }
 }
 
+TEST_F(DeviceIdentityStoreTest, AKeyringStoppedWhileItAsksIsNotTakenForAnEmptyOne)
+{
+    for (const QString &asking : {u"deviceId"_s, u"privateKey"_s}) {
+        SCOPED_TRACE(asking.toStdString());
+        putInKeychain(storedForm(mine));
+        DeviceIdentityStore stopped(secrets, preferences, log);
+        secrets.promptedRead = asking;
+        secrets.operations.clear();
+        auto first = stopped.loadOrCreate();
+        auto second = stopped.loadOrCreate();
+        ASSERT_TRUE(
+            test::waitUntil([&] { return secrets.operations.contains(u"get "_s + asking); }));
+        stopped.stop();
+        secrets.readsFail = true;
+        secrets.endPrompts();
+        EXPECT_FALSE(test::waitFor(std::move(first)));
+        EXPECT_FALSE(test::waitFor(std::move(second)));
+        EXPECT_FALSE(test::waitFor(stopped.loadOrCreate()));
+        secrets.readsFail = false;
+        EXPECT_EQ(inKeychain(), storedForm(mine));
+        EXPECT_FALSE(QFile::exists(path));
+    }
+}
+
 TEST_F(DeviceIdentityStoreTest, UnwritablePreferencesKeepTheIdentityForTheRun)
 {
     secrets.writesFail = {u"privateKey"_s};
@@ -287,9 +312,21 @@ TEST_F(DeviceIdentityStoreTest, UnwritablePreferencesKeepTheIdentityForTheRun)
     const auto identity = test::waitFor(other.loadOrCreate());
     ASSERT_TRUE(identity);
     EXPECT_EQ(test::waitFor(other.loadOrCreate()), identity);
-    EXPECT_TRUE(log.lines().contains(
-        u"[Brackwen] Device identity: the preferences could not be written; the change lasts until "
-        "the program ends"_s));
+    const QString unsaved = u"[Brackwen] Device identity: the preferences could not be written; "
+                            "the change lasts until the program ends"_s;
+    EXPECT_TRUE(log.lines().contains(unsaved));
+
+    // Nor is it claimed that a migration has cleared what is on the disk.
+    obstacle.remove();
+    putInDefaults(storedForm(mine));
+    ASSERT_TRUE(preferences.save());
+    secrets.writesFail.clear();
+    const auto linesBefore = log.lines().size();
+    {
+        const test::FullDisk full;
+        EXPECT_EQ(load(), mine);
+    }
+    EXPECT_EQ(log.lines().sliced(linesBefore), QStringList {unsaved});
 }
 
 } // namespace

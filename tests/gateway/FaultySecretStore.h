@@ -21,6 +21,7 @@ public:
     static inline const QString errorText = QStringLiteral("Keychain error (status=-25308)");
 
     bool readsFail = false;
+    QString promptedRead; ///< reads of this account stay open until `endPrompts`
     QSet<QString> writesFail; ///< for these accounts; a deletion is a write
     bool forgetsWrites = false; ///< reports success and keeps nothing
     QStringList operations; ///< "get token", "set token", "remove token"
@@ -30,7 +31,11 @@ public:
                                                                           QString account) override
     {
         operations.append(QStringLiteral("get ") + account);
-        co_await nextTurn();
+        if (account == promptedRead) {
+            co_await prompt();
+        } else {
+            co_await nextTurn();
+        }
         if (readsFail) {
             co_return std::unexpected(error);
         }
@@ -63,9 +68,19 @@ public:
         co_return co_await memory.remove(service, account);
     }
 
+    /// As when the operator has closed the keyring's window, or the store has been stopped.
+    void endPrompts() { m_prompts.clear(); }
+
     MemorySecretStore memory;
 
 private:
+    QList<ReplySource<bool>> m_prompts;
+
+    Reply<bool> prompt()
+    {
+        m_prompts.append(ReplySource<bool>(false));
+        return m_prompts.last().reply();
+    }
     static Reply<bool> nextTurn()
     {
         const ReplySource<bool> source(false);

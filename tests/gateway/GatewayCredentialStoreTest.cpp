@@ -3,6 +3,7 @@
 
 #include "gateway/FaultySecretStore.h"
 #include "support/Doubles.h"
+#include "support/FullDisk.h"
 #include "support/Waiting.h"
 #include "system/Preferences.h"
 
@@ -232,6 +233,19 @@ TEST_F(GatewayCredentialStoreTest, MigratesWhatEarlierReleasesLeft)
         EXPECT_EQ(log.lines().sliced(linesBefore), c.log);
     }
     EXPECT_FALSE(secrets.accessibilities.contains(SecretAccessibility::WhenUnlockedThisDeviceOnly));
+}
+
+TEST_F(GatewayCredentialStoreTest, MigrationDoesNotClaimToHaveClearedWhatCannotBeWritten)
+{
+    preferences.setText(u"gateway.token"_s, u"t"_s);
+    ASSERT_TRUE(preferences.save());
+    {
+        const test::FullDisk full;
+        test::waitFor(store.migrateLegacyGatewayCredentialsToKeychainIfNeeded());
+    }
+    EXPECT_EQ(log.lines(),
+              QStringList {u"[Brackwen] Gateway credentials: the preferences could not be written; "
+                           "the change lasts until the program ends"_s});
 }
 
 } // namespace
