@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ui/terminal/KeyDecoder.h"
 
+#include <QStringDecoder>
+
+#include <algorithm>
+
 namespace bram
 {
 
@@ -13,12 +17,30 @@ constexpr qsizetype longestSequence = 16;
 /// Go to the editor as they are: moving, deleting, yanking, redrawing.
 constexpr QStringView editingControls
     = u"\u0001\u0002\u0003\u0004\u0005\u0006\u0008\u000A\u000B\u000C\u000E\u0010\u0014\u0015\u0017\u0019\u007F";
+/// How many bytes at the end are the beginning of a longer UTF-8 sequence.
+qsizetype incompleteBytes(QByteArrayView bytes)
+{
+    for (qsizetype count = 1; count <= std::min<qsizetype>(3, bytes.size()); ++count) {
+        const auto byte = static_cast<unsigned char>(bytes[bytes.size() - count]);
+        if ((byte & 0xC0) == 0x80) {
+            continue;
+        }
+        const int length = byte >= 0xF0 ? 4 : byte >= 0xE0 ? 3 : byte >= 0xC0 ? 2 : 1;
+        return length > count ? count : 0;
+    }
+    return 0;
+}
 } // namespace
 
+/// A decoder that keeps its own state would swallow the key that comes behind a broken sequence.
 QList<char32_t> KeyDecoder::take(QByteArrayView bytes)
 {
+    const QByteArray known = m_incomplete + bytes.toByteArray();
+    const qsizetype complete = known.size() - incompleteBytes(known);
+    m_incomplete = known.sliced(complete);
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom);
+    const QString text = decoder(known.first(complete));
     QList<char32_t> keys;
-    const QString text = m_decoder(bytes);
     for (const char32_t c : text.toUcs4()) {
         takeCodePoint(c, keys);
     }

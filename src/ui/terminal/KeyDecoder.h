@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <QByteArray>
 #include <QByteArrayView>
 #include <QList>
 #include <QString>
-#include <QStringDecoder>
 
 namespace bram
 {
@@ -40,7 +40,7 @@ private:
     void takeCodePoint(char32_t c, QList<char32_t> &keys);
     void endSequence(char32_t c, QList<char32_t> &keys);
 
-    QStringDecoder m_decoder {QStringDecoder::Utf8};
+    QByteArray m_incomplete; ///< the beginning of a character whose other bytes are on their way
     State m_state = State::Ground;
     QString m_parameters;
 };

@@ -129,7 +129,7 @@ void TerminalFrontEnd::run(PlainCommand command)
 
 std::optional<ApprovalItem> TerminalFrontEnd::find(const QString &target, DialogueMoment begunAt)
 {
-    const RequestLookup found = m_numbers.find(target, pending(), begunAt);
+    const RequestLookup found = m_numbers.find(target, m_monitor.board().displayItems(), begunAt);
     switch (found.kind) {
     case RequestLookup::Kind::Found:
         return found.item;
@@ -190,7 +190,7 @@ void TerminalFrontEnd::decideAll(ApprovalDecision decision, DialogueMoment begun
     QStringList ids;
     QStringList later;
     qsizetype notShownCount = 0;
-    for (const ApprovalItem &item : pending()) {
+    for (const ApprovalItem &item : m_monitor.board().displayItems()) {
         const Answerability answerability = m_numbers.answerability(item, begunAt);
         if (answerability == Answerability::Answerable) {
             ids.append(item.approvalId);
@@ -220,7 +220,7 @@ void TerminalFrontEnd::decideAll(ApprovalDecision decision, DialogueMoment begun
 void TerminalFrontEnd::list()
 {
     m_input.readWaiting();
-    QList<ApprovalItem> items = pending();
+    QList<ApprovalItem> items = m_monitor.board().displayItems();
     if (items.isEmpty()) {
         say(TerminalTr::tr("No requests are pending."));
         return;
@@ -250,25 +250,9 @@ void TerminalFrontEnd::quit()
     }
 }
 
-/// What the board displays, each request as the gateway gave it last: what waits for the popup may be
-/// older.
-QList<ApprovalItem> TerminalFrontEnd::pending() const
-{
-    const ApprovalBoard &board = m_monitor.board();
-    QHash<QString, ApprovalItem> latest;
-    for (const ApprovalItem &item : board.items()) {
-        latest.insert(item.approvalId, item);
-    }
-    QList<ApprovalItem> items = board.displayItems();
-    for (ApprovalItem &item : items) {
-        item = latest.value(item.approvalId, item);
-    }
-    return items;
-}
-
 QList<ApprovalItem> TerminalFrontEnd::notShown() const
 {
-    QList<ApprovalItem> items = pending();
+    QList<ApprovalItem> items = m_monitor.board().displayItems();
     items.removeIf([this](const ApprovalItem &item) { return m_numbers.isShown(item); });
     return items;
 }

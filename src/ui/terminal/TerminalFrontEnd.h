@@ -71,7 +71,6 @@ private:
     void showRequests(const QList<ApprovalItem> &items, RequestOccasion occasion);
     void print(const TerminalLines &lines);
     void say(const QString &message, LineStyle style = LineStyle::Plain);
-    QList<ApprovalItem> pending() const;
     QList<ApprovalItem> notShown() const;
 
     ApprovalMonitor &m_monitor;
