@@ -242,6 +242,7 @@ TEST_F(GatewayClientTest, ABurstIsDeliveredWholeInOrderAndBeforeTheEndOfTheConne
     ASSERT_TRUE(server.listen(QHostAddress::LocalHost));
     QObject::connect(&server, &QWebSocketServer::newConnection, &server, [&server] {
         auto *peer = server.nextPendingConnection();
+        peer->setParent(&server);
         for (int i = 0; i < count; ++i) {
             peer->sendTextMessage(
                 QStringLiteral("{\"type\":\"event\",\"event\":\"exec.approval.resolved\","
