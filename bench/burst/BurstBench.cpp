@@ -143,8 +143,8 @@ private:
     void order(const char *what, Condition condition)
     {
         QEventLoop loop;
-        QObject::connect(&m_core->monitor().board(), &bram::ApprovalBoard::displayItemsChanged, &loop,
-                         [&] {
+        QObject::connect(&m_core->monitor().board(), &bram::ApprovalBoard::displayItemsChanged,
+                         &loop, [&] {
                              if (condition()) {
                                  loop.quit();
                              }

@@ -25,7 +25,8 @@ void obey(BenchServer &server, const QByteArray &order)
     const int count = order.sliced(blank + 1).toInt();
     QStringList frames;
     for (int i = 0; i < count; ++i) {
-        frames.append(resolves ? resolvedFrame(burstId(i)) : requestFrame(burstId(i), burstCommand(i)));
+        frames.append(resolves ? resolvedFrame(burstId(i))
+                               : requestFrame(burstId(i), burstCommand(i)));
     }
     for (const QString &frame : frames) {
         server.send(QString::fromLatin1(burstClient), frame);

@@ -43,21 +43,20 @@ int runFloorClient(const QString &url)
     QObject::connect(&socket, &QWebSocket::connected, &socket, [&socket] {
         socket.sendTextMessage(u"{\"id\":\"0\",\"method\":\"connect\",\"type\":\"req\"}"_s);
     });
-    QObject::connect(&socket, &QWebSocket::textMessageReceived, &socket,
-                     [&socket](const QString &frame) {
-                         if (!frame.contains("exec.approval.requested"_L1)) {
-                             return;
-                         }
-                         constexpr QLatin1StringView before("\"id\":\"");
-                         const qsizetype begin = frame.indexOf(before) + before.size();
-                         const qsizetype end = frame.indexOf(u'"', begin);
-                         socket.sendTextMessage(
-                             u"{\"id\":\"1\",\"method\":\"exec.approval.resolve\",\"params\":"
-                             "{\"decision\":\"allow-once\",\"id\":\""_s
-                             + frame.mid(begin, end - begin)
-                             + "\"},\"type\":\"req\"}"_L1);
-                     });
-    QObject::connect(&socket, &QWebSocket::disconnected, &socket, [] { QCoreApplication::exit(2); });
+    QObject::connect(
+        &socket, &QWebSocket::textMessageReceived, &socket, [&socket](const QString &frame) {
+            if (!frame.contains("exec.approval.requested"_L1)) {
+                return;
+            }
+            constexpr QLatin1StringView before("\"id\":\"");
+            const qsizetype begin = frame.indexOf(before) + before.size();
+            const qsizetype end = frame.indexOf(u'"', begin);
+            socket.sendTextMessage(u"{\"id\":\"1\",\"method\":\"exec.approval.resolve\",\"params\":"
+                                   "{\"decision\":\"allow-once\",\"id\":\""_s
+                                   + frame.mid(begin, end - begin) + "\"},\"type\":\"req\"}"_L1);
+        });
+    QObject::connect(&socket, &QWebSocket::disconnected, &socket,
+                     [] { QCoreApplication::exit(2); });
     socket.open(QUrl(url));
     return QCoreApplication::exec();
 }

@@ -26,9 +26,9 @@
 #include <QTemporaryDir>
 #include <QTimer>
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <csignal>
 #include <ctime>
 #include <functional>
 
@@ -101,7 +101,8 @@ private:
         }
         m_approvalId = u"9b2f6c1e-4d7a-4c55-%1-%2"_s.arg(m_round + 1, 4, 16, QChar(u'0'))
                            .arg(number, 12, 16, QChar(u'0'));
-        const QString frame = requestFrame(m_approvalId, u"git push --force-with-lease origin main"_s);
+        const QString frame
+            = requestFrame(m_approvalId, u"git push --force-with-lease origin main"_s);
         m_sent.start();
         m_server.send(m_client.name, frame);
     }
@@ -188,10 +189,9 @@ int runServer(const QCommandLineParser &parser)
     for (Client *client : {&core, &floor}) {
         client->process.setStandardOutputFile(QProcess::nullDevice());
         client->process.setStandardErrorFile(QProcess::nullDevice());
-        client->process.start(
-            QCoreApplication::applicationFilePath(),
-            {u"--client"_s, client->name, u"--url"_s, server.url(client->name), u"--directory"_s,
-             folder.path()});
+        client->process.start(QCoreApplication::applicationFilePath(),
+                              {u"--client"_s, client->name, u"--url"_s, server.url(client->name),
+                               u"--directory"_s, folder.path()});
     }
     QCoreApplication::exec();
     current.reset();
@@ -201,10 +201,9 @@ int runServer(const QCommandLineParser &parser)
     }
 
     std::printf("%d requests a round, one at a time; medians of %d rounds\n", requests, rounds);
-    const bool timeHolds
-        = report("request to decision", core.medianUs, floor.medianUs, timeLimit);
-    const bool processorHolds = report("processor time for each", core.processorUs,
-                                       floor.processorUs, processorLimit);
+    const bool timeHolds = report("request to decision", core.medianUs, floor.medianUs, timeLimit);
+    const bool processorHolds
+        = report("processor time for each", core.processorUs, floor.processorUs, processorLimit);
     return parser.isSet(u"check"_s) && !(timeHolds && processorHolds) ? 1 : 0;
 }
 } // namespace

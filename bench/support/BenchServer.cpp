@@ -89,11 +89,12 @@ void BenchServer::accept()
 QString requestFrame(const QString &approvalId, const QString &command)
 {
     const qint64 nowMs = QDateTime::currentMSecsSinceEpoch();
-    return eventFrame(u"exec.approval.requested"_s,
-                      {{u"id"_s, approvalId},
-                       {u"createdAtMs"_s, nowMs},
-                       {u"expiresAtMs"_s, nowMs + lifetimeMs},
-                       {u"request"_s, QJsonObject {{u"command"_s, command}, {u"agentId"_s, u"main"_s}}}});
+    return eventFrame(
+        u"exec.approval.requested"_s,
+        {{u"id"_s, approvalId},
+         {u"createdAtMs"_s, nowMs},
+         {u"expiresAtMs"_s, nowMs + lifetimeMs},
+         {u"request"_s, QJsonObject {{u"command"_s, command}, {u"agentId"_s, u"main"_s}}}});
 }
 
 QString resolvedFrame(const QString &approvalId)

@@ -36,8 +36,7 @@ SyslogLog::Targets logTargets(bool practice)
 
 } // namespace
 
-Application::Application(Places places, std::unique_ptr<PracticeWorld> practice,
-                         const Clock &clock)
+Application::Application(Places places, std::unique_ptr<PracticeWorld> practice, const Clock &clock)
     : m_log(logTargets(practice != nullptr))
     , m_practice(std::move(practice))
     , m_keyring(m_log)

@@ -22,15 +22,11 @@ Core::Core(const World &world)
     , m_audit(world.places.dataFolder, auditLimits, world.log)
     , m_identities(world.secrets, m_preferences, world.log)
     , m_credentials(m_config, world.secrets, m_preferences, world.log)
-    , m_client({.identities = m_identities,
-                .clock = world.clock,
-                .log = world.log,
-                .tasks = m_tasks})
-    , m_session({.client = m_client,
-                 .credentials = m_credentials,
-                 .status = m_status,
-                 .tasks = m_tasks},
-                world.places.environment)
+    , m_client(
+          {.identities = m_identities, .clock = world.clock, .log = world.log, .tasks = m_tasks})
+    , m_session(
+          {.client = m_client, .credentials = m_credentials, .status = m_status, .tasks = m_tasks},
+          world.places.environment)
     , m_monitor({.client = m_client,
                  .session = m_session,
                  .status = m_status,

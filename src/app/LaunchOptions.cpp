@@ -38,8 +38,8 @@ parseLaunchOptions(const QStringList &arguments)
         return LaunchText {QStringLiteral("bram " BRAM_VERSION "\n")};
     }
     if (!parser.positionalArguments().isEmpty()) {
-        return std::unexpected(
-            Error {u"Unexpected argument '"_s + parser.positionalArguments().constFirst() + u"'."_s});
+        return std::unexpected(Error {u"Unexpected argument '"_s
+                                      + parser.positionalArguments().constFirst() + u"'."_s});
     }
     LaunchOptions options;
     if (parser.isSet(practice)) {

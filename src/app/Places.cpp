@@ -21,8 +21,7 @@ Places Places::ofOperator()
     return {
         .preferencesFile = Paths::writableLocation(Paths::GenericConfigLocation) + u'/' + folderName
             + u'/' + preferencesName,
-        .dataFolder
-        = Paths::writableLocation(Paths::GenericDataLocation) + u'/' + folderName,
+        .dataFolder = Paths::writableLocation(Paths::GenericDataLocation) + u'/' + folderName,
         .environment = Environment::ofProcess(),
         .account = AccountFacts::ofProcess(),
     };

@@ -10,8 +10,8 @@ std::expected<std::unique_ptr<PracticeWorld>, Error> PracticeWorld::create(const
 {
     std::unique_ptr<PracticeWorld> world(new PracticeWorld(clock));
     if (!world->m_folder.isValid()) {
-        return std::unexpected(Error {u"Practice mode needs a temporary folder: "_s
-                                      + world->m_folder.errorString()});
+        return std::unexpected(
+            Error {u"Practice mode needs a temporary folder: "_s + world->m_folder.errorString()});
     }
     if (const auto listening = world->m_gateway.listen(); !listening) {
         return std::unexpected(listening.error());

@@ -62,8 +62,8 @@ int runApplication(QCoreApplication &application, const bram::LaunchOptions &opt
     }
 
     bram::Application program(std::move(places), std::move(practice), clock);
-    QObject::connect(&program, &bram::Application::finished, &application,
-                     &QCoreApplication::quit, Qt::QueuedConnection);
+    QObject::connect(&program, &bram::Application::finished, &application, &QCoreApplication::quit,
+                     Qt::QueuedConnection);
     program.start();
     return application.exec();
 }
@@ -78,7 +78,8 @@ int main(int argc, char **argv)
 
     const auto options = bram::parseLaunchOptions(QCoreApplication::arguments());
     if (!options) {
-        print(stderr, QStringLiteral("bram: ") + options.error().message
+        print(stderr,
+              QStringLiteral("bram: ") + options.error().message
                   + QStringLiteral(" See 'bram --help'.\n"));
         return usageError;
     }

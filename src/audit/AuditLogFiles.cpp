@@ -170,7 +170,7 @@ std::expected<void, Error> streamAuditLogLines(const fs::path &path,
 {
     QFile file(QFile::decodeName(path.c_str()));
     const auto failure = [&file](const QString &why) {
-        return std::unexpected(Error{u"%1: %2"_s.arg(file.fileName(), why)});
+        return std::unexpected(Error {u"%1: %2"_s.arg(file.fileName(), why)});
     };
     std::error_code error;
     const fs::file_status status = fs::status(path, error);

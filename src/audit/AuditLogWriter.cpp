@@ -156,7 +156,7 @@ WriteResult appendToFile(const fs::path &path, std::string_view lines)
     FileDescriptor file(
         ::open(path.c_str(), O_RDWR | O_APPEND | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     if (!file.isOpen()) {
-        return errno == ENOENT ? writeNewFile(path, lines) : WriteResult{0, systemError(errno)};
+        return errno == ENOENT ? writeNewFile(path, lines) : WriteResult {0, systemError(errno)};
     }
     struct stat status = {};
     if (::fstat(file.number(), &status) != 0) {

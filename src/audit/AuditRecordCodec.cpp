@@ -31,15 +31,15 @@ struct TextField {
     constexpr std::string_view key() const { return prefix.substr(2, prefix.size() - 5); }
 };
 
-constexpr std::array textFields{
-    TextField{R"(,"approvalId":")", &AuditEventRecord::approvalId},
-    TextField{R"(,"agentId":")", &AuditEventRecord::agentId},
-    TextField{R"(,"decision":")", &AuditEventRecord::decision},
-    TextField{R"(,"source":")", &AuditEventRecord::source},
-    TextField{R"(,"actor":")", &AuditEventRecord::actor},
-    TextField{R"(,"risk":")", &AuditEventRecord::risk},
-    TextField{R"(,"commandPreview":")", &AuditEventRecord::commandPreview},
-    TextField{R"(,"note":")", &AuditEventRecord::note},
+constexpr std::array textFields {
+    TextField {R"(,"approvalId":")", &AuditEventRecord::approvalId},
+    TextField {R"(,"agentId":")", &AuditEventRecord::agentId},
+    TextField {R"(,"decision":")", &AuditEventRecord::decision},
+    TextField {R"(,"source":")", &AuditEventRecord::source},
+    TextField {R"(,"actor":")", &AuditEventRecord::actor},
+    TextField {R"(,"risk":")", &AuditEventRecord::risk},
+    TextField {R"(,"commandPreview":")", &AuditEventRecord::commandPreview},
+    TextField {R"(,"note":")", &AuditEventRecord::note},
 };
 static_assert(textFields[0].key() == "approvalId");
 

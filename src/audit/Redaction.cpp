@@ -23,15 +23,15 @@ struct RedactionRule {
 
 RedactionRule makeRule(const QString &pattern, int keptGroup, const QString &replacement)
 {
-    RedactionRule rule{QRegularExpression(pattern, QRegularExpression::UseUnicodePropertiesOption),
-                       keptGroup, replacement};
+    RedactionRule rule {QRegularExpression(pattern, QRegularExpression::UseUnicodePropertiesOption),
+                        keptGroup, replacement};
     rule.pattern.optimize();
     return rule;
 }
 
 const std::array<RedactionRule, 4> &redactionRules()
 {
-    static const std::array rules{
+    static const std::array rules {
         makeRule(uR"re(\b\d{6,}:[A-Za-z0-9_-]{20,}\b)re"_s, 0, u"[REDACTED_BOT_TOKEN]"_s),
         makeRule(uR"re((?i)(bearer\s+)[A-Za-z0-9._-]+)re"_s, 1, u"[REDACTED]"_s),
         makeRule(

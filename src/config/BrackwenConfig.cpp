@@ -39,8 +39,8 @@ std::expected<QJsonObject, Error> readObject(const QString &path)
     QJsonParseError parseError;
     const QJsonDocument document = QJsonDocument::fromJson(*content, &parseError);
     if (parseError.error != QJsonParseError::NoError) {
-        return std::unexpected(Error {
-            u"%1 at byte %2"_s.arg(parseError.errorString()).arg(parseError.offset)});
+        return std::unexpected(
+            Error {u"%1 at byte %2"_s.arg(parseError.errorString()).arg(parseError.offset)});
     }
     if (!document.isObject()) {
         return std::unexpected(Error {u"not a JSON object"_s});

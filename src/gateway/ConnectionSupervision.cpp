@@ -101,8 +101,8 @@ void ConnectionSupervision::onAuthenticationFailure(const QString &masked)
 void ConnectionSupervision::registerUnauthorizedDisconnect(const QString &masked)
 {
     const qint64 nowMs = m_collaborators.clock.nowMs();
-    const bool continuesSeries = m_lastUnauthorizedDisconnectMs
-        && nowMs - *m_lastUnauthorizedDisconnectMs <= seriesGapMs;
+    const bool continuesSeries
+        = m_lastUnauthorizedDisconnectMs && nowMs - *m_lastUnauthorizedDisconnectMs <= seriesGapMs;
     m_unauthorizedDisconnectCount = continuesSeries ? m_unauthorizedDisconnectCount + 1 : 1;
     m_lastUnauthorizedDisconnectMs = nowMs;
     m_collaborators.audit.append({.timestampMs = nowMs,

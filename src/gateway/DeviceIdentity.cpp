@@ -68,7 +68,7 @@ std::expected<QString, Error> DeviceIdentity::sign(const QString &payload) const
 {
     KeyPair pair;
     if (!pair.expand(privateKeyRaw)) {
-        return std::unexpected(Error{u"the device's private key is not a valid key"_s});
+        return std::unexpected(Error {u"the device's private key is not a valid key"_s});
     }
     return toBase64Url(pair.sign(payload.toUtf8()));
 }
@@ -82,15 +82,15 @@ QString makeDeviceId(const QByteArray &publicKeyRaw)
 std::expected<DeviceIdentity, Error> makeNewIdentity()
 {
     if (sodium_init() < 0) {
-        return std::unexpected(Error{u"no random numbers for a new device key"_s});
+        return std::unexpected(Error {u"no random numbers for a new device key"_s});
     }
     QByteArray seed(crypto_sign_SEEDBYTES, Qt::Uninitialized);
     randombytes_buf(seed.data(), static_cast<std::size_t>(seed.size()));
     const auto publicKey = KeyPair::publicKeyOf(seed);
     if (!publicKey) {
-        return std::unexpected(Error{u"no device key could be made"_s});
+        return std::unexpected(Error {u"no device key could be made"_s});
     }
-    return DeviceIdentity{makeDeviceId(*publicKey), toBase64Url(*publicKey), seed};
+    return DeviceIdentity {makeDeviceId(*publicKey), toBase64Url(*publicKey), seed};
 }
 
 std::optional<DeviceIdentity> validatedIdentity(const QString &deviceId, const QString &publicKey,
@@ -100,7 +100,7 @@ std::optional<DeviceIdentity> validatedIdentity(const QString &deviceId, const Q
     if (!derived || toBase64Url(*derived) != publicKey || makeDeviceId(*derived) != deviceId) {
         return std::nullopt;
     }
-    return DeviceIdentity{deviceId, publicKey, privateKeyRaw};
+    return DeviceIdentity {deviceId, publicKey, privateKeyRaw};
 }
 
 QString privateKeyToText(const QByteArray &privateKeyRaw)

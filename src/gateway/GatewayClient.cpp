@@ -245,16 +245,15 @@ void GatewayClient::onHandshakeFailed(const GatewayClientError &error)
         return;
     }
     m_handshakeRefused = true;
-    m_collaborators.log.write(QString(u"[Brackwen] connect handshake failed: "_s
-                                      + maskedReason(error.description())));
+    m_collaborators.log.write(
+        QString(u"[Brackwen] connect handshake failed: "_s + maskedReason(error.description())));
     endRun(u"connect failed: "_s + error.description());
 }
 
 Reply<GatewayClient::CallResult> GatewayClient::resolveApproval(const QString &approvalId,
                                                                 ApprovalDecision decision)
 {
-    return request(resolveMethod,
-                   {{u"id"_s, approvalId}, {u"decision"_s, rawText(decision)}});
+    return request(resolveMethod, {{u"id"_s, approvalId}, {u"decision"_s, rawText(decision)}});
 }
 
 Reply<GatewayClient::CallResult> GatewayClient::request(QLatin1StringView method,

@@ -27,8 +27,8 @@ loadGatewayCredentialsFromBrackwenConfig(const BrackwenConfig &config)
 {
     for (const QJsonObject &object : config.loadObjects()) {
         const QJsonObject auth = object.value("gateway"_L1).toObject().value("auth"_L1).toObject();
-        const GatewayCredentials found{trimmedOrAbsent(auth.value("token"_L1).toString()),
-                                       trimmedOrAbsent(auth.value("password"_L1).toString())};
+        const GatewayCredentials found {trimmedOrAbsent(auth.value("token"_L1).toString()),
+                                        trimmedOrAbsent(auth.value("password"_L1).toString())};
         if (found.token || found.password) {
             return found;
         }
@@ -47,8 +47,8 @@ GatewayCredentialStore::GatewayCredentialStore(const BrackwenConfig &config, Sec
 
 QCoro::Task<GatewayCredentials> GatewayCredentialStore::gatewayCredentials(Environment environment)
 {
-    const GatewayCredentials given{environment.trimmed(u"BRACKWEN_GATEWAY_TOKEN"_s),
-                                   environment.trimmed(u"BRACKWEN_GATEWAY_PASSWORD"_s)};
+    const GatewayCredentials given {environment.trimmed(u"BRACKWEN_GATEWAY_TOKEN"_s),
+                                    environment.trimmed(u"BRACKWEN_GATEWAY_PASSWORD"_s)};
     if (given.token || given.password) {
         co_return given;
     }
@@ -85,8 +85,9 @@ QCoro::Task<> GatewayCredentialStore::migrateLegacyGatewayCredentialsToKeychainI
         m_preferences.remove(gatewayPasswordDefaultsKey);
     }
     if (!m_preferences.save()) {
-        m_log.write(u"[Brackwen] Gateway credentials: the preferences could not be written; the change "
-                    "lasts until the program ends"_s);
+        m_log.write(
+            u"[Brackwen] Gateway credentials: the preferences could not be written; the change "
+            "lasts until the program ends"_s);
     } else if (tokenResolved && passwordResolved) {
         m_log.write(u"[Brackwen] Migrated legacy gateway credentials to Keychain "
                     "(legacy defaults cleared)"_s);

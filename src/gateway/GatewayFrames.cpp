@@ -63,7 +63,8 @@ std::expected<IncomingFrame, Error> parseFrame(const QByteArray &utf8)
         return UntypedFrame {};
     }
     if (parseError.error != QJsonParseError::NoError) {
-        return std::unexpected(Error {u"Gateway sent an invalid frame: "_s + parseError.errorString()});
+        return std::unexpected(
+            Error {u"Gateway sent an invalid frame: "_s + parseError.errorString()});
     }
     const QJsonObject frame = document.object();
     const auto type = textField(frame, "type"_L1);

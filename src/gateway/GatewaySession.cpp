@@ -86,8 +86,7 @@ void GatewaySession::beginStart(Start start)
                                              IndicatorState::Red);
         return;
     }
-    m_collaborators.tasks.spawn(resolveAndStart(this, std::move(start)),
-                                u"gateway credentials"_s);
+    m_collaborators.tasks.spawn(resolveAndStart(this, std::move(start)), u"gateway credentials"_s);
 }
 
 QCoro::Task<> GatewaySession::resolveAndStart(QPointer<GatewaySession> self, Start start)

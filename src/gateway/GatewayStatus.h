@@ -26,7 +26,8 @@ public:
         bool isAboutDecision = false;
         TokenSyncState tokenState = TokenSyncState::Checking;
         bool remoteApprovalLocked = false; ///< decisions from chats are refused while set
-        std::optional<QString> remoteApprovalLockReason; ///< the disconnect reason that set the lock
+        std::optional<QString>
+            remoteApprovalLockReason; ///< the disconnect reason that set the lock
 
         bool operator==(const Lines &) const = default;
     };

@@ -12,16 +12,32 @@ using namespace Qt::StringLiterals;
 namespace
 {
 constexpr std::array<QStringView, 15> highRiskParts {
-    u"sudo ", u"rm -rf", u"diskutil erase", u"mkfs",     u"dd if=",   u"curl ",
-    u"wget ", u"| sh",   u"| bash",         u"chmod 777", u"payment", u"checkout",
-    u"stripe", u"송금",  u"결제",
+    u"sudo ",  u"rm -rf",    u"diskutil erase", u"mkfs",     u"dd if=", u"curl ", u"wget ", u"| sh",
+    u"| bash", u"chmod 777", u"payment",        u"checkout", u"stripe", u"송금",  u"결제",
 };
 
 constexpr std::array<QStringView, 21> sensitiveParts {
-    u"sudo",     u"codesign",           u"security", u"spctl", u"csrutil",        u"launchctl",
-    u"systemextensionsctl", u"profiles", u"chmod",   u"chown", u"xattr",          u"defaults write",
-    u"diskutil", u"installer",          u"networksetup", u"ifconfig", u"pfctl",   u"rm -rf",
-    u"/etc/",    u"/system/",           u"/library/launchdaemons",
+    u"sudo",
+    u"codesign",
+    u"security",
+    u"spctl",
+    u"csrutil",
+    u"launchctl",
+    u"systemextensionsctl",
+    u"profiles",
+    u"chmod",
+    u"chown",
+    u"xattr",
+    u"defaults write",
+    u"diskutil",
+    u"installer",
+    u"networksetup",
+    u"ifconfig",
+    u"pfctl",
+    u"rm -rf",
+    u"/etc/",
+    u"/system/",
+    u"/library/launchdaemons",
 };
 
 /// One pass over the text: every event on record needs the risk, and commands can be long.

@@ -241,7 +241,8 @@ private:
     QStringView m_source;
     LineFeeds m_lineFeeds;
     qsizetype m_position = 0;
-    char32_t m_previous = 0; ///< the character just written; 0 when there is nothing to combine with
+    char32_t m_previous
+        = 0; ///< the character just written; 0 when there is nothing to combine with
     int m_combiningInARow = 0;
     HonestText m_result;
 };

@@ -190,12 +190,12 @@ void ApprovalBoard::presentActive()
     const ApprovalItem item = *m_popups.activeItem();
     // An answer counts for the form of the request it was given to, and only for the newest.
     const auto serial = ++m_presentationSerial;
-    m_ports.popup->present(
-        item, [self = QPointer(this), id = item.approvalId, serial](auto decision) {
-            if (self && self->m_presentationSerial == serial) {
-                self->onPopupAnswered(id, decision);
-            }
-        });
+    m_ports.popup->present(item,
+                           [self = QPointer(this), id = item.approvalId, serial](auto decision) {
+                               if (self && self->m_presentationSerial == serial) {
+                                   self->onPopupAnswered(id, decision);
+                               }
+                           });
 }
 
 void ApprovalBoard::onPopupAnswered(const QString &approvalId,

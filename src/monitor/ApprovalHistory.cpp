@@ -39,7 +39,8 @@ void ApprovalHistory::upsertPending(const ApprovalItem &item, qint64 nowMs)
 void ApprovalHistory::update(const QString &approvalId, ApprovalHistoryState state, qint64 nowMs)
 {
     if (auto *row = find(approvalId)) {
-        if (state == ApprovalHistoryState::Resolved && row->state != ApprovalHistoryState::Pending) {
+        if (state == ApprovalHistoryState::Resolved
+            && row->state != ApprovalHistoryState::Pending) {
             return;
         }
         row->state = state;

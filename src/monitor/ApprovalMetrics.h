@@ -23,7 +23,10 @@ struct ApprovalMetrics {
     bool operator==(const ApprovalMetrics &) const = default;
 
     /// Mean time from request to resolution; 0 without samples.
-    qint64 averageLatencyMs() const { return latencySamples == 0 ? 0 : latencyTotalMs / latencySamples; }
+    qint64 averageLatencyMs() const
+    {
+        return latencySamples == 0 ? 0 : latencyTotalMs / latencySamples;
+    }
 
     /// "requested=3 resolved=1 … pending=2", as log lines carry it.
     QString snapshotText(qsizetype pendingCount) const;

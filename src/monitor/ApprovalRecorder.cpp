@@ -138,8 +138,7 @@ void ApprovalRecorder::recordExternalResolved(const QString &approvalId, const Q
                                   .commandPreview = recordedPreview(item->command)});
 }
 
-AuditEventRecord ApprovalRecorder::decisionRecord(QLatin1StringView kind,
-                                                  const ApprovalItem &item,
+AuditEventRecord ApprovalRecorder::decisionRecord(QLatin1StringView kind, const ApprovalItem &item,
                                                   ApprovalDecision decision,
                                                   const DecisionOrigin &origin) const
 {
@@ -172,10 +171,10 @@ std::optional<qint64> ApprovalRecorder::consumeLatencyMs(const QString &approval
 
 void ApprovalRecorder::logMetricsSnapshot(const QString &reason, std::optional<qint64> latencyMs)
 {
-    m_collaborators.log.write(QString(
-        "[Brackwen][Metrics] reason="_L1 % reason % u' '
-        % m_metrics.snapshotText(m_collaborators.board.items().size())
-        % (latencyMs ? " latencyMs="_L1 + QString::number(*latencyMs) : QString())));
+    m_collaborators.log.write(
+        QString("[Brackwen][Metrics] reason="_L1 % reason % u' '
+                % m_metrics.snapshotText(m_collaborators.board.items().size())
+                % (latencyMs ? " latencyMs="_L1 + QString::number(*latencyMs) : QString())));
 }
 
 } // namespace bram

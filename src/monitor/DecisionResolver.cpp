@@ -199,8 +199,8 @@ QCoro::Task<> DecisionResolver::travel(QPointer<DecisionResolver> self, Attempt 
         self->onFailed(attempt, refusal, refusal);
         co_return;
     }
-    const auto result = co_await self->m_commandLineTool.resolve(attempt.item.approvalId,
-                                                                 attempt.decision);
+    const auto result
+        = co_await self->m_commandLineTool.resolve(attempt.item.approvalId, attempt.decision);
     if (!self) {
         co_return;
     }

@@ -99,7 +99,10 @@ public:
     /// Denies everything displayed and takes the popup off the screen.
     void denyAllPendingAndDismissPopups();
 
-    bool isResolving(const QString &approvalId) const { return m_resolvingIds.contains(approvalId); }
+    bool isResolving(const QString &approvalId) const
+    {
+        return m_resolvingIds.contains(approvalId);
+    }
     bool isIdle() const { return m_resolvingIds.isEmpty() && m_bulk.isEmpty(); }
 
     /// From here on nothing new is started, and a decision that the command-line tool has ends as failed.

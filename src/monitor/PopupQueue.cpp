@@ -10,7 +10,8 @@ bool PopupQueue::enqueue(const ApprovalItem &item)
 {
     if (m_queuedIds.contains(item.approvalId)) {
         std::ranges::replace_if(
-            m_waiting, [&](const auto &known) { return known.approvalId == item.approvalId; }, item);
+            m_waiting, [&](const auto &known) { return known.approvalId == item.approvalId; },
+            item);
         if (m_active && m_active->approvalId == item.approvalId) {
             m_active = item;
         }

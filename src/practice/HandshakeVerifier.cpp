@@ -56,11 +56,11 @@ qint64 positiveInteger(const QJsonValue &value)
 
 Fault checkFrame(const QJsonObject &params, const HandshakeExpectations &)
 {
-    if (auto fault = unknownField(params,
-                                  {"minProtocol"_L1, "maxProtocol"_L1, "client"_L1, "role"_L1,
-                                   "scopes"_L1, "device"_L1, "caps"_L1, "userAgent"_L1,
-                                   "locale"_L1, "auth"_L1},
-                                  u"connect"_s)) {
+    if (auto fault
+        = unknownField(params,
+                       {"minProtocol"_L1, "maxProtocol"_L1, "client"_L1, "role"_L1, "scopes"_L1,
+                        "device"_L1, "caps"_L1, "userAgent"_L1, "locale"_L1, "auth"_L1},
+                       u"connect"_s)) {
         return fault;
     }
     if (!params.value("caps"_L1).isArray()) {
@@ -177,8 +177,8 @@ bool isSignedBy(const QByteArray &key, const QByteArray &signature, const QByteA
         return reinterpret_cast<const unsigned char *>(array.constData());
     };
     return signature.size() == qsizetype {crypto_sign_BYTES}
-        && crypto_sign_verify_detached(bytes(signature), bytes(payload),
-                                       static_cast<unsigned long long>(payload.size()), bytes(key))
+    && crypto_sign_verify_detached(bytes(signature), bytes(payload),
+                                   static_cast<unsigned long long>(payload.size()), bytes(key))
         == 0;
 }
 
@@ -225,9 +225,9 @@ Fault checkNonce(const QJsonObject &params, const HandshakeExpectations &expecte
 Fault checkDevice(const QJsonObject &params, const HandshakeExpectations &expected)
 {
     const QJsonObject device = params.value("device"_L1).toObject();
-    if (auto fault = unknownField(
-            device, {"id"_L1, "publicKey"_L1, "signature"_L1, "signedAt"_L1, "nonce"_L1},
-            u"device"_s)) {
+    if (auto fault
+        = unknownField(device, {"id"_L1, "publicKey"_L1, "signature"_L1, "signedAt"_L1, "nonce"_L1},
+                       u"device"_s)) {
         return fault;
     }
     if (positiveInteger(device.value("signedAt"_L1)) == 0) {

@@ -14,7 +14,8 @@ namespace bram
 
 /// What the gateway side knows when a client asks to be let in.
 struct HandshakeExpectations {
-    std::optional<QString> token {}; ///< as configured, blanks included; absent or blank: none needed
+    std::optional<QString>
+        token {}; ///< as configured, blanks included; absent or blank: none needed
     std::optional<QString> password {}; ///< the same
     QString issuedNonce {}; ///< the nonce of this socket's challenge; empty when none was sent
     bool requireNonce = false; ///< refuse a signature that does not cover the nonce

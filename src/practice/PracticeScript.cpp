@@ -172,8 +172,8 @@ std::expected<std::vector<ScriptStep>, Error> parsePracticeScript(const QString 
         }
         auto step = parseLine(line);
         if (!step) {
-            return std::unexpected(Error {
-                u"line %1: %2"_s.arg(QString::number(lineNumber), step.error())});
+            return std::unexpected(
+                Error {u"line %1: %2"_s.arg(QString::number(lineNumber), step.error())});
         }
         step->line = lineNumber;
         steps.push_back(std::move(*step));

@@ -72,8 +72,8 @@ PracticeScriptRunner::Progress PracticeScriptRunner::runStep(const ScriptStep &s
         return runWait(step);
     case ScriptVerb::Listen:
         if (const auto listening = m_gateway.listen(); !listening) {
-            Q_EMIT failed(u"line %1: %2"_s.arg(QString::number(step.line),
-                                               listening.error().message));
+            Q_EMIT failed(
+                u"line %1: %2"_s.arg(QString::number(step.line), listening.error().message));
             return Progress::Ended;
         }
         return Progress::Done;

@@ -18,12 +18,12 @@ namespace
 {
 std::unexpected<Error> failure(const QString &what, const QString &path, int errorNumber)
 {
-    return std::unexpected(Error{u"%1 %2: %3"_s.arg(what, path, qt_error_string(errorNumber))});
+    return std::unexpected(Error {u"%1 %2: %3"_s.arg(what, path, qt_error_string(errorNumber))});
 }
 
 std::unexpected<Error> refusal(const QString &path, const QString &why)
 {
-    return std::unexpected(Error{u"cannot read %1: %2"_s.arg(path, why)});
+    return std::unexpected(Error {u"cannot read %1: %2"_s.arg(path, why)});
 }
 } // namespace
 

@@ -16,7 +16,7 @@ using namespace std::chrono;
 
 namespace
 {
-template <typename Job>
+template<typename Job>
 std::unique_ptr<Job> makeJob(const QString &service, const QString &account)
 {
     auto job = std::make_unique<Job>(service);
@@ -28,7 +28,7 @@ std::unique_ptr<Job> makeJob(const QString &service, const QString &account)
 } // namespace
 
 KeyringSecretStore::KeyringSecretStore(SystemLog &log)
-    : KeyringSecretStore(log, TimeLimits{})
+    : KeyringSecretStore(log, TimeLimits {})
 {
 }
 
@@ -102,14 +102,14 @@ std::expected<void, KeychainError> KeyringSecretStore::toResult(const Outcome &o
     if (outcome.status == QKeychain::NoError) {
         return {};
     }
-    return std::unexpected(KeychainError{outcome.status, outcome.message});
+    return std::unexpected(KeychainError {outcome.status, outcome.message});
 }
 
 /// Not a coroutine, so that no waiting frame holds the source that answers it.
 Reply<KeyringSecretStore::Outcome> KeyringSecretStore::enqueue(std::unique_ptr<QKeychain::Job> job)
 {
     const ReplySource<Outcome> source(
-        Outcome{QKeychain::OtherError, u"the keyring is no longer in use"_s, {}});
+        Outcome {QKeychain::OtherError, u"the keyring is no longer in use"_s, {}});
     switch (m_state) {
     case State::Working:
         m_waiting.push_back({std::move(job), source});
@@ -144,7 +144,7 @@ void KeyringSecretStore::onFinished(QKeychain::Job *job)
     m_noticeTimer.stop();
     m_limitTimer.stop();
     m_state = State::Working;
-    Outcome outcome{job->error(), job->errorString(), {}};
+    Outcome outcome {job->error(), job->errorString(), {}};
     if (const auto *read = qobject_cast<QKeychain::ReadPasswordJob *>(job)) {
         outcome.data = read->binaryData();
     }
@@ -174,7 +174,7 @@ void KeyringSecretStore::onTimeLimit()
 
 void KeyringSecretStore::failAll(const QString &message)
 {
-    const Outcome failure{QKeychain::OtherError, message, {}};
+    const Outcome failure {QKeychain::OtherError, message, {}};
     if (const auto source = std::exchange(m_runningSource, std::nullopt)) {
         source->answer(failure);
     }

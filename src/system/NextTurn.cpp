@@ -20,7 +20,8 @@ public:
     void add(QObject *context, std::function<void()> work)
     {
         if (m_waiting.empty()) {
-            QMetaObject::invokeMethod(this, [this] { run(); }, Qt::QueuedConnection);
+            QMetaObject::invokeMethod(
+                this, [this] { run(); }, Qt::QueuedConnection);
         }
         m_waiting.push_back({context, std::move(work)});
     }

@@ -48,12 +48,10 @@ public:
 
     /// Stores or replaces the secret.
     virtual QCoro::Task<std::expected<void, KeychainError>>
-    set(QString service, QString account, QString value, SecretAccessibility accessibility)
-        = 0;
+    set(QString service, QString account, QString value, SecretAccessibility accessibility) = 0;
 
     /// Deletes the secret; deleting what is not there succeeds.
-    virtual QCoro::Task<std::expected<void, KeychainError>> remove(QString service,
-                                                                   QString account)
+    virtual QCoro::Task<std::expected<void, KeychainError>> remove(QString service, QString account)
         = 0;
 };
 

@@ -134,15 +134,14 @@ TEST_F(CoreTest, StoppingWhileTheKeyringAsksLeavesNoNewIdentityBehind)
 
 TEST_F(CoreTest, ARefusalIsCutAndMaskedWhereverItIsKeptOrShown)
 {
-    gateway.rejectHandshakes(u"unauthorized: token=hunter2 BRACKWEN_X_TOKEN=hunter2 "_s
-                                 + u"x"_s.repeated(10'000),
-                             1000);
+    gateway.rejectHandshakes(
+        u"unauthorized: token=hunter2 BRACKWEN_X_TOKEN=hunter2 "_s + u"x"_s.repeated(10'000), 1000);
     makeCore();
     core->start();
-    ASSERT_TRUE(waitUntil([this] {
-        return !log.lines().filter(u"unauthorized disconnect count="_s).isEmpty();
-    }));
-    EXPECT_FALSE(log.lines().filter(u"connect handshake failed: unauthorized: token=["_s).isEmpty());
+    ASSERT_TRUE(waitUntil(
+        [this] { return !log.lines().filter(u"unauthorized disconnect count="_s).isEmpty(); }));
+    EXPECT_FALSE(
+        log.lines().filter(u"connect handshake failed: unauthorized: token=["_s).isEmpty());
     QStringList texts = log.lines();
     for (const auto &record : core->audit().records(0)) {
         texts.append(record.note.value_or(QString()));

@@ -17,7 +17,8 @@ TEST(LaunchOptions, WhatIsAskedForIsReadAndAnythingElseIsOneLine)
         {{QStringLiteral("--terminal")}, Practice::No},
         {{QStringLiteral("--practice")}, Practice::Yes},
         {{QStringLiteral("--practice-if-unconfigured")}, Practice::IfUnconfigured},
-        {{QStringLiteral("--practice-if-unconfigured"), QStringLiteral("--practice")}, Practice::Yes},
+        {{QStringLiteral("--practice-if-unconfigured"), QStringLiteral("--practice")},
+         Practice::Yes},
         {{QStringLiteral("--unknown")}, std::nullopt},
         {{QStringLiteral("--practice=yes")}, std::nullopt},
         {{QStringLiteral("stray")}, std::nullopt},
@@ -35,8 +36,7 @@ TEST(LaunchOptions, WhatIsAskedForIsReadAndAnythingElseIsOneLine)
         }
     }
     for (const char *text : {"--help", "-h", "--version", "-v"}) {
-        const auto options
-            = parseLaunchOptions({QStringLiteral("bram"), QString::fromUtf8(text)});
+        const auto options = parseLaunchOptions({QStringLiteral("bram"), QString::fromUtf8(text)});
         EXPECT_TRUE(options && std::holds_alternative<LaunchText>(*options)) << text;
     }
 }

@@ -35,7 +35,8 @@ protected:
         if (fd >= 0) {
             close(fd);
         }
-        ASSERT_FALSE(taken) << "a copy of bram is running on this machine; these tests need its lock";
+        ASSERT_FALSE(taken)
+            << "a copy of bram is running on this machine; these tests need its lock";
 
         environment = QProcessEnvironment();
         environment.insert(u"PATH"_s, u"/usr/bin:/bin"_s);
@@ -88,7 +89,8 @@ protected:
         std::vector<std::string> lines;
         AuditRecordDecoder decoder;
         for (const QByteArray &line : file.readAll().split('\n')) {
-            if (const auto record = decoder.decode(std::string_view(line.constData(), static_cast<size_t>(line.size())))) {
+            if (const auto record = decoder.decode(
+                    std::string_view(line.constData(), static_cast<size_t>(line.size())))) {
                 lines.push_back((record->kind + u' ' + record->approvalId.value_or(QString()) + u' '
                                  + record->decision.value_or(QString()))
                                     .trimmed()
@@ -168,20 +170,17 @@ TEST_F(Program, EveryDecisionGoesItsWayThroughRefusalsReconnectsAndAKilledGatewa
 
     auto lines = auditLines();
     std::erase(lines, "gateway_disconnected");
-    EXPECT_THAT(lines,
-                ElementsAre("approval_requested aaa-1",
-                            "approval_decision_requested aaa-1 allow-once",
-                            "approval_resolved aaa-1 allow-once", "approval_requested bbb-2",
-                            "approval_decision_requested bbb-2 allow-always",
-                            "approval_resolve_failed bbb-2 allow-always",
-                            "approval_requested ccc-3",
-                            "approval_decision_requested bbb-2 allow-always",
-                            "approval_resolved bbb-2 allow-always",
-                            "approval_decision_requested ccc-3 deny",
-                            "approval_resolve_failed ccc-3 deny", "approval_requested ddd-4",
-                            "approval_decision_requested ccc-3 deny",
-                            "approval_resolved ccc-3 deny",
-                            "approval_resolved_external ddd-4 resolved"));
+    EXPECT_THAT(
+        lines,
+        ElementsAre("approval_requested aaa-1", "approval_decision_requested aaa-1 allow-once",
+                    "approval_resolved aaa-1 allow-once", "approval_requested bbb-2",
+                    "approval_decision_requested bbb-2 allow-always",
+                    "approval_resolve_failed bbb-2 allow-always", "approval_requested ccc-3",
+                    "approval_decision_requested bbb-2 allow-always",
+                    "approval_resolved bbb-2 allow-always",
+                    "approval_decision_requested ccc-3 deny", "approval_resolve_failed ccc-3 deny",
+                    "approval_requested ddd-4", "approval_decision_requested ccc-3 deny",
+                    "approval_resolved ccc-3 deny", "approval_resolved_external ddd-4 resolved"));
     struct stat info = {};
     ASSERT_EQ(stat(QFile::encodeName(auditFile()).constData(), &info), 0);
     EXPECT_EQ(info.st_mode & 07777, 0600U);
@@ -218,7 +217,8 @@ TEST_F(Program, EndOfInputLetsADecisionUnderWayArrive)
     bram->closeInput();
     EXPECT_EQ(bram->ends(), 0);
     EXPECT_THAT(auditLines(),
-                ElementsAre("approval_requested aaa-1", "approval_decision_requested aaa-1 allow-once",
+                ElementsAre("approval_requested aaa-1",
+                            "approval_decision_requested aaa-1 allow-once",
                             "approval_resolved aaa-1 allow-once"));
 }
 
@@ -276,7 +276,8 @@ TEST_F(Program, PracticeAsksAndLeavesTheHomeUntouched)
 
 TEST_F(Program, AConfiguredPlatformIsConnectedToAndNotPractisedOn)
 {
-    auto gateway = startGateway(u"wait-client\nrequest aaa-1 main ls\n"_s, {u"--token"_s, u"file-token"_s});
+    auto gateway
+        = startGateway(u"wait-client\nrequest aaa-1 main ls\n"_s, {u"--token"_s, u"file-token"_s});
     QDir(home.path()).mkpath(u".brackwen"_s);
     QFile config(home.filePath(u".brackwen/brackwen.json"_s));
     ASSERT_TRUE(config.open(QFile::WriteOnly));

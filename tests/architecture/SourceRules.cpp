@@ -25,9 +25,13 @@ using Faults = std::vector<std::string>;
 const std::map<std::string, std::set<std::string>> &usableRooms()
 {
     static const auto table = [] {
-        const std::vector<std::vector<std::string>> columns {
-            {"model"},   {"system"},         {"audit", "config"}, {"gateway", "allowlist", "telegram"},
-            {"monitor"}, {"practice", "ui"}, {"app"}};
+        const std::vector<std::vector<std::string>> columns {{"model"},
+                                                             {"system"},
+                                                             {"audit", "config"},
+                                                             {"gateway", "allowlist", "telegram"},
+                                                             {"monitor"},
+                                                             {"practice", "ui"},
+                                                             {"app"}};
         std::map<std::string, std::set<std::string>> usable;
         std::set<std::string> left;
         for (const auto &column : columns) {

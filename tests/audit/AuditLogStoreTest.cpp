@@ -27,7 +27,7 @@ public:
     explicit FileSizeLimit(rlim_t bytes)
     {
         ::getrlimit(RLIMIT_FSIZE, &m_before);
-        const rlimit limit{bytes, m_before.rlim_max};
+        const rlimit limit {bytes, m_before.rlim_max};
         EXPECT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
     }
     ~FileSizeLimit() { ::setrlimit(RLIMIT_FSIZE, &m_before); }
@@ -49,8 +49,8 @@ public:
         }
         record.write(line);
     }
-    std::latch reached{1};
-    std::latch letGo{1};
+    std::latch reached {1};
+    std::latch letGo {1};
     RecordingLog record;
 
 private:
@@ -96,7 +96,7 @@ TEST_F(AuditStore, readsSeeEverythingAppendedBeforeThem)
         expected.append(time);
         ASSERT_EQ(times(store.records(0)), expected);
     }
-    EXPECT_EQ(times(store.records(298)), (QList<qint64>{298, 299}));
+    EXPECT_EQ(times(store.records(298)), (QList<qint64> {298, 299}));
     EXPECT_TRUE(store.records(300).isEmpty());
 }
 
@@ -142,9 +142,9 @@ TEST_F(AuditStore, linesThatAreNoRecordsArePassedOver)
     writeFile(currentName, bytes);
     writeFile(u"audit-events-1.jsonl"_s, "{\"timestampMs\":2,\"kind\":\"x\"}\n{\"timestampMs\":3,");
     AuditLogStore store(folder, {.maxBytes = 100'000'000}, log);
-    EXPECT_EQ(times(store.records(0)), (QList<qint64>{1, 1, 2}));
+    EXPECT_EQ(times(store.records(0)), (QList<qint64> {1, 1, 2}));
     store.append(record(4));
-    EXPECT_EQ(times(store.records(0)), (QList<qint64>{1, 1, 4, 2}));
+    EXPECT_EQ(times(store.records(0)), (QList<qint64> {1, 1, 4, 2}));
     EXPECT_EQ(log.lines(), QStringList());
 }
 
@@ -170,7 +170,7 @@ TEST_F(AuditStore, aWriteThatFailsPartWayIsCutBackAndLaterOnesGoOn)
         append({record(1)});
         EXPECT_EQ(current(), smallLine);
     }
-    EXPECT_EQ(log.lines(), (QStringList{failure, failure}));
+    EXPECT_EQ(log.lines(), (QStringList {failure, failure}));
     writeFile(currentName, smallLine + "torn");
     {
         const FileSizeLimit limit(static_cast<rlim_t>(3 * size));
@@ -181,7 +181,7 @@ TEST_F(AuditStore, aWriteThatFailsPartWayIsCutBackAndLaterOnesGoOn)
     append({record(1)});
     EXPECT_EQ(current(), smallLine + "torn\n" + smallLine + smallLine);
     EXPECT_TRUE(others().isEmpty());
-    EXPECT_EQ(log.lines(), (QStringList{failure, failure, failure}));
+    EXPECT_EQ(log.lines(), (QStringList {failure, failure, failure}));
     std::signal(SIGXFSZ, fileSizeSignal);
 }
 

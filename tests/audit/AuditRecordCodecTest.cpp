@@ -84,14 +84,14 @@ TEST(AuditRecordCodec, everyTextSurvivesAndStaysOneLine)
     }
     for (const qint64 edge :
          {std::numeric_limits<qint64>::min(), std::numeric_limits<qint64>::max()}) {
-        const AuditEventRecord record{.timestampMs = edge, .kind = u"k"_s, .latencyMs = edge};
+        const AuditEventRecord record {.timestampMs = edge, .kind = u"k"_s, .latencyMs = edge};
         EXPECT_EQ(decoder.decode(encoded(record)), record);
     }
 }
 
 TEST(AuditRecordCodec, readsRecordsAndNothingElse)
 {
-    const AuditEventRecord plain{.timestampMs = 1, .kind = u"k"_s};
+    const AuditEventRecord plain {.timestampMs = 1, .kind = u"k"_s};
     auto noted = plain;
     noted.note = u"결제"_s;
     const struct {

@@ -26,7 +26,7 @@ protected:
 TEST_F(AuditRotation, aLineThatWouldPassTheLimitStartsANewFile)
 {
     const std::string one = line(record(1));
-    const AuditLogLimits exact{.maxBytes = 3 * one.size()};
+    const AuditLogLimits exact {.maxBytes = 3 * one.size()};
     append({record(1)}, exact);
     append({record(2)}, exact);
     append({record(3)}, exact);
@@ -105,8 +105,8 @@ TEST_F(AuditRotation, aFileNotWrittenForLongerThanTheRetentionIsArchivedAndThenP
 
 TEST_F(AuditRotation, pruningKeepsTheYoungestArchivesAndWhatIsNoArchive)
 {
-    const QStringList kept{u"audit-events-1.jsonl.bak"_s, u"my-audit-events-1.jsonl"_s,
-                           u"audit-events.jsonl.old"_s, u"notes.txt"_s, u"audit-events-1.json"_s};
+    const QStringList kept {u"audit-events-1.jsonl.bak"_s, u"my-audit-events-1.jsonl"_s,
+                            u"audit-events.jsonl.old"_s, u"notes.txt"_s, u"audit-events-1.json"_s};
     for (const QString &name : kept) {
         writeFile(name, "{\"timestampMs\":9,\"kind\":\"k\"}\n", 90 * dayMs);
     }
@@ -148,9 +148,9 @@ TEST_F(AuditRotation, stepsThatAreNotPermittedAreLoggedAndTheLineIsWritten)
     {
         AuditLogStore store(folder, {.maxBytes = 1, .maxArchives = 0}, log);
         store.append(record(3));
-        EXPECT_EQ(times(store.records(0)), (QList<qint64>{1, 3}));
+        EXPECT_EQ(times(store.records(0)), (QList<qint64> {1, 3}));
     }
-    const QStringList expected{
+    const QStringList expected {
         where.arg(u"rotate"_s, currentName),
         where.arg(u"prune"_s, u"audit-events-1.jsonl"_s),
         where.arg(u"archive cap prune"_s, u"audit-events-1.jsonl"_s),

@@ -57,7 +57,7 @@ TEST(BrackwenConfig, NamesEveryPlaceOnceInOrder)
     ASSERT_TRUE(QDir().mkpath(existing));
     const auto file = [](const QString &home) { return home + u"/.brackwen/brackwen.json"_s; };
     const QString container = u"/Users/kim/Library/Containers/QX.BrackwenApprovalsMenu/Data"_s;
-    const AccountFacts kim{u"/home/kim"_s, u"/srv/kim"_s, u"kim"_s};
+    const AccountFacts kim {u"/home/kim"_s, u"/srv/kim"_s, u"kim"_s};
     const struct {
         const char *name;
         QMap<QString, QString> variables;
@@ -97,7 +97,7 @@ TEST(BrackwenConfig, ReadsWhatIsAnObjectAndSkipsTheRest)
 {
     const QTemporaryDir folder;
     const QString named = folder.filePath(u"named.json"_s);
-    const AccountFacts account{folder.filePath(u"home"_s), std::nullopt, {}};
+    const AccountFacts account {folder.filePath(u"home"_s), std::nullopt, {}};
     const QString fallback = folder.filePath(u"home/.brackwen/brackwen.json"_s);
     write(fallback, R"({"from": "home"})");
     const BrackwenConfig config(environmentOf({{u"BRACKWEN_CONFIG"_s, named}}), account);

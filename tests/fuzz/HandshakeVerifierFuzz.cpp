@@ -85,7 +85,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         return params.value(object).toObject().value(field)
             == good.value(object).toObject().value(field);
     };
-    require(params.value("device"_L1) == good.value("device"_L1), "the signature covers the device");
+    require(params.value("device"_L1) == good.value("device"_L1),
+            "the signature covers the device");
     require(sameObject("client"_L1, "id"_L1) && sameObject("client"_L1, "mode"_L1)
                 && sameObject("client"_L1, "instanceId"_L1),
             "the signature covers the client");

@@ -13,9 +13,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const QByteArray bytes = fuzz::toBytes(data, size);
     KeyDecoder whole;
     const QList<char32_t> keys = whole.take(bytes);
-    require(std::ranges::none_of(keys, [](char32_t key) {
-        return key == 0 || key == 0x1B || (key >= 0x80 && key < 0xA0) || key > KeyDecoder::deleteHere;
-    }),
+    require(std::ranges::none_of(keys,
+                                 [](char32_t key) {
+                                     return key == 0 || key == 0x1B || (key >= 0x80 && key < 0xA0)
+                                         || key > KeyDecoder::deleteHere;
+                                 }),
             "no escape sequence reaches the editor");
 
     KeyDecoder byteByByte;

@@ -17,7 +17,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     }
     const QString before = around.first(around.size() / 2);
     const QString behind = around.sliced(around.size() / 2);
-    const QString masked = redacted(before + u" "_s + botToken + u" ;token="_s + value + u';' + behind);
+    const QString masked
+        = redacted(before + u" "_s + botToken + u" ;token="_s + value + u';' + behind);
     require(masked.isValidUtf16(), "what goes out is text");
     require(!masked.contains(botToken), "a bot token is masked, whatever stands around it");
     require(!masked.contains(value), "a token's value is masked, whatever stands around it");

@@ -23,8 +23,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     for (QString id : lines.sliced(1)) {
         const bool gone = id.startsWith(u'-');
         id.remove(0, gone ? 1 : 0);
-        const bool known
-            = std::ranges::any_of(pending, [&id](const auto &item) { return item.approvalId == id; });
+        const bool known = std::ranges::any_of(
+            pending, [&id](const auto &item) { return item.approvalId == id; });
         if (known) {
             continue;
         }
@@ -47,7 +47,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const bool byNumber = typed == number || typed == u'#' + number
         || (typed.startsWith(u'#') ? typed.sliced(1) : typed).toInt() == number.toInt();
     require(byNumber || id.startsWith(typed), "what is found was named");
-    const auto meansIt = [&](const ApprovalItem &item) { return item.approvalId.startsWith(typed); };
+    const auto meansIt
+        = [&](const ApprovalItem &item) { return item.approvalId.startsWith(typed); };
     const auto fitting = std::ranges::count_if(pending, meansIt);
     require(id == typed || fitting + (byNumber && !id.startsWith(typed) ? 1 : 0) == 1,
             "what is found is the only one that could be meant");

@@ -86,7 +86,7 @@ TEST_F(Supervision, RefusalLocksRemoteApprovalReloadsOnceAndTheNextConnectionUnl
               QStringLiteral("Gateway auth failed. Reloaded token from config, reconnecting..."));
     ASSERT_TRUE(waitUntil([this] { return core->tasks().running().isEmpty(); }));
     EXPECT_EQ(bram::test::waitFor(secrets.get(QStringLiteral("QX.BrackwenApprovalsMenu.gateway"),
-                                  QStringLiteral("token")))
+                                              QStringLiteral("token")))
                   .value(),
               std::optional(QStringLiteral("file-token")));
 
@@ -112,7 +112,8 @@ TEST_F(Supervision, RefusalWithoutConfigurationKeepsTheMismatch)
     lost("gateway token expired");
     EXPECT_EQ(lines().tokenState, TokenSyncState::Mismatch);
     EXPECT_TRUE(lines().remoteApprovalLocked);
-    EXPECT_EQ(lines().connectionStatus, QStringLiteral("Gateway disconnected: gateway token expired"));
+    EXPECT_EQ(lines().connectionStatus,
+              QStringLiteral("Gateway disconnected: gateway token expired"));
 }
 
 TEST_F(Supervision, ThirdRefusalWithinFiveMinutesOfThePreviousSaysSo)
@@ -128,7 +129,8 @@ TEST_F(Supervision, ThirdRefusalWithinFiveMinutesOfThePreviousSaysSo)
         {{100, 400}, 1, TokenSyncState::Mismatch},
         {{100}, 2, TokenSyncState::Mismatch},
     };
-    ConnectionSupervision::Collaborators none {core->session(), core->status(), core->audit(), clock, log};
+    ConnectionSupervision::Collaborators none {core->session(), core->status(), core->audit(),
+                                               clock, log};
     for (const auto &[gaps, count, token] : cases) {
         ConnectionSupervision supervision(none);
         supervision.handleConnectionState(GatewayConnected {});
@@ -165,7 +167,8 @@ TEST(GatewaySession, AddressThatIsNoWebSocketUrlIsSaidAndNothingIsStarted)
         core.monitor().start();
         ASSERT_TRUE(waitUntil([&] { return core.tasks().running().isEmpty(); }));
         const auto &lines = core.monitor().gatewayStatus().lines();
-        EXPECT_EQ(lines.connectionStatus, QStringLiteral("Invalid gateway URL: ") + QString::fromUtf8(text));
+        EXPECT_EQ(lines.connectionStatus,
+                  QStringLiteral("Invalid gateway URL: ") + QString::fromUtf8(text));
         EXPECT_EQ(lines.connectionIndicator, IndicatorState::Red);
     }
 }

@@ -63,7 +63,7 @@ protected:
         const auto privateKey = written.text(u"gateway.device.privateKey"_s);
         EXPECT_EQ(id.has_value(), publicKey.has_value());
         EXPECT_EQ(id.has_value(), privateKey.has_value());
-        return id ? std::optional(Stored{*id, *publicKey, *privateKey}) : std::nullopt;
+        return id ? std::optional(Stored {*id, *publicKey, *privateKey}) : std::nullopt;
     }
     std::optional<Stored> inKeychain()
     {
@@ -73,22 +73,22 @@ protected:
         const auto id = item(u"deviceId"_s);
         const auto publicKey = item(u"publicKey"_s);
         const auto privateKey = item(u"privateKey"_s);
-        return id && publicKey && privateKey ? std::optional(Stored{*id, *publicKey, *privateKey})
+        return id && publicKey && privateKey ? std::optional(Stored {*id, *publicKey, *privateKey})
                                              : std::nullopt;
     }
     DeviceIdentity load()
     {
         const auto identity = test::waitFor(store.loadOrCreate());
         EXPECT_TRUE(identity);
-        return identity.value_or(DeviceIdentity{});
+        return identity.value_or(DeviceIdentity {});
     }
 
     QTemporaryDir folder;
     QString path = folder.filePath(u"preferences.ini"_s);
-    Preferences preferences{path};
+    Preferences preferences {path};
     test::FaultySecretStore secrets;
     test::RecordingLog log;
-    DeviceIdentityStore store{secrets, preferences, log};
+    DeviceIdentityStore store {secrets, preferences, log};
     DeviceIdentity mine = *makeNewIdentity();
     DeviceIdentity others = *makeNewIdentity();
 };
@@ -270,7 +270,7 @@ TEST_F(DeviceIdentityStoreTest, FallbackMovesToTheKeychainOnceThatCanBeUsed)
     EXPECT_EQ(inDefaults(), std::nullopt);
     EXPECT_EQ(inKeychain(), storedForm(identity));
     QStringList writes = secrets.operations.filter(u"set "_s);
-    EXPECT_EQ(writes, (QStringList{u"set privateKey"_s, u"set publicKey"_s, u"set deviceId"_s}));
+    EXPECT_EQ(writes, (QStringList {u"set privateKey"_s, u"set publicKey"_s, u"set deviceId"_s}));
     EXPECT_EQ(secrets.accessibilities,
               QList<SecretAccessibility>(3, SecretAccessibility::WhenUnlockedThisDeviceOnly));
     for (const QString &line : log.lines()) {

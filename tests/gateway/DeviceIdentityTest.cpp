@@ -69,7 +69,7 @@ TEST(DeviceIdentity, IsTrustedOnlyAsAWhole)
     for (const auto &c : cases) {
         EXPECT_EQ(validatedIdentity(c.deviceId, c.publicKey, c.privateKey), std::nullopt) << c.name;
     }
-    EXPECT_FALSE((DeviceIdentity{deviceId, publicKeyText, seed.first(31)}.sign(u"x"_s)));
+    EXPECT_FALSE((DeviceIdentity {deviceId, publicKeyText, seed.first(31)}.sign(u"x"_s)));
 }
 
 TEST(DeviceIdentity, EveryNewOneIsDifferentAndValid)

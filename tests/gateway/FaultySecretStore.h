@@ -17,7 +17,7 @@ namespace bram::test
 class FaultySecretStore final : public SecretStore
 {
 public:
-    static inline const KeychainError error{-25308, {}};
+    static inline const KeychainError error {-25308, {}};
     static inline const QString errorText = QStringLiteral("Keychain error (status=-25308)");
 
     bool readsFail = false;

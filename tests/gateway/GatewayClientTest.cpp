@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "gateway/DeviceIdentityStore.h"
 #include "gateway/GatewayClient.h"
+#include "gateway/DeviceIdentityStore.h"
 #include "practice/PracticeGateway.h"
 #include "support/Doubles.h"
 #include "support/Waiting.h"
@@ -66,7 +66,8 @@ protected:
     }
     [[nodiscard]] bool waitState(const std::string &part)
     {
-        return waitUntil([&] { return !states.empty() && states.back().find(part) != std::string::npos; });
+        return waitUntil(
+            [&] { return !states.empty() && states.back().find(part) != std::string::npos; });
     }
 
     QTemporaryDir folder;
@@ -100,8 +101,11 @@ TEST_F(GatewayClientTest, ConnectsDeliversEventsAndReconnectsAfterAKill)
     ASSERT_TRUE(waitHandshakes(1));
     EXPECT_THAT(states, ElementsAre("connecting", "connected"));
 
-    gateway.announce({.approvalId = QStringLiteral("a"), .command = QStringLiteral("ls"), .agentId = {},
-                      .createdAtMs = 1, .expiresAtMs = 0});
+    gateway.announce({.approvalId = QStringLiteral("a"),
+                      .command = QStringLiteral("ls"),
+                      .agentId = {},
+                      .createdAtMs = 1,
+                      .expiresAtMs = 0});
     ASSERT_TRUE(waitUntil([this] { return events.size() == 1; }));
 
     gateway.close();
@@ -130,7 +134,8 @@ TEST_F(StrictGateway, RefusedHandshakeIsReportedOnceAsConnectedThenDisconnected)
     ASSERT_EQ(states.size(), 3U);
     EXPECT_EQ(states[1], "connected");
     EXPECT_THAT(states[2], HasSubstr("disconnected: connect failed: "));
-    EXPECT_FALSE(log.lines().filter(QStringLiteral("[Brackwen] connect handshake failed: ")).isEmpty());
+    EXPECT_FALSE(
+        log.lines().filter(QStringLiteral("[Brackwen] connect handshake failed: ")).isEmpty());
     ASSERT_TRUE(waitUntil([this] { return states.size() >= 4; }));
     EXPECT_EQ(states[3], "connecting");
 }
@@ -138,15 +143,17 @@ TEST_F(StrictGateway, RefusedHandshakeIsReportedOnceAsConnectedThenDisconnected)
 TEST_F(GatewayClientTest, CallsEndWithTheConnectionAndFailAtOnceWithoutOne)
 {
     const auto call = [](GatewayClient *gatewayClient) -> QCoro::Task<GatewayClient::CallResult> {
-        co_return co_await gatewayClient->resolveApproval(QStringLiteral("a"), ApprovalDecision::Deny);
+        co_return co_await gatewayClient->resolveApproval(QStringLiteral("a"),
+                                                          ApprovalDecision::Deny);
     };
-    const auto notConnected = GatewayClient::CallResult(
-        std::unexpected(GatewayClientError::notConnected()));
+    const auto notConnected
+        = GatewayClient::CallResult(std::unexpected(GatewayClientError::notConnected()));
     EXPECT_EQ(bram::test::waitFor(call(&client)), notConnected);
 
     start();
     ASSERT_TRUE(waitHandshakes(1));
-    gateway.announce({.approvalId = QStringLiteral("a"), .command = QStringLiteral("ls"), .agentId = {}});
+    gateway.announce(
+        {.approvalId = QStringLiteral("a"), .command = QStringLiteral("ls"), .agentId = {}});
     gateway.setDecisionBehaviour({.fault = DecisionFault::NeverAnswer});
     auto open = call(&client);
     ASSERT_TRUE(waitUntil([this] { return !events.isEmpty(); }));
@@ -187,7 +194,8 @@ TEST_F(GatewayClientTest, HostileFramesEndTheConnectionWithOneClearReasonOrAreIg
         ASSERT_TRUE(waitHandshakes(++round));
     }
     // Just as large as allowed.
-    QByteArray largest = R"({"type":"event","event":"exec.approval.resolved","payload":{"id":"big"}})";
+    QByteArray largest
+        = R"({"type":"event","event":"exec.approval.resolved","payload":{"id":"big"}})";
     largest.append(4 * 1024 * 1024 - largest.size(), ' ');
     gateway.sendRawBinary(largest);
     ASSERT_TRUE(waitUntil([this] { return events.size() == 2; }));

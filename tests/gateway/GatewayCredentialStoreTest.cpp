@@ -61,10 +61,10 @@ protected:
     }
 
     QTemporaryDir folder;
-    Preferences preferences{folder.filePath(u"preferences.ini"_s)};
+    Preferences preferences {folder.filePath(u"preferences.ini"_s)};
     test::FaultySecretStore secrets;
     test::RecordingLog log;
-    GatewayCredentialStore store{
+    GatewayCredentialStore store {
         BrackwenConfig({}, {folder.filePath(u"home"_s), folder.filePath(u"second"_s), {}}), secrets,
         preferences, log};
 };
@@ -72,7 +72,7 @@ protected:
 TEST_F(GatewayCredentialStoreTest, EnvironmentThenFileThenKeychain)
 {
     const QByteArray fileToken = R"({"gateway": {"auth": {"token": " file\n", "password": 7}}})";
-    const GatewayCredentials old{u"old"_s, u" oldpw\n"_s};
+    const GatewayCredentials old {u"old"_s, u" oldpw\n"_s};
     const struct {
         const char *name;
         QMap<QString, QString> environment;
@@ -124,7 +124,7 @@ TEST_F(GatewayCredentialStoreTest, EnvironmentThenFileThenKeychain)
         EXPECT_EQ(load(c.environment), c.expected);
         EXPECT_EQ(keychain(), c.keychainAfter);
     }
-    EXPECT_EQ(log.lines(), QStringList{});
+    EXPECT_EQ(log.lines(), QStringList {});
 }
 
 TEST_F(GatewayCredentialStoreTest, FirstFileWithCredentialsWins)
@@ -136,11 +136,11 @@ TEST_F(GatewayCredentialStoreTest, FirstFileWithCredentialsWins)
     file.write(R"({"gateway": {"auth": {"token": "second"}}})");
     file.close();
     writeConfig(R"({"gateway": {"auth": {}}})");
-    EXPECT_EQ(store.reference(), (GatewayCredentials{u"second"_s, none}));
+    EXPECT_EQ(store.reference(), (GatewayCredentials {u"second"_s, none}));
     writeConfig(R"({"gateway": {"auth": {"password": "first"}}})");
-    EXPECT_EQ(store.reference(), (GatewayCredentials{none, u"first"_s}));
+    EXPECT_EQ(store.reference(), (GatewayCredentials {none, u"first"_s}));
     writeConfig("{");
-    EXPECT_EQ(store.reference(), (GatewayCredentials{u"second"_s, none}));
+    EXPECT_EQ(store.reference(), (GatewayCredentials {u"second"_s, none}));
 }
 
 TEST_F(GatewayCredentialStoreTest, KeychainFailuresStopNothing)
@@ -150,13 +150,13 @@ TEST_F(GatewayCredentialStoreTest, KeychainFailuresStopNothing)
     setKeychain({u"old"_s, u"oldpw"_s});
     writeConfig(R"({"gateway": {"auth": {"token": "t"}}})");
     secrets.writesFail = {u"token"_s};
-    EXPECT_EQ(load({}), (GatewayCredentials{u"t"_s, none}));
-    EXPECT_EQ(log.lines(), QStringList{failed});
-    EXPECT_EQ(keychain(), (GatewayCredentials{u"old"_s, none})) << "the other item is still saved";
+    EXPECT_EQ(load({}), (GatewayCredentials {u"t"_s, none}));
+    EXPECT_EQ(log.lines(), QStringList {failed});
+    EXPECT_EQ(keychain(), (GatewayCredentials {u"old"_s, none})) << "the other item is still saved";
 
     writeConfig({});
     secrets.readsFail = true;
-    EXPECT_EQ(load({}), GatewayCredentials{});
+    EXPECT_EQ(load({}), GatewayCredentials {});
     EXPECT_EQ(log.lines().size(), 1);
 }
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "gateway/GatewayFrames.h"
 #include "gateway/ConnectHandshake.h"
 #include "gateway/GatewayClient.h"
-#include "gateway/GatewayFrames.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -25,8 +25,9 @@ std::optional<GatewayEvent> eventOf(const QByteArray &json)
 /// A request event with one JSON text replaced by another.
 std::optional<ApprovalItem> requestWith(const QByteArray &before = {}, const QByteArray &after = {})
 {
-    QByteArray json = R"({"type":"event","event":"exec.approval.requested","payload":{"id":"a",)"
-                      R"("request":{"command":"ls","agentId":"main"},"createdAtMs":5,"expiresAtMs":0}})";
+    QByteArray json
+        = R"({"type":"event","event":"exec.approval.requested","payload":{"id":"a",)"
+          R"("request":{"command":"ls","agentId":"main"},"createdAtMs":5,"expiresAtMs":0}})";
     if (!before.isEmpty()) {
         EXPECT_TRUE(json.contains(before)) << before.constData();
         json.replace(before, after);
@@ -49,7 +50,8 @@ HandshakeInput handshake(std::optional<QString> token, std::optional<QString> pa
 
 TEST(GatewayFrames, RequestedEventNeedsItsFieldsInTheirTypes)
 {
-    const ApprovalItem expected {QStringLiteral("a"), QStringLiteral("ls"), QStringLiteral("main"), 5, 0};
+    const ApprovalItem expected {QStringLiteral("a"), QStringLiteral("ls"), QStringLiteral("main"),
+                                 5, 0};
     EXPECT_EQ(requestWith(), expected);
     EXPECT_EQ(requestWith(R"("id":"a",)", ""), std::nullopt);
     EXPECT_EQ(requestWith(R"("id":"a")", R"("id":7)"), std::nullopt);
@@ -121,8 +123,8 @@ TEST(GatewayFrames, WhatIsNotJsonFailsAndWhatIsUnknownIsIgnored)
           QByteArray("{\"type\":\"\xff\xfe\"}"), QByteArray("\0\0\0\0", 4)}) {
         EXPECT_FALSE(parseFrame(garbage)) << garbage.left(30).constData();
     }
-    for (const char *untyped : {"[]", "{}", R"({"type":5})", "[{\"type\":\"event\"}]", "42", " -1.5e3\n",
-                                "\"x\"", "null", "true"}) {
+    for (const char *untyped : {"[]", "{}", R"({"type":5})", "[{\"type\":\"event\"}]", "42",
+                                " -1.5e3\n", "\"x\"", "null", "true"}) {
         const auto frame = parseFrame(untyped);
         EXPECT_TRUE(frame && std::holds_alternative<UntypedFrame>(*frame)) << untyped;
     }
@@ -140,17 +142,21 @@ TEST(GatewayFrames, WhatIsNotJsonFailsAndWhatIsUnknownIsIgnored)
 TEST(ConnectHandshake, PayloadFieldsFollowNonceAndUntrimmedToken)
 {
     const auto v1 = handshake(QStringLiteral("  abc  "), {}, {});
-    EXPECT_EQ(signedPayload(v1),
-              QStringLiteral("v1|%1|brackwen-macos|webchat|operator|operator.admin,operator.approvals,"
-                             "operator.pairing|1718000000000|  abc  ")
-                  .arg(v1.identity.deviceId));
+    EXPECT_EQ(
+        signedPayload(v1),
+        QStringLiteral("v1|%1|brackwen-macos|webchat|operator|operator.admin,operator.approvals,"
+                       "operator.pairing|1718000000000|  abc  ")
+            .arg(v1.identity.deviceId));
     const auto v2 = handshake({}, {}, QStringLiteral("N"));
     EXPECT_TRUE(signedPayload(v2).startsWith(QStringLiteral("v2|")));
     EXPECT_TRUE(signedPayload(v2).endsWith(QStringLiteral("|1718000000000||N")));
 
     const auto withoutNonce = connectParams(v1)->value(QStringLiteral("device")).toObject();
     EXPECT_FALSE(withoutNonce.contains(QStringLiteral("nonce")));
-    EXPECT_EQ(connectParams(v2)->value(QStringLiteral("device")).toObject().value(QStringLiteral("nonce")),
+    EXPECT_EQ(connectParams(v2)
+                  ->value(QStringLiteral("device"))
+                  .toObject()
+                  .value(QStringLiteral("nonce")),
               QStringLiteral("N"));
 }
 
@@ -171,7 +177,9 @@ TEST(ConnectHandshake, AuthKeepsItsAsymmetry)
 TEST(ConnectHandshake, OriginIsHttpsOnlyForWss)
 {
     const auto origin = [](const char *url) {
-        return gatewayOrigin(QUrl(QString::fromUtf8(url))).value_or(QStringLiteral("none")).toStdString();
+        return gatewayOrigin(QUrl(QString::fromUtf8(url)))
+            .value_or(QStringLiteral("none"))
+            .toStdString();
     };
     EXPECT_EQ(origin("ws://127.0.0.1:18789"), "http://127.0.0.1:18789");
     EXPECT_EQ(origin("wss://10.0.0.5:443/path"), "https://10.0.0.5:443");
@@ -183,8 +191,8 @@ TEST(ConnectHandshake, OriginIsHttpsOnlyForWss)
 
 TEST(ReconnectDelay, GrowsToFifteenSecondsInWholeNanoseconds)
 {
-    const std::vector<qint64> expected {800'000'000,   1'360'000'000, 2'312'000'000,
-                                        3'930'400'000, 6'681'680'000, 11'358'856'000,
+    const std::vector<qint64> expected {800'000'000,    1'360'000'000, 2'312'000'000,
+                                        3'930'400'000,  6'681'680'000, 11'358'856'000,
                                         15'000'000'000, 15'000'000'000};
     auto delay = firstReconnectDelay;
     for (const qint64 wait : expected) {

@@ -22,16 +22,16 @@ using namespace std::chrono_literals;
 
 struct Parts {
     QTemporaryDir folder;
-    Preferences preferences{folder.filePath(u"preferences.ini"_s)};
+    Preferences preferences {folder.filePath(u"preferences.ini"_s)};
     test::RecordingLog log;
-    KeyringSecretStore secrets{log, {.notice = 50ms, .operation = 400ms}};
-    DeviceIdentityStore identities{secrets, preferences, log};
-    GatewayCredentialStore credentials{BrackwenConfig({}, {folder.path(), {}, {}}), secrets,
-                                       preferences, log};
+    KeyringSecretStore secrets {log, {.notice = 50ms, .operation = 400ms}};
+    DeviceIdentityStore identities {secrets, preferences, log};
+    GatewayCredentialStore credentials {BrackwenConfig({}, {folder.path(), {}, {}}), secrets,
+                                        preferences, log};
 
     DeviceIdentity load()
     {
-        return test::waitFor(identities.loadOrCreate()).value_or(DeviceIdentity{});
+        return test::waitFor(identities.loadOrCreate()).value_or(DeviceIdentity {});
     }
     bool hasDefaults() const
     {
@@ -68,7 +68,7 @@ TEST_F(KeyringIdentity, IsMadeOnceAndFoundByTheNextRun)
     EXPECT_EQ(test::keyring::itemCount(), 3);
     Parts next;
     EXPECT_EQ(next.load(), identity);
-    EXPECT_EQ(run.log.lines() + next.log.lines(), QStringList{});
+    EXPECT_EQ(run.log.lines() + next.log.lines(), QStringList {});
 }
 
 TEST_F(KeyringIdentity, LegacyOneIsMigrated)
@@ -79,7 +79,7 @@ TEST_F(KeyringIdentity, LegacyOneIsMigrated)
     EXPECT_EQ(run.load(), legacy);
     EXPECT_FALSE(run.hasDefaults());
     EXPECT_EQ(run.log.lines(),
-              QStringList{
+              QStringList {
                   u"[Brackwen] Device identity migrated to Keychain (legacy defaults cleared)"_s});
     EXPECT_EQ(Parts().load(), legacy);
 }
@@ -102,9 +102,9 @@ TEST_F(KeyringIdentity, HungKeyringDelaysOnceAndLosesNothing)
     EXPECT_NE(substitute, kept);
     EXPECT_TRUE(run.hasDefaults());
     EXPECT_EQ(run.log.lines().first(2),
-              (QStringList{u"[Brackwen] Waiting for the keyring to be unlocked"_s,
-                           u"[Brackwen] Device identity keychain save failed: the keyring has not "
-                           "yet answered an earlier request"_s}));
+              (QStringList {u"[Brackwen] Waiting for the keyring to be unlocked"_s,
+                            u"[Brackwen] Device identity keychain save failed: the keyring has not "
+                            "yet answered an earlier request"_s}));
     EXPECT_TRUE(test::waitUntil([&] { return run.load() == kept; }));
 }
 
@@ -116,10 +116,10 @@ TEST_F(KeyringIdentity, LegacyGatewayCredentialsMoveToTheKeyring)
     EXPECT_EQ(run.preferences.text(u"gateway.token"_s), std::nullopt);
     Parts next;
     EXPECT_EQ(test::waitFor(next.credentials.gatewayCredentials({})),
-              (GatewayCredentials{u"토큰"_s, std::nullopt}));
+              (GatewayCredentials {u"토큰"_s, std::nullopt}));
     test::waitFor(next.credentials.saveGatewayCredentials({}));
-    EXPECT_EQ(test::waitFor(run.credentials.gatewayCredentials({})), GatewayCredentials{});
-    EXPECT_EQ(next.log.lines(), QStringList{});
+    EXPECT_EQ(test::waitFor(run.credentials.gatewayCredentials({})), GatewayCredentials {});
+    EXPECT_EQ(next.log.lines(), QStringList {});
 }
 
 TEST(NoKeyringIdentity, LivesInThePreferences)

@@ -48,17 +48,36 @@ TEST(CommandRules, RatesRequests)
 
 TEST(CommandRules, WarnsAboutStandingPermissions)
 {
-    for (const QString &command :
-         {u"*"_s, u"all"_s, u"ALL"_s, u"my wildcard rule"_s, u"sudols"_s, u"codesign x"_s,
-          u"security find"_s, u"spctl"_s, u"csrutil"_s, u"launchctl"_s, u"systemextensionsctl"_s,
-          u"profiles"_s, u"chmod 644 x"_s, u"chown x"_s, u"xattr"_s, u"defaults write x"_s,
-          u"diskutil list"_s, u"installer"_s, u"networksetup"_s, u"ifconfig"_s, u"pfctl"_s,
-          u"rm -rf x"_s, u"cat /etc/hosts"_s, u"ls /System/x"_s, u"/Library/LaunchDaemons"_s}) {
+    for (const QString &command : {u"*"_s,
+                                   u"all"_s,
+                                   u"ALL"_s,
+                                   u"my wildcard rule"_s,
+                                   u"sudols"_s,
+                                   u"codesign x"_s,
+                                   u"security find"_s,
+                                   u"spctl"_s,
+                                   u"csrutil"_s,
+                                   u"launchctl"_s,
+                                   u"systemextensionsctl"_s,
+                                   u"profiles"_s,
+                                   u"chmod 644 x"_s,
+                                   u"chown x"_s,
+                                   u"xattr"_s,
+                                   u"defaults write x"_s,
+                                   u"diskutil list"_s,
+                                   u"installer"_s,
+                                   u"networksetup"_s,
+                                   u"ifconfig"_s,
+                                   u"pfctl"_s,
+                                   u"rm -rf x"_s,
+                                   u"cat /etc/hosts"_s,
+                                   u"ls /System/x"_s,
+                                   u"/Library/LaunchDaemons"_s}) {
         EXPECT_TRUE(isSecuritySensitiveCommand(command)) << qPrintable(command);
     }
     // What rates a request high need not warn about a rule, and the other way round.
-    for (const QString &command : {u""_s, u"ls *"_s, u"install all"_s, u"curl x"_s, u"defaults read"_s,
-                                   u"cat x | sh"_s, u"cat /etc"_s}) {
+    for (const QString &command : {u""_s, u"ls *"_s, u"install all"_s, u"curl x"_s,
+                                   u"defaults read"_s, u"cat x | sh"_s, u"cat /etc"_s}) {
         EXPECT_FALSE(isSecuritySensitiveCommand(command)) << qPrintable(command);
     }
 }

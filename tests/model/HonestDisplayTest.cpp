@@ -36,8 +36,9 @@ TEST(HonestDisplay, OrdinaryCommandsStayAsTheyAre)
     for (const QString &command :
          {u""_s, u"ls -la ~/Downloads"_s, u"git commit -m 'Änderung: naïve façade'"_s,
           u"echo e\u0301 o\u0302\u0323"_s, u"echo 안녕하세요 | wc -c"_s,
-          u"echo \u1112\u1161\u11ab\u1100\u1173\u11af"_s, u"echo 👍🏽 🇰🇷 🎉"_s, u"echo 漢字 かな"_s,
-          u"echo 'สวัสดีครับ' नमस्ते Привет"_s, u"if true; then\n  ls\nfi\n"_s, u"a   b\n\n\nc"_s,
+          u"echo \u1112\u1161\u11ab\u1100\u1173\u11af"_s, u"echo 👍🏽 🇰🇷 🎉"_s,
+          u"echo 漢字 かな"_s, u"echo 'สวัสดีครับ' नमस्ते Привет"_s, u"if true; then\n  ls\nfi\n"_s,
+          u"a   b\n\n\nc"_s,
           u"awk '{print $1}' <a >b 2>&1 \\\n  && x=\"${y:-z}\" `w` # ~^%!?@;,"_s}) {
         EXPECT_EQ(honestDisplay(command), (HonestText {command, false})) << qPrintable(command);
     }
@@ -91,9 +92,8 @@ TEST(HonestDisplay, OnlyOrdinaryIndentationIsMarkedWithoutSuspicion)
         const HonestText shown = honestDisplay(source);
         EXPECT_TRUE(shown.marked && !shown.suspicious) << qPrintable(shown.text);
     }
-    for (const QString &source :
-         {deepest + u" a"_s, u"a    b"_s, u"a\n    b\u200b"_s, u"    a "_s, u"a\n\n\n\n    b"_s,
-          u"\t    a"_s, u"a\r    b"_s}) {
+    for (const QString &source : {deepest + u" a"_s, u"a    b"_s, u"a\n    b\u200b"_s, u"    a "_s,
+                                  u"a\n\n\n\n    b"_s, u"\t    a"_s, u"a\r    b"_s}) {
         EXPECT_TRUE(honestDisplay(source).suspicious) << qPrintable(source);
     }
     EXPECT_FALSE(honestDisplay(u"a\n  b").suspicious);
@@ -114,9 +114,9 @@ TEST(HonestDisplay, RandomMixturesAreRebuiltExactly)
 {
     QRandomGenerator random(20240611);
     const QList<char32_t> nasty {
-        U' ',   U' ',   U' ',   U'\n',  U'\n',  U'\t',  U'\r',  0x1b,   0x9b,    U'⟨',   U'⟩',
+        U' ',   U' ',   U' ',   U'\n',  U'\n',  U'\t',  U'\r',   0x1b,   0x9b,   U'⟨',   U'⟩',
         0x202e, 0x2069, 0x05d0, 0x0660, 0x200d, 0xfe0f, 0xe0041, 0x115f, 0x1160, 0x3164, 0xffa0,
-        0x2800, 0x00a0, 0x2028, 0xe000, 0x0378, 0xd800, 0xdbff, 0xdc00, 0x0301,  0x20dd, 0x1100,
+        0x2800, 0x00a0, 0x2028, 0xe000, 0x0378, 0xd800, 0xdbff,  0xdc00, 0x0301, 0x20dd, 0x1100,
         0x1161, 0x11a8, 0xac00, 0xac01, U'a',   U'/',   0x1f600, 0x034f, 0x0e33, 0x3008, U'1'};
     for (int round = 0; round < 20'000; ++round) {
         QList<char32_t> codePoints(random.bounded(40));

@@ -53,7 +53,8 @@ inline bool misleads(char32_t c, char32_t previous)
     const auto category = QChar::category(c);
     const auto direction = QChar::direction(c);
     return (category >= QChar::Other_Control && category <= QChar::Other_NotAssigned && c != U'\n')
-        || (category >= QChar::Separator_Space && category <= QChar::Separator_Paragraph && c != U' ')
+        || (category >= QChar::Separator_Space && category <= QChar::Separator_Paragraph
+            && c != U' ')
         || direction == QChar::DirR || direction == QChar::DirAL || direction == QChar::DirAN
         || (QChar::isMark(c) && (previous == U' ' || previous == U'\n' || previous == U'⟩'))
         || category == QChar::Mark_Enclosing;

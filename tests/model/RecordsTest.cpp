@@ -90,7 +90,8 @@ TEST(Records, EqualityAndHashTakeEveryFieldIntoAccount)
     EXPECT_EQ(set.size(), 6);
 
     const auto at = QDateTime::fromMSecsSinceEpoch(1'000);
-    const ApprovalHistoryEntry row {u"a1-1000"_s, u"a1"_s, u"ls"_s, ApprovalHistoryState::Pending, at};
+    const ApprovalHistoryEntry row {u"a1-1000"_s, u"a1"_s, u"ls"_s, ApprovalHistoryState::Pending,
+                                    at};
     ApprovalHistoryEntry later = row;
     later.id = u"a1-1001"_s;
     EXPECT_NE(row, later);

@@ -121,7 +121,8 @@ TEST(ApprovalBoardSignals, PublishedOncePerTurnAndOnlyOnRealChange)
     QObject::connect(&board, &ApprovalBoard::badgeCountChanged, &board,
                      [&](qsizetype count) { counts.append(count); });
     for (int i = 0; i < 100; ++i) {
-        board.add({.approvalId = QString::number(i), .command = QStringLiteral("ls"), .agentId = {}});
+        board.add(
+            {.approvalId = QString::number(i), .command = QStringLiteral("ls"), .agentId = {}});
     }
     EXPECT_EQ(board.displayItems().size(), 100);
     ASSERT_TRUE(waitUntil([&] { return lists > 0; }));
@@ -132,7 +133,8 @@ TEST(ApprovalBoardSignals, PublishedOncePerTurnAndOnlyOnRealChange)
     board.add({.approvalId = QStringLiteral("x"), .command = QStringLiteral("ls"), .agentId = {}});
     board.remove(QStringLiteral("x"), ApprovalHistoryState::Canceled);
     bool turned = false;
-    QMetaObject::invokeMethod(&board, [&] { turned = true; }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        &board, [&] { turned = true; }, Qt::QueuedConnection);
     ASSERT_TRUE(waitUntil([&] { return turned; }));
     EXPECT_EQ(lists, 1);
 }

@@ -53,10 +53,12 @@ TEST(CommandLineParams, PlainForOrdinaryIdsAndEscapedForOthers)
 {
     EXPECT_EQ(commandLineParams(QStringLiteral("8c1f-42"), ApprovalDecision::AllowOnce),
               QStringLiteral(R"({"id":"8c1f-42","decision":"allow-once"})"));
-    for (const QString &id : {QStringLiteral("a\",\"decision\":\"deny"), QStringLiteral("back\\slash"),
-                              QStringLiteral("line\nfeed"), QStringLiteral("승인")}) {
+    for (const QString &id :
+         {QStringLiteral("a\",\"decision\":\"deny"), QStringLiteral("back\\slash"),
+          QStringLiteral("line\nfeed"), QStringLiteral("승인")}) {
         const auto object
-            = QJsonDocument::fromJson(commandLineParams(id, ApprovalDecision::Deny).toUtf8()).object();
+            = QJsonDocument::fromJson(commandLineParams(id, ApprovalDecision::Deny).toUtf8())
+                  .object();
         EXPECT_EQ(object.value(QStringLiteral("id")).toString(), id);
         EXPECT_EQ(object.value(QStringLiteral("decision")).toString(), QStringLiteral("deny"));
         EXPECT_EQ(object.size(), 2);
@@ -100,10 +102,12 @@ TEST_F(DecisionByTool, ItsFailuresAreToldApart)
         {"echo '  no route to gateway  '; echo >&2; exit 3", Kind::Failed,
          QStringLiteral("internal error (command-line tool: no route to gateway)")},
         {"echo 'Approval Not Found' >&2; exit 1", Kind::ResolvedElsewhere, {}},
-        {"printf '\\377\\376'; exit 1", Kind::Failed, QStringLiteral("internal error (command-line tool: unknown error)")},
+        {"printf '\\377\\376'; exit 1", Kind::Failed,
+         QStringLiteral("internal error (command-line tool: unknown error)")},
         {"exit 7", Kind::Failed,
          QStringLiteral("internal error (command-line tool: it ended with status 7)")},
-        {"kill -9 $$", Kind::Failed, QStringLiteral("internal error (command-line tool: it crashed)")},
+        {"kill -9 $$", Kind::Failed,
+         QStringLiteral("internal error (command-line tool: it crashed)")},
     };
     makeConnectedCore();
     gateway.setDecisionBehaviour(
@@ -133,7 +137,8 @@ TEST_F(DecisionByTool, OneUnderWayEndsWithTheProgramAndOneThatHangsByItself)
     monitor().stop();
     ASSERT_TRUE(waitSettled(1));
     EXPECT_EQ(settled.first().outcome.message,
-              QStringLiteral("token=[REDACTED] (command-line tool: it was ended together with this program)"));
+              QStringLiteral(
+                  "token=[REDACTED] (command-line tool: it was ended together with this program)"));
     ASSERT_TRUE(waitUntil([process] { return kill(process, 0) != 0; }));
     EXPECT_EQ(auditKinds().back(), "approval_resolve_failed");
 

@@ -55,12 +55,11 @@ TEST_F(Decision, EachReachesTheGatewayAndTheRecord)
         EXPECT_EQ(record.agentId, QStringLiteral("main"));
         EXPECT_EQ(record.commandPreview, QStringLiteral("sudo …"));
     }
-    EXPECT_THAT(auditKinds(),
-                ElementsAre("approval_requested", "approval_decision_requested",
-                            "approval_resolved", "approval_requested",
-                            "approval_decision_requested", "approval_resolved",
-                            "approval_requested", "approval_decision_requested",
-                            "approval_resolved"));
+    EXPECT_THAT(
+        auditKinds(),
+        ElementsAre("approval_requested", "approval_decision_requested", "approval_resolved",
+                    "approval_requested", "approval_decision_requested", "approval_resolved",
+                    "approval_requested", "approval_decision_requested", "approval_resolved"));
 }
 
 TEST_F(Decision, TheFirstOfTwoWinsAndTheSecondIsRecorded)

@@ -192,9 +192,8 @@ TEST_F(Intake, AnyEventProvesTheConnectionAndStateLinesAreWrittenOnChangeOnly)
               QStringLiteral("Gateway connected"));
     EXPECT_EQ(monitor().gatewayStatus().lines().tokenState, TokenSyncState::Matching);
 
-    const auto stateLines = [this] {
-        return log.lines().filter(QStringLiteral("[BrackwenState]"));
-    };
+    const auto stateLines
+        = [this] { return log.lines().filter(QStringLiteral("[BrackwenState]")); };
     ASSERT_TRUE(waitUntil([&] { return stateLines().size() == 1; }));
     EXPECT_TRUE(stateLines().first().endsWith(
         QStringLiteral("conn=green token=green pending=1 active=none")));

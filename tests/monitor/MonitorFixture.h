@@ -55,12 +55,11 @@ protected:
             .ports = ports,
             .commandLine = commandLine,
         });
-        QObject::connect(&monitor().decisions(), &DecisionResolver::decisionSettled,
-                         &monitor().decisions(),
-                         [this](const QString &id, ApprovalDecision decision,
-                                const DecisionOutcome &outcome) {
-                             settled.append({id, decision, outcome});
-                         });
+        QObject::connect(
+            &monitor().decisions(), &DecisionResolver::decisionSettled, &monitor().decisions(),
+            [this](const QString &id, ApprovalDecision decision, const DecisionOutcome &outcome) {
+                settled.append({id, decision, outcome});
+            });
     }
 
     void makeConnectedCore()

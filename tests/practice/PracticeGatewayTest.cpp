@@ -63,8 +63,9 @@ TEST_F(PracticeGatewayTest, AnnouncesToThoseWhoAreInAndThoseWhoComeLater)
     const QJsonObject early = client.takeEvent(u"exec.approval.requested"_s);
     EXPECT_EQ(early,
               (QJsonObject {{u"id"_s, u"early"_s},
-                            {u"request"_s, QJsonObject {{u"command"_s, u"echo \u202E\nearly"_s},
-                                                        {u"agentId"_s, u"main"_s}}},
+                            {u"request"_s,
+                             QJsonObject {{u"command"_s, u"echo \u202E\nearly"_s},
+                                          {u"agentId"_s, u"main"_s}}},
                             {u"createdAtMs"_s, m_clock.current - 1000},
                             {u"expiresAtMs"_s, 0}}));
     m_gateway.announce(item(u"late"_s));
@@ -167,8 +168,8 @@ TEST_F(PracticeGatewayTest, ComesBackOnItsPortWithItsState)
     EXPECT_EQ(m_gateway.url(), url);
     EXPECT_FALSE(RawClient(url).logIn());
     EXPECT_FALSE(RawClient(url).logIn());
-    EXPECT_EQ(m_refusals, (QStringList {u"unauthorized: token revoked"_s,
-                                        u"unauthorized: token revoked"_s}));
+    EXPECT_EQ(m_refusals,
+              (QStringList {u"unauthorized: token revoked"_s, u"unauthorized: token revoked"_s}));
     RawClient after(url);
     ASSERT_TRUE(after.logIn());
     EXPECT_EQ(after.takeEvent(u"exec.approval.requested"_s).value("id"_L1), u"a"_s);
@@ -205,9 +206,8 @@ TEST_F(PracticeGatewayTest, SessionDoesNotFlood)
     ASSERT_TRUE(client.logIn());
     while (announced.size() < 5 || !m_gateway.pendingItems().isEmpty()) {
         const qsizetype reached = qMin<qsizetype>(announced.size() + 1, 5);
-        ASSERT_TRUE(waitUntil([&] {
-            return m_gateway.pendingItems().size() == 2 || announced.size() >= reached;
-        }));
+        ASSERT_TRUE(waitUntil(
+            [&] { return m_gateway.pendingItems().size() == 2 || announced.size() >= reached; }));
         ASSERT_LE(m_gateway.pendingItems().size(), 2);
         ASSERT_EQ(decide(client, m_gateway.pendingItems().first().approvalId), u"ok"_s);
     }

@@ -50,8 +50,7 @@ public:
     /// The exit status, or -1 when it was killed or did not end.
     int ends()
     {
-        const bool ended
-            = waitUntil([&] { return m_process.state() == QProcess::NotRunning; });
+        const bool ended = waitUntil([&] { return m_process.state() == QProcess::NotRunning; });
         return ended && m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -1;
     }
     QProcess &process() { return m_process; }
@@ -73,17 +72,19 @@ QString writeScript(const QTemporaryDir &folder, const QByteArray &text)
 TEST(PracticeProgram, PlaysAScriptAndPrintsDecisions)
 {
     const QTemporaryDir folder;
-    Program program({u"--script"_s, writeScript(folder, "wait-client\n"
-                                                        "request r-1 main echo \\u202E hello\n"
-                                                        "wait-decision r-1\n"
-                                                        "error approval not found\n"
-                                                        "request r-2 - ls\n"
-                                                        "wait-decision r-2\n"
-                                                        "close\n"
-                                                        "listen\n"
-                                                        "resolve r-2\n"
-                                                        "wait-client\n"
-                                                        "quit\n")});
+    Program program({u"--script"_s,
+                     writeScript(folder,
+                                 "wait-client\n"
+                                 "request r-1 main echo \\u202E hello\n"
+                                 "wait-decision r-1\n"
+                                 "error approval not found\n"
+                                 "request r-2 - ls\n"
+                                 "wait-decision r-2\n"
+                                 "close\n"
+                                 "listen\n"
+                                 "resolve r-2\n"
+                                 "wait-client\n"
+                                 "quit\n")});
     const QUrl url = program.url();
     RawClient client(url);
     ASSERT_TRUE(client.logIn());

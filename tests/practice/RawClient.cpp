@@ -62,8 +62,8 @@ QString DeviceKey::sign(const QString &payload) const
 QJsonObject connectParams(const DeviceKey &key, const HandshakeParts &parts)
 {
     QString payload = u"%1|%2|brackwen-macos|webchat|operator|operator.admin,operator.approvals,"
-                      "operator.pairing|1718000000000|%3"_s.arg(
-                          parts.nonce ? u"v2"_s : u"v1"_s, key.id(), parts.signedToken);
+                      "operator.pairing|1718000000000|%3"_s.arg(parts.nonce ? u"v2"_s : u"v1"_s,
+                                                                key.id(), parts.signedToken);
     QJsonObject device {{u"id"_s, key.id()},
                         {u"publicKey"_s, key.publicKey()},
                         {u"signedAt"_s, qint64 {1'718'000'000'000}}};
@@ -75,11 +75,12 @@ QJsonObject connectParams(const DeviceKey &key, const HandshakeParts &parts)
     QJsonObject params {
         {u"minProtocol"_s, 3},
         {u"maxProtocol"_s, 3},
-        {u"client"_s, QJsonObject {{u"id"_s, u"brackwen-macos"_s},
-                                   {u"version"_s, u"1.0.0"_s},
-                                   {u"platform"_s, u"macOS"_s},
-                                   {u"mode"_s, u"webchat"_s},
-                                   {u"instanceId"_s, key.id()}}},
+        {u"client"_s,
+         QJsonObject {{u"id"_s, u"brackwen-macos"_s},
+                      {u"version"_s, u"1.0.0"_s},
+                      {u"platform"_s, u"macOS"_s},
+                      {u"mode"_s, u"webchat"_s},
+                      {u"instanceId"_s, key.id()}}},
         {u"role"_s, u"operator"_s},
         {u"scopes"_s,
          QJsonArray {u"operator.admin"_s, u"operator.approvals"_s, u"operator.pairing"_s}},
@@ -95,8 +96,8 @@ QJsonObject connectParams(const DeviceKey &key, const HandshakeParts &parts)
 }
 
 RawClient::RawClient(const QUrl &url, const QString &origin)
-    : m_socket(std::make_unique<QWebSocket>(
-        origin.isEmpty() ? u"http://"_s + url.authority() : origin))
+    : m_socket(
+        std::make_unique<QWebSocket>(origin.isEmpty() ? u"http://"_s + url.authority() : origin))
 {
     QObject::connect(m_socket.get(), &QWebSocket::textMessageReceived, m_socket.get(),
                      [this](const QString &text) {

@@ -56,8 +56,7 @@ TEST(SampleRequests, ShowEveryKindOfRequest)
 
 TEST(SampleRequests, NeverShareAnId)
 {
-    static const QRegularExpression uuid(
-        u"^[0-9a-f]{8}(-[0-9a-f]{4}){3}-[0-9a-f]{12}$"_s);
+    static const QRegularExpression uuid(u"^[0-9a-f]{8}(-[0-9a-f]{4}){3}-[0-9a-f]{12}$"_s);
     QSet<QString> ids;
     for (int i = 0; i < 3 * sampleRequestCount(); ++i) {
         const QString id = sampleRequest(i, nowMs).approvalId;

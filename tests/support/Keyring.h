@@ -60,7 +60,7 @@ inline bool isLocked()
 inline void lock()
 {
     call(servicePath, service, QStringLiteral("Lock"),
-         {QVariant::fromValue(QList<QDBusObjectPath>{QDBusObjectPath(collectionPath)})});
+         {QVariant::fromValue(QList<QDBusObjectPath> {QDBusObjectPath(collectionPath)})});
 }
 
 /// A secret as it travels over the bus.

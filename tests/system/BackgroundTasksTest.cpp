@@ -31,18 +31,18 @@ TEST(BackgroundTasks, LogsWhatEscapesAndKnowsWhatIsRunning)
     const ReplySource<int> two(0);
     tasks.spawn(await(one.reply(), {}), u"one"_s);
     tasks.spawn(await(two.reply(), u"the disk is full"_s), u"two"_s);
-    EXPECT_EQ(tasks.running(), (QStringList{u"one"_s, u"two"_s}));
+    EXPECT_EQ(tasks.running(), (QStringList {u"one"_s, u"two"_s}));
 
     int idleCalls = 0;
     tasks.whenIdle([&] { ++idleCalls; });
     two.answer(-1);
-    ASSERT_TRUE(test::waitUntil([&] { return tasks.running() == QStringList{u"one"_s}; }));
-    EXPECT_EQ(log.lines(), QStringList{u"[Brackwen] task two failed: the disk is full"_s});
+    ASSERT_TRUE(test::waitUntil([&] { return tasks.running() == QStringList {u"one"_s}; }));
+    EXPECT_EQ(log.lines(), QStringList {u"[Brackwen] task two failed: the disk is full"_s});
     EXPECT_EQ(idleCalls, 0);
 
     one.answer(1);
     ASSERT_TRUE(test::waitUntil([&] { return idleCalls > 0; }));
-    EXPECT_EQ(tasks.running(), QStringList{});
+    EXPECT_EQ(tasks.running(), QStringList {});
     tasks.whenIdle([&] { ++idleCalls; });
     EXPECT_EQ(idleCalls, 2) << "idle already: called at once, and earlier callbacks not again";
     EXPECT_EQ(log.lines().size(), 1);
@@ -55,8 +55,8 @@ TEST(BackgroundTasks, TaskThatFailsBeforeItIsHandedOverIsLoggedToo)
     const ReplySource<int> source(0);
     source.answer(-1);
     tasks.spawn(await(source.reply(), u"at once"_s), u"early"_s);
-    EXPECT_EQ(log.lines(), QStringList{u"[Brackwen] task early failed: at once"_s});
-    EXPECT_EQ(tasks.running(), QStringList{});
+    EXPECT_EQ(log.lines(), QStringList {u"[Brackwen] task early failed: at once"_s});
+    EXPECT_EQ(tasks.running(), QStringList {});
 }
 
 TEST(BackgroundTasks, TasksMayOutliveTheOwner)
@@ -75,7 +75,7 @@ TEST(BackgroundTasks, TasksMayOutliveTheOwner)
         QCoreApplication::processEvents();
     }
     EXPECT_FALSE(idle);
-    EXPECT_EQ(log.lines(), QStringList{});
+    EXPECT_EQ(log.lines(), QStringList {});
 }
 
 } // namespace

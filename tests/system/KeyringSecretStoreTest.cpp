@@ -43,7 +43,7 @@ protected:
     }
 
     test::RecordingLog log;
-    KeyringSecretStore store{log};
+    KeyringSecretStore store {log};
 };
 
 TEST_F(Keyring, StoresReplacesAndDeletes)
@@ -63,7 +63,7 @@ TEST_F(Keyring, StoresReplacesAndDeletes)
     EXPECT_EQ(get(u"token2"_s).value(), u"other"_s);
     EXPECT_TRUE(remove(u"token2"_s));
     EXPECT_EQ(test::keyring::itemCount(), 0);
-    EXPECT_EQ(log.lines(), QStringList{});
+    EXPECT_EQ(log.lines(), QStringList {});
 }
 
 TEST_F(Keyring, ValueThatIsNotUtf8ReadsAsAbsent)
@@ -123,7 +123,7 @@ TEST_F(Keyring, HungKeyringCostsOneWait)
         const auto read = test::waitFor(std::move(first));
         ASSERT_FALSE(read);
         EXPECT_EQ(read.error().description(), u"the keyring did not answer within 0.4 seconds"_s);
-        EXPECT_EQ(log.lines(), QStringList{waitingLine});
+        EXPECT_EQ(log.lines(), QStringList {waitingLine});
         const auto removed = test::waitFor(std::move(behind));
         ASSERT_FALSE(removed);
 
@@ -184,7 +184,7 @@ TEST(NoKeyring, EveryOperationFailsAtOnceWithAReason)
     EXPECT_FALSE(written.error().description().isEmpty());
     EXPECT_FALSE(test::waitFor(store.remove(serviceName, u"a"_s)));
     EXPECT_LT(timer.elapsed(), 3000);
-    EXPECT_EQ(log.lines(), QStringList{});
+    EXPECT_EQ(log.lines(), QStringList {});
     std::printf("reason: %s / %s\n", qPrintable(read.error().description()),
                 qPrintable(written.error().description()));
 }

@@ -41,7 +41,7 @@ TEST(Preferences, KeepTextsExactlyAcrossRuns)
 {
     const QTemporaryDir folder;
     const QString path = folder.filePath(u"preferences.ini"_s);
-    const QList<std::pair<QString, QString>> texts{
+    const QList<std::pair<QString, QString>> texts {
         {u"gateway.device.privateKey"_s, u"a+b/c=="_s},
         {u"menu.language"_s, u"한국어"_s},
         {u"list"_s, u"one, two; \"three\"\nfour\\"_s},

@@ -68,7 +68,7 @@ TEST(Reply, GivesTheFirstAnswerHoweverItComes)
         c.after(source);
         EXPECT_TRUE(test::waitUntil([&] { return task.isReady(); }));
         QCoreApplication::processEvents();
-        EXPECT_EQ(log, QStringList{c.expected});
+        EXPECT_EQ(log, QStringList {c.expected});
     }
 }
 
@@ -78,9 +78,9 @@ TEST(Reply, ContinuesInALaterTurnAndMayDropItsSource)
     QStringList log;
     const auto task = awaitAndForget(source->reply(), &source, &log);
     source->answer(u"answer"_s);
-    EXPECT_EQ(log, QStringList{}) << "the coroutine went on inside the call that answered";
+    EXPECT_EQ(log, QStringList {}) << "the coroutine went on inside the call that answered";
     ASSERT_TRUE(test::waitUntil([&] { return task.isReady(); }));
-    EXPECT_EQ(log, (QStringList{u"answer"_s, u"forgotten"_s}));
+    EXPECT_EQ(log, (QStringList {u"answer"_s, u"forgotten"_s}));
 }
 
 TEST(Reply, IsAbandonedOnlyWithTheLastCopyOfItsSource)
@@ -94,7 +94,7 @@ TEST(Reply, IsAbandonedOnlyWithTheLastCopyOfItsSource)
     EXPECT_FALSE(second->isAnswered());
     second.reset();
     ASSERT_TRUE(test::waitUntil([&] { return task.isReady(); }));
-    EXPECT_EQ(log, QStringList{u"abandoned"_s});
+    EXPECT_EQ(log, QStringList {u"abandoned"_s});
 }
 
 } // namespace

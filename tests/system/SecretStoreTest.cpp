@@ -14,8 +14,8 @@ using namespace Qt::StringLiterals;
 
 TEST(KeychainError, DescribesItselfWithThePlatformsMessageWhenThereIsOne)
 {
-    EXPECT_EQ((KeychainError{-25308, {}}).description(), u"Keychain error (status=-25308)"_s);
-    EXPECT_EQ((KeychainError{3, u"%1 access denied"_s}).description(), u"%1 access denied"_s);
+    EXPECT_EQ((KeychainError {-25308, {}}).description(), u"Keychain error (status=-25308)"_s);
+    EXPECT_EQ((KeychainError {3, u"%1 access denied"_s}).description(), u"%1 access denied"_s);
 }
 
 TEST(MemorySecretStore, AddressesSecretsByServiceAndAccount)

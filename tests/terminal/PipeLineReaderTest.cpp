@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "ui/terminal/PipeLineReader.h"
 #include "Descriptors.h"
 #include "support/Waiting.h"
-#include "ui/terminal/PipeLineReader.h"
 
 #include <QTemporaryFile>
 
@@ -19,13 +19,15 @@ namespace
 class Reading
 {
 public:
-    explicit Reading(int descriptor, PipeLineReader::LineStart lineStart = PipeLineReader::LineStart::WhenRead)
+    explicit Reading(int descriptor,
+                     PipeLineReader::LineStart lineStart = PipeLineReader::LineStart::WhenRead)
         : reader(descriptor, lineStart)
     {
         reader.setMomentSource([this] { return moment; });
         QObject::connect(&reader, &LineSource::lineEntered, &reader,
                          [this](const QString &text, DialogueMoment begunAt) {
-                             delivered.push_back((text + u'@' + QString::number(begunAt)).toStdString());
+                             delivered.push_back(
+                                 (text + u'@' + QString::number(begunAt)).toStdString());
                          });
         QObject::connect(&reader, &LineSource::lineRefused, &reader, [this](const QString &reason) {
             delivered.push_back("refused: " + reason.toStdString());

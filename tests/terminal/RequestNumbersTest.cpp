@@ -39,7 +39,8 @@ TEST(RequestNumbers, FindsByNumberIdAndUniqueBeginning)
 {
     RequestNumbers numbers;
     QList<ApprovalItem> pending;
-    for (const QString &id : {u"aaa-1"_s, u"aab-2"_s, u"3x"_s, u"2nd"_s, u"ab"_s, u"abc"_s, u"#1"_s}) {
+    for (const QString &id :
+         {u"aaa-1"_s, u"aab-2"_s, u"3x"_s, u"2nd"_s, u"ab"_s, u"abc"_s, u"#1"_s}) {
         pending.append(item(id));
         numbers.show(pending.last(), 1);
     }
@@ -75,9 +76,13 @@ TEST(RequestNumbers, ARequestThatWentAwayLeavesItsNameTaken)
     numbers.forget(u"aaa"_s, 10);
     const QList<ApprovalItem> left {both.last()};
     expectLookups(numbers, left, 9, // begun while "aa" could mean both
-                  {{u"aa"_s, Kind::Ambiguous, {}}, {u"1"_s, Kind::Gone, {}, 1}, {u"aaa"_s, Kind::Gone, {}, 1}});
+                  {{u"aa"_s, Kind::Ambiguous, {}},
+                   {u"1"_s, Kind::Gone, {}, 1},
+                   {u"aaa"_s, Kind::Gone, {}, 1}});
     expectLookups(numbers, left, 10,
-                  {{u"aa"_s, Kind::Found, u"aab"_s}, {u"#1"_s, Kind::Gone, {}, 1}, {u"aaa"_s, Kind::Gone, {}, 1}});
+                  {{u"aa"_s, Kind::Found, u"aab"_s},
+                   {u"#1"_s, Kind::Gone, {}, 1},
+                   {u"aaa"_s, Kind::Gone, {}, 1}});
 
     numbers.show(both.first(), 20); // it comes back: a new request
     EXPECT_EQ(numbers.number(u"aaa"_s), 3);

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "ui/terminal/TerminalFrontEnd.h"
 #include "Descriptors.h"
 #include "monitor/MonitorFixture.h"
 #include "ui/terminal/LineSource.h"
-#include "ui/terminal/TerminalFrontEnd.h"
 #include "ui/terminal/TerminalOutput.h"
 
 using namespace bram;
@@ -56,7 +56,8 @@ protected:
                 return at >= 0;
             },
             3000);
-        EXPECT_TRUE(said) << qPrintable(text) << "\nis missing after\n" << qPrintable(shown.sliced(seen));
+        EXPECT_TRUE(said) << qPrintable(text) << "\nis missing after\n"
+                          << qPrintable(shown.sliced(seen));
         return said;
     }
     void typeAndHear(const QString &line, const QString &answer)
@@ -70,7 +71,10 @@ protected:
         typeAndHear(u"no-such-command"_s, u"Unknown command: no-such-command"_s);
         return shown;
     }
-    void simulate(const ApprovalItem &item) { monitor().handleGatewayEvent(ApprovalRequested {item}); }
+    void simulate(const ApprovalItem &item)
+    {
+        monitor().handleGatewayEvent(ApprovalRequested {item});
+    }
     void announceAndSee(const char *id, const QString &head)
     {
         gateway.announce(item(id));
@@ -206,7 +210,8 @@ TEST_F(FrontEnd, ABurstIsSummarisedAndWhatWasNotShownIsNotDecided)
     typeAndHear(u"status"_s, u"Not shown yet: 5"_s);
     const QString notShown = board().displayItems().last().approvalId; // shown last
     typeAndHear(u"deny "_s + notShown, u"Not decided: that request has not been shown yet"_s);
-    typeAndHear(u"deny all"_s, u"Left out, because they have not been shown: 5 (`list` shows them)"_s);
+    typeAndHear(u"deny all"_s,
+                u"Left out, because they have not been shown: 5 (`list` shows them)"_s);
     ASSERT_TRUE(waitSettled(20)); // the gateway does not know them: they leave
     EXPECT_EQ(board().displayItems().size(), 5);
     typeAndHear(u"list"_s, u"#25  "_s);

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "ui/terminal/TerminalLineEditor.h"
 #include "Descriptors.h"
 #include "Screen.h"
 #include "support/Waiting.h"
 #include "ui/terminal/TerminalInput.h"
-#include "ui/terminal/TerminalLineEditor.h"
 #include "ui/terminal/TerminalOutput.h"
 
 #include <gmock/gmock.h>
@@ -39,7 +39,8 @@ protected:
         editor->setMomentSource([this] { return moment; });
         QObject::connect(editor.get(), &LineSource::lineEntered, editor.get(),
                          [this](const QString &text, DialogueMoment begunAt) {
-                             entered.push_back((text + u'@' + QString::number(begunAt)).toStdString());
+                             entered.push_back(
+                                 (text + u'@' + QString::number(begunAt)).toStdString());
                          });
         QObject::connect(editor.get(), &LineSource::endOfInput, editor.get(), [this] { ++ends; });
         editor->start();
@@ -120,7 +121,8 @@ TEST_F(LineEditor, AResizeNeverErasesWhatStandsAbove)
     const QStringList rows = screen.rows();
     ASSERT_GE(rows.size(), 4);
     EXPECT_EQ(rows.first(), u"above"_s);
-    EXPECT_EQ(rows.sliced(rows.size() - 3), QStringList({u"Request #3"_s, u"bram> deny 12xxxxxxx"_s, QString(13, u'x')}));
+    EXPECT_EQ(rows.sliced(rows.size() - 3),
+              QStringList({u"Request #3"_s, u"bram> deny 12xxxxxxx"_s, QString(13, u'x')}));
 }
 
 TEST_F(LineEditor, KeysEditAndLinesAreRemembered)
@@ -133,14 +135,21 @@ TEST_F(LineEditor, KeysEditAndLinesAreRemembered)
     const Row rows[] = {
         {"deny 1\r", "deny 1"},
         {"가나다\x7f\x7f라\n", "가라"}, // Korean, typed and erased
-        {"b" + leftArrow + "a\033[F" "c\033[H" "x\n", "xabc"},
+        {"b" + leftArrow
+             + "a\033[F"
+               "c\033[H"
+               "x\n",
+         "xabc"},
         {upArrow + "\n", "xabc"},
         {"lisst" + leftArrow + "\x7f\n", "list"},
         {"ab\033[D\033[3~c\n", "ac"},
         {"deny all\x15quit\n", "quit"},
         {"one two\x17three\n", "one three"},
         {"a\033[1;5Pb\033OPc\033[15~\x1c\x1d\t\n", "abc"}, // keys without a meaning
-        {"\xff\xfe" "a\n", "\xef\xbf\xbd\xef\xbf\xbd" "a"},
+        {"\xff\xfe"
+         "a\n",
+         "\xef\xbf\xbd\xef\xbf\xbd"
+         "a"},
         {alt + "\n", "x"},
         {"\xea", ""},
         {"\xb0\x80\n", "가"}, // a letter in two pieces
@@ -156,7 +165,8 @@ TEST_F(LineEditor, KeysEditAndLinesAreRemembered)
             continue;
         }
         expected.append(row.line);
-        ASSERT_TRUE(waitUntil([&] { return entered.size() == size_t(expected.size()); })) << row.line.toStdString();
+        ASSERT_TRUE(waitUntil([&] { return entered.size() == size_t(expected.size()); }))
+            << row.line.toStdString();
         EXPECT_EQ(entered.back(), row.line.toStdString() + "@0");
     }
 }

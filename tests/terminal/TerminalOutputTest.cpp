@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "ui/terminal/TerminalOutput.h"
 #include "Descriptors.h"
 #include "support/Waiting.h"
-#include "ui/terminal/TerminalOutput.h"
 
 #include <gmock/gmock.h>
 
@@ -12,7 +12,8 @@ using namespace Qt::StringLiterals;
 namespace
 {
 const TerminalLines twoLines {{u"a\x1b[2J\r\nb"_s, LineStyle::Danger}, {u"가"_s, LineStyle::Plain}};
-const QByteArray withoutColours = "a\xef\xbf\xbd[2J\xef\xbf\xbd\xef\xbf\xbd" "b\n가\n";
+const QByteArray withoutColours = "a\xef\xbf\xbd[2J\xef\xbf\xbd\xef\xbf\xbd"
+                                  "b\n가\n";
 } // namespace
 
 TEST(TerminalOutput, ColoursOnATerminalOnlyAndNoControlCharacterOfALineAnywhere)

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "model/HonestProperties.h"
 #include "ui/terminal/TerminalText.h"
+#include "model/HonestProperties.h"
 
 #include <gmock/gmock.h>
 
@@ -57,7 +57,8 @@ TEST(TerminalText, ACommandIsShownWholeBehindItsFrameAtEveryWidth)
         QString(5000, u'x'),
         u"가나다라마바사아자차카타파하 "_s.repeated(40),
         u"python3 - <<E\nif x:\n        pass\nE"_s,
-        u"\x1b[2J\x1b]0;t\x07\r\x9b" "1m\u202e\u200b\ttab  "_s,
+        u"\x1b[2J\x1b]0;t\x07\r\x9b"
+        "1m\u202e\u200b\ttab  "_s,
         u"é"_s.repeated(200) + QString(300, u'\n') + u"rm -rf /"_s,
         u"a"_s + QString(600, u' ') + u"; rm -rf /"_s,
     };
@@ -92,9 +93,11 @@ TEST(TerminalText, NothingFromOutsideControlsTheTerminalOrLooksLikeALineOfItsOwn
                                 RequestOccasion::Shown, RequestOccasion::Listed}) {
         lines += requestLines(request, 1, occasion, now, 60);
     }
-    lines += messageLines(nasty, 60) + historyLines({history}, 60) + activityLines({activity}, 60)
+    lines
+        += messageLines(nasty, 60) + historyLines({history}, 60) + activityLines({activity}, 60)
         + statusLines(status, 1, 1, 60)
-        + messageLines(outcomeText(1, ApprovalDecision::Deny, {DecisionOutcome::Kind::Failed, nasty}), 60);
+        + messageLines(
+               outcomeText(1, ApprovalDecision::Deny, {DecisionOutcome::Kind::Failed, nasty}), 60);
     for (const TerminalLine &line : lines) {
         for (const QChar c : line.text) {
             EXPECT_FALSE(misleads(c.unicode(), U'a')) << qPrintable(line.text);
@@ -124,7 +127,8 @@ TEST(TerminalText, TheHeadlineSaysRiskTimeAndWhatTheRequestIs)
     ApprovalItem request = item(u"sudo rm -rf /"_s);
     request.expiresAtMs = now + 90'001;
     TerminalLines lines = requestLines(request, 7, RequestOccasion::Arrived, now, 80);
-    EXPECT_EQ(lines.first(), (TerminalLine {u"Request #7  HIGH RISK  expires in 91 s"_s, LineStyle::Danger}));
+    EXPECT_EQ(lines.first(),
+              (TerminalLine {u"Request #7  HIGH RISK  expires in 91 s"_s, LineStyle::Danger}));
     request.command = u"ls"_s;
     request.expiresAtMs = now + 600'000;
     lines = requestLines(request, 7, RequestOccasion::Changed, now, 80);
@@ -139,7 +143,8 @@ TEST(TerminalText, TheHeadlineSaysRiskTimeAndWhatTheRequestIs)
 
 TEST(TerminalText, SentencesBreakAtBlanks)
 {
-    EXPECT_EQ(textOf(messageLines(u"one two three four five"_s, 15)), u"one two three\n  four five"_s);
+    EXPECT_EQ(textOf(messageLines(u"one two three four five"_s, 15)),
+              u"one two three\n  four five"_s);
     EXPECT_EQ(textOf(messageLines(u"one "_s + QString(14, u'x'), 15)),
               u"one\n  "_s + QString(12, u'x') + u"\n  xx"_s);
     for (const int columns : {79, 40}) {

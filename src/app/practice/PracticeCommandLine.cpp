@@ -97,8 +97,8 @@ std::expected<PracticeSessionOptions, CommandLineEnd> readSession(const QCommand
 }
 } // namespace
 
-std::expected<PracticeProgram, CommandLineEnd> parsePracticeCommandLine(
-    const QStringList &arguments)
+std::expected<PracticeProgram, CommandLineEnd>
+parsePracticeCommandLine(const QStringList &arguments)
 {
     const PracticeOptions options;
     QCommandLineParser parser;
@@ -112,8 +112,7 @@ std::expected<PracticeProgram, CommandLineEnd> parsePracticeCommandLine(
         return std::unexpected(CommandLineEnd {parser.helpText().trimmed(), 0});
     }
     if (parser.isSet(options.version)) {
-        return std::unexpected(
-            CommandLineEnd {u"bram-practice-gateway " BRAM_VERSION ""_s, 0});
+        return std::unexpected(CommandLineEnd {u"bram-practice-gateway " BRAM_VERSION ""_s, 0});
     }
     if (!parser.positionalArguments().isEmpty()) {
         return usageError(

@@ -29,7 +29,7 @@ struct CommandLineEnd {
 };
 
 /// Reads the arguments, program name first, and the script file that they may name.
-std::expected<PracticeProgram, CommandLineEnd> parsePracticeCommandLine(
-    const QStringList &arguments);
+std::expected<PracticeProgram, CommandLineEnd>
+parsePracticeCommandLine(const QStringList &arguments);
 
 } // namespace bram

@@ -38,10 +38,9 @@ void reportGateway(PracticeGateway &gateway, QObject *context)
 {
     QObject::connect(&gateway, &PracticeGateway::clientAuthenticated, context,
                      [] { printLine(u"client connected"_s); });
-    QObject::connect(&gateway, &PracticeGateway::clientRefused, context,
-                     [](const QString &reason) {
-                         printLine(u"client refused: "_s + honestLine(reason).text);
-                     });
+    QObject::connect(&gateway, &PracticeGateway::clientRefused, context, [](const QString &reason) {
+        printLine(u"client refused: "_s + honestLine(reason).text);
+    });
     QObject::connect(&gateway, &PracticeGateway::announced, context, [](const ApprovalItem &item) {
         printLine(u"request %1 %2 %3"_s.arg(honestLine(item.approvalId).text,
                                             honestLine(item.agentId.value_or(u"-"_s)).text,
@@ -49,14 +48,13 @@ void reportGateway(PracticeGateway &gateway, QObject *context)
     });
     QObject::connect(&gateway, &PracticeGateway::decisionReceived, context,
                      [](const ReceivedDecision &decision) {
-                         printLine(u"decision %1 %2 %3"_s.arg(
-                             honestLine(decision.approvalId).text, rawText(decision.decision),
-                             outcomeText(decision)));
+                         printLine(u"decision %1 %2 %3"_s.arg(honestLine(decision.approvalId).text,
+                                                              rawText(decision.decision),
+                                                              outcomeText(decision)));
                      });
     QObject::connect(&gateway, &PracticeGateway::resolvedElsewhere, context,
                      [](const QString &approvalId) {
-                         printLine(
-                             u"resolved %1 elsewhere"_s.arg(honestLine(approvalId).text));
+                         printLine(u"resolved %1 elsewhere"_s.arg(honestLine(approvalId).text));
                      });
 }
 

@@ -44,8 +44,7 @@ TerminationSignals::TerminationSignals()
     m_notifier = std::make_unique<QSocketNotifier>(m_pipe[0], QSocketNotifier::Read);
     connect(m_notifier.get(), &QSocketNotifier::activated, this, [this] {
         char byte = 0;
-        while (::read(m_pipe[0], &byte, 1) == 1) {
-        }
+        while (::read(m_pipe[0], &byte, 1) == 1) { }
         Q_EMIT requested();
     });
     for (const int number : handledSignals) {

@@ -59,21 +59,19 @@ std::expected<TerminalCommand, Error> parseCommandLine(QStringView line)
     const auto plain = std::ranges::find(plainCommands, QStringView(word), &PlainRow::word);
     if (plain != plainCommands.end()) {
         if (words.size() > 1) {
-            return fault(TerminalTr::tr("`%1` takes nothing after it.")
-                             .arg(word));
+            return fault(TerminalTr::tr("`%1` takes nothing after it.").arg(word));
         }
         return plain->command;
     }
 
     const auto decision = approvalDecisionFromRawText(word);
     if (!decision && word != "show"_L1) {
-        return fault(TerminalTr::tr("Unknown command: %1 (try `help`)")
-                         .arg(beginningOfTyped(word)));
+        return fault(
+            TerminalTr::tr("Unknown command: %1 (try `help`)").arg(beginningOfTyped(word)));
     }
     if (words.size() != 2) {
         const QString after = decision ? u"ID|all"_s : u"ID"_s;
-        return fault(TerminalTr::tr("Say which request: %1 %2")
-                         .arg(word, after));
+        return fault(TerminalTr::tr("Say which request: %1 %2").arg(word, after));
     }
     const QString &target = words.at(1);
     if (!decision) {

@@ -15,8 +15,8 @@ namespace
 constexpr char32_t escape = 0x1B;
 constexpr qsizetype longestSequence = 16;
 /// Go to the editor as they are: moving, deleting, yanking, redrawing.
-constexpr QStringView editingControls
-    = u"\u0001\u0002\u0003\u0004\u0005\u0006\u0008\u000A\u000B\u000C\u000E\u0010\u0014\u0015\u0017\u0019\u007F";
+constexpr QStringView editingControls = u"\u0001\u0002\u0003\u0004\u0005\u0006\u0008\u000A\u000B"
+                                        u"\u000C\u000E\u0010\u0014\u0015\u0017\u0019\u007F";
 /// How many bytes at the end are the beginning of a longer UTF-8 sequence.
 qsizetype incompleteBytes(QByteArrayView bytes)
 {

@@ -27,7 +27,7 @@ public:
     enum class LineStart {
         WhenRead, ///< with its first byte
         AtPreviousEnd, ///< as soon as the line before it has ended: of a line typed at a terminal that edits
-                       ///< by itself nothing is seen before its end
+        ///< by itself nothing is seen before its end
     };
 
     explicit PipeLineReader(int descriptor, LineStart lineStart = LineStart::WhenRead);

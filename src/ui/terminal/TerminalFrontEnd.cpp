@@ -35,7 +35,8 @@ TerminalFrontEnd::TerminalFrontEnd(ApprovalMonitor &monitor, LineSource &input,
     , m_input(input)
     , m_output(output)
     , m_clock(clock)
-    , m_statusSaid {GatewayStatus::Lines().connectionStatus} // that all begins so goes without saying
+    , m_statusSaid {GatewayStatus::Lines().connectionStatus}
+    // that all begins so goes without saying
 {
     m_input.setMomentSource([this] { return m_output.written(); });
     connect(&m_input, &LineSource::lineEntered, this, &TerminalFrontEnd::onLine);
@@ -134,7 +135,8 @@ std::optional<ApprovalItem> TerminalFrontEnd::find(const QString &target, Dialog
     case RequestLookup::Kind::Found:
         return found.item;
     case RequestLookup::Kind::Unknown:
-        say(TerminalTr::tr("No pending request is meant by: ") + beginningOfTyped(target), LineStyle::Warning);
+        say(TerminalTr::tr("No pending request is meant by: ") + beginningOfTyped(target),
+            LineStyle::Warning);
         break;
     case RequestLookup::Kind::Ambiguous:
         say(TerminalTr::tr("More than one request could be meant by: ") + beginningOfTyped(target),
@@ -368,8 +370,8 @@ void TerminalFrontEnd::showRequests(const QList<ApprovalItem> &items, RequestOcc
         if (isAnnouncement) {
             lines.append(TerminalLine());
         }
-        lines.append(requestLines(item, m_numbers.give(item.approvalId), occasion,
-                                  m_clock.nowMs(), m_output.columns()));
+        lines.append(requestLines(item, m_numbers.give(item.approvalId), occasion, m_clock.nowMs(),
+                                  m_output.columns()));
     }
     print(lines);
     for (const ApprovalItem &item : items) {

@@ -80,7 +80,8 @@ private:
     RequestNumbers m_numbers;
     QSet<QString> m_summarised; ///< ids that were counted in one line instead of being shown
     QList<Leaving> m_leaving; ///< removed, and not yet said why
-    QStringList m_statusSaid; ///< since the last working connection: a gateway that stays away is not news
+    QStringList
+        m_statusSaid; ///< since the last working connection: a gateway that stays away is not news
     bool m_quitting = false;
 };
 

@@ -45,7 +45,8 @@ QLatin1StringView escapeOf(LineStyle style)
 QString withoutControls(QString text)
 {
     std::ranges::replace_if(
-        text, [](QChar c) { return c.category() == QChar::Other_Control; }, QChar::ReplacementCharacter);
+        text, [](QChar c) { return c.category() == QChar::Other_Control; },
+        QChar::ReplacementCharacter);
     return text;
 }
 
@@ -94,7 +95,8 @@ void TerminalOutput::write(const TerminalLines &lines)
     QString text;
     for (const TerminalLine &line : lines) {
         const QLatin1StringView escape = m_hasColours ? escapeOf(line.style) : QLatin1StringView();
-        text += escape + withoutControls(line.text) + (escape.isEmpty() ? ""_L1 : "\033[0m"_L1) + u'\n';
+        text += escape + withoutControls(line.text) + (escape.isEmpty() ? ""_L1 : "\033[0m"_L1)
+            + u'\n';
     }
     writeRaw(text.toUtf8());
 }

@@ -102,7 +102,8 @@ QString beginningOf(const QString &text, qsizetype characters)
 QString agentText(const ApprovalItem &item)
 {
     const QString agent = item.agentId.value_or(QString());
-    return agent.isEmpty() ? TerminalTr::tr("agent: not given") : TerminalTr::tr("agent: ") + honestLine(agent).text;
+    return agent.isEmpty() ? TerminalTr::tr("agent: not given")
+                           : TerminalTr::tr("agent: ") + honestLine(agent).text;
 }
 
 QString headline(const ApprovalItem &item, int number, RequestOccasion occasion, qint64 nowMs)
@@ -128,7 +129,8 @@ void appendCommand(TerminalLines &lines, const ApprovalItem &item, int number, i
         appendRows(lines, u"  | "_s, u"  : "_s, line, LineStyle::Plain, columns);
     }
     const auto warn = [&](const QString &warning) {
-        appendRows(lines, u"  "_s, u"  "_s, warning, LineStyle::Warning, columns, RowBreaks::AtBlanks);
+        appendRows(lines, u"  "_s, u"  "_s, warning, LineStyle::Warning, columns,
+                   RowBreaks::AtBlanks);
     };
     if (shown.suspicious) {
         warn(TerminalTr::tr("Contains characters that could mislead; they are shown as ⟨…⟩."));
@@ -146,14 +148,14 @@ void appendCommand(TerminalLines &lines, const ApprovalItem &item, int number, i
 TerminalLines requestLines(const ApprovalItem &item, int number, RequestOccasion occasion,
                            qint64 nowMs, int columns)
 {
-    const LineStyle style = commandRiskLevel(item.command) == CommandRisk::High
-        ? LineStyle::Danger
-        : LineStyle::Strong;
+    const LineStyle style = commandRiskLevel(item.command) == CommandRisk::High ? LineStyle::Danger
+                                                                                : LineStyle::Strong;
     const QString next = u"      "_s;
     TerminalLines lines;
     const QString head = headline(item, number, occasion, nowMs);
     if (occasion == RequestOccasion::Listed) {
-        const QString id = TerminalTr::tr("id: ") + beginningOf(item.approvalId, listedIdCharacters);
+        const QString id
+            = TerminalTr::tr("id: ") + beginningOf(item.approvalId, listedIdCharacters);
         appendRows(lines, {}, next, head + u"  "_s + id + u"  "_s + agentText(item), style, columns,
                    RowBreaks::AtBlanks);
     } else {
@@ -181,11 +183,13 @@ TerminalLines historyLines(const QList<ApprovalHistoryEntry> &entries, int colum
             ? TerminalTr::tr("(command not seen)")
             : beginningOf(entry.command, historyCommandCharacters);
         appendRows(lines, {}, u"  : "_s,
-                   entry.timestampText() + u"  "_s + historyStateWord(entry.state) + u"  "_s + command,
+                   entry.timestampText() + u"  "_s + historyStateWord(entry.state) + u"  "_s
+                       + command,
                    LineStyle::Plain, columns);
     }
-    return lines.isEmpty() ? TerminalLines {{TerminalTr::tr("Nothing has happened yet."), LineStyle::Quiet}}
-                           : lines;
+    return lines.isEmpty()
+        ? TerminalLines {{TerminalTr::tr("Nothing has happened yet."), LineStyle::Quiet}}
+        : lines;
 }
 
 TerminalLines activityLines(const QList<ActivityEntry> &entries, int columns)
@@ -198,18 +202,19 @@ TerminalLines activityLines(const QList<ActivityEntry> &entries, int columns)
         parts.removeAll(QString());
         appendRows(lines, {}, u"  : "_s, parts.join("  "_L1), LineStyle::Plain, columns);
     }
-    return lines.isEmpty() ? TerminalLines {{TerminalTr::tr("Nothing has happened yet."), LineStyle::Quiet}}
-                           : lines;
+    return lines.isEmpty()
+        ? TerminalLines {{TerminalTr::tr("Nothing has happened yet."), LineStyle::Quiet}}
+        : lines;
 }
 
 TerminalLines statusLines(const GatewayStatus::Lines &status, qsizetype pendingCount,
                           qsizetype notShownCount, int columns)
 {
-    TerminalLines lines
-        = messageLines(TerminalTr::tr("Gateway: ") + status.connectionStatus, columns,
-                       status.connectionIndicator == IndicatorState::Red ? LineStyle::Danger
-                                                                         : LineStyle::Plain);
-    lines.append(messageLines(TerminalTr::tr("Gateway token: ") + tokenStateWords(status.tokenState), columns));
+    TerminalLines lines = messageLines(
+        TerminalTr::tr("Gateway: ") + status.connectionStatus, columns,
+        status.connectionIndicator == IndicatorState::Red ? LineStyle::Danger : LineStyle::Plain);
+    lines.append(messageLines(
+        TerminalTr::tr("Gateway token: ") + tokenStateWords(status.tokenState), columns));
     if (status.remoteApprovalLocked) {
         lines.append(messageLines(TerminalTr::tr("Decisions from chats are locked: ")
                                       + status.remoteApprovalLockReason.value_or(QString()),
@@ -217,8 +222,9 @@ TerminalLines statusLines(const GatewayStatus::Lines &status, qsizetype pendingC
     }
     lines.append(messageLines(TerminalTr::tr("Pending requests: %1").arg(pendingCount), columns));
     if (notShownCount > 0) {
-        lines.append(messageLines(TerminalTr::tr("Not shown yet: %1 (`list` shows them)").arg(notShownCount),
-                                  columns, LineStyle::Warning));
+        lines.append(
+            messageLines(TerminalTr::tr("Not shown yet: %1 (`list` shows them)").arg(notShownCount),
+                         columns, LineStyle::Warning));
     }
     return lines;
 }
@@ -256,12 +262,15 @@ TerminalLines helpLines(int columns)
         TerminalTr::tr("status                  the gateway connection"),
         TerminalTr::tr("metrics                 counters of this run"),
         TerminalTr::tr("reconnect               connect to the gateway anew"),
-        TerminalTr::tr("reload-token            take the gateway token from the configuration again"),
-        TerminalTr::tr("clear-pending           forget the pending requests here, not at the gateway"),
+        TerminalTr::tr(
+            "reload-token            take the gateway token from the configuration again"),
+        TerminalTr::tr(
+            "clear-pending           forget the pending requests here, not at the gateway"),
         TerminalTr::tr("help                    these lines"),
         TerminalTr::tr("quit                    end the program (so does the end of input)"),
         TerminalTr::tr("ID is a request's number (3 or #3), its id or the beginning of its id."),
-        TerminalTr::tr("A line never answers a request that was shown only after the line was begun."),
+        TerminalTr::tr(
+            "A line never answers a request that was shown only after the line was begun."),
     };
     TerminalLines lines;
     for (const QString &row : rows) {
@@ -288,9 +297,11 @@ QString outcomeText(int number, ApprovalDecision decision, const DecisionOutcome
     case DecisionOutcome::Kind::Expired:
         return TerminalTr::tr("#%1 had expired; nothing was sent.").arg(number);
     case DecisionOutcome::Kind::Failed:
-        return TerminalTr::tr("#%1 not decided, it is still pending: %2").arg(QString::number(number), outcome.message);
+        return TerminalTr::tr("#%1 not decided, it is still pending: %2")
+            .arg(QString::number(number), outcome.message);
     case DecisionOutcome::Kind::IgnoredDuplicate:
-        return TerminalTr::tr("#%1: a decision is already on its way; this one was ignored.").arg(number);
+        return TerminalTr::tr("#%1: a decision is already on its way; this one was ignored.")
+            .arg(number);
     }
     Q_UNREACHABLE();
 }
