@@ -11,10 +11,26 @@
 #include <csignal>
 #include <cstdio>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 namespace
 {
 
 constexpr int usageError = 2;
+
+/// A standard stream that the caller has closed is /dev/null here: else the next file opened would take
+/// its number, and what is meant for the stream would go there.
+void openClosedStandardStreams()
+{
+    int fd = 0;
+    do {
+        fd = open("/dev/null", O_RDWR);
+    } while (fd >= 0 && fd <= STDERR_FILENO);
+    if (fd > STDERR_FILENO) {
+        close(fd);
+    }
+}
 
 void print(FILE *stream, const QString &text)
 {
@@ -72,6 +88,7 @@ int runApplication(QCoreApplication &application, const bram::LaunchOptions &opt
 
 int main(int argc, char **argv)
 {
+    openClosedStandardStreams();
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("bram"));
     QCoreApplication::setApplicationVersion(QStringLiteral(BRAM_VERSION));

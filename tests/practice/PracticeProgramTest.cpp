@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "practice/RawClient.h"
-#include "support/Waiting.h"
+#include "support/ProgramUnderTest.h"
 
-#include <QProcess>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -14,51 +13,21 @@ namespace
 using namespace Qt::StringLiterals;
 using test::outcome;
 using test::RawClient;
-using test::waitUntil;
 
-/// The program as a user starts it, and what it has said so far.
-class Program
+class Program : public test::ProgramUnderTest
 {
 public:
     explicit Program(const QStringList &arguments)
+        : ProgramUnderTest(QStringLiteral(BRAM_PRACTICE_GATEWAY), arguments)
     {
-        m_process.start(QStringLiteral(BRAM_PRACTICE_GATEWAY), arguments);
     }
-    ~Program()
-    {
-        m_process.kill();
-        m_process.waitForFinished();
-    }
-    Q_DISABLE_COPY_MOVE(Program)
 
-    bool says(const QString &line)
-    {
-        return waitUntil([&] {
-            m_output += QString::fromUtf8(m_process.readAllStandardOutput());
-            return m_output.split(u'\n').contains(line);
-        });
-    }
     QUrl url()
     {
         const QString prefix = u"listening on "_s;
-        static_cast<void>(waitUntil([&] {
-            m_output += QString::fromUtf8(m_process.readAllStandardOutput());
-            return m_output.contains(u'\n');
-        }));
-        return QUrl(m_output.section(u'\n', 0, 0).sliced(prefix.size()));
+        EXPECT_TRUE(says(prefix) && says(u"\n"_s));
+        return QUrl(output().section(u'\n', 0, 0).sliced(prefix.size()));
     }
-    /// The exit status, or -1 when it was killed or did not end.
-    int ends()
-    {
-        const bool ended = waitUntil([&] { return m_process.state() == QProcess::NotRunning; });
-        return ended && m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -1;
-    }
-    QProcess &process() { return m_process; }
-    QString output() const { return m_output; }
-
-private:
-    QProcess m_process;
-    QString m_output;
 };
 
 QString writeScript(const QTemporaryDir &folder, const QByteArray &text)
@@ -111,7 +80,7 @@ TEST(PracticeProgram, SendsSamplesUntilItIsTerminated)
     ASSERT_TRUE(client.logIn());
     EXPECT_FALSE(client.takeEvent(u"exec.approval.requested"_s).isEmpty());
     EXPECT_FALSE(client.takeEvent(u"exec.approval.requested"_s).isEmpty());
-    program.process().terminate();
+    program.signal(SIGTERM);
     EXPECT_EQ(program.ends(), 0) << qPrintable(program.output());
 }
 
@@ -150,9 +119,8 @@ TEST(PracticeProgram, RefusesABadCommandLineInOneLine)
     for (const QStringList &arguments : rows) {
         Program program(arguments);
         EXPECT_EQ(program.ends(), 2) << qPrintable(arguments.join(u' '));
-        const QByteArray error = program.process().readAllStandardError();
-        EXPECT_EQ(error.count('\n'), 1) << error.constData();
-        EXPECT_TRUE(program.process().readAllStandardOutput().isEmpty());
+        EXPECT_EQ(program.errors().count(u'\n'), 1) << qPrintable(program.errors());
+        EXPECT_EQ(program.output(), QString());
     }
 }
 
