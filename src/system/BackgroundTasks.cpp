@@ -3,7 +3,7 @@
 
 #include "system/SystemLog.h"
 
-#include <QHash>
+#include <QMap>
 
 #include <exception>
 #include <vector>
@@ -15,7 +15,7 @@ using namespace Qt::StringLiterals;
 
 struct BackgroundTasks::Registry {
     SystemLog *log = nullptr; ///< null once the owner is gone
-    QHash<quint64, QString> running; ///< names by serial number
+    QMap<quint64, QString> running; ///< names by serial number
     quint64 lastSerial = 0;
     std::vector<std::function<void()>> idleCallbacks;
 

@@ -29,7 +29,7 @@ public:
     /// "[Brackwen] task NAME failed: " and the exception's text.
     void spawn(QCoro::Task<> task, const QString &name);
 
-    /// Names of the tasks that have not ended.
+    /// Names of the tasks that have not ended, in the order of their start.
     QStringList running() const;
 
     /// Calls `callback` once, as soon as no task is running: at once if none is.
