@@ -5,32 +5,17 @@
 #include "app/PracticeWorld.h"
 #include "app/SingleInstanceLock.h"
 #include "system/Clock.h"
+#include "system/linux/StandardStreams.h"
 
 #include <QCoreApplication>
 
 #include <csignal>
 #include <cstdio>
 
-#include <fcntl.h>
-#include <unistd.h>
-
 namespace
 {
 
 constexpr int usageError = 2;
-
-/// A standard stream that the caller has closed is /dev/null here: else the next file opened would take
-/// its number, and what is meant for the stream would go there.
-void openClosedStandardStreams()
-{
-    int fd = 0;
-    do {
-        fd = open("/dev/null", O_RDWR);
-    } while (fd >= 0 && fd <= STDERR_FILENO);
-    if (fd > STDERR_FILENO) {
-        close(fd);
-    }
-}
 
 void print(FILE *stream, const QString &text)
 {
@@ -88,7 +73,7 @@ int runApplication(QCoreApplication &application, const bram::LaunchOptions &opt
 
 int main(int argc, char **argv)
 {
-    openClosedStandardStreams();
+    bram::openClosedStandardStreams();
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("bram"));
     QCoreApplication::setApplicationVersion(QStringLiteral(BRAM_VERSION));

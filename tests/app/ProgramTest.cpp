@@ -138,7 +138,7 @@ TEST_F(Program, EveryDecisionGoesItsWayThroughRefusalsReconnectsAndAKilledGatewa
     ASSERT_TRUE(bram->says(u"  | sudo make install"_s));
     bram->send(u"allow-always bbb"_s);
     ASSERT_TRUE(gateway->says(u"decision bbb-2 allow-always refused: database is locked"_s));
-    ASSERT_TRUE(bram->says(u"#2 not decided, it is still pending: database is locked"_s));
+    ASSERT_TRUE(bram->says(u"#2 not confirmed, it is still listed: database is locked"_s));
 
     ASSERT_TRUE(bram->says(u"Request #3"_s));
     ASSERT_TRUE(bram->says(u"  | rm -rf build"_s));
@@ -149,7 +149,7 @@ TEST_F(Program, EveryDecisionGoesItsWayThroughRefusalsReconnectsAndAKilledGatewa
     gateway->kill();
     ASSERT_TRUE(bram->says(u"Gateway disconnected: "_s));
     bram->send(u"deny 3"_s);
-    ASSERT_TRUE(bram->says(u"#3 not decided, it is still pending: "_s));
+    ASSERT_TRUE(bram->says(u"#3 not confirmed, it is still listed: "_s));
 
     gateway = startGateway(u"request ccc-3 - printf 'x'\\nrm -rf build\n"
                            "request ddd-4 main make\n"

@@ -20,11 +20,16 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
                                  }),
             "no escape sequence reaches the editor");
 
+    // Where a read ends may change how many marks stand for broken bytes, but no key.
+    const auto withoutMarks = [](QList<char32_t> list) {
+        list.removeAll(0xFFFD);
+        return list;
+    };
     KeyDecoder byteByByte;
     QList<char32_t> pieces;
     for (const char &byte : bytes) {
         pieces += byteByByte.take(QByteArrayView(&byte, 1));
     }
-    require(keys == pieces, "where a read ends does not change the keys");
+    require(withoutMarks(keys) == withoutMarks(pieces), "where a read ends does not change the keys");
     return 0;
 }

@@ -44,14 +44,19 @@ TEST(RequestNumbers, FindsByNumberIdAndUniqueBeginning)
         pending.append(item(id));
         numbers.show(pending.last(), 1);
     }
-    pending.append(item(u"not-shown"_s));
+    for (const QString &id : {u"not-shown"_s, u"9f00"_s, u"77"_s}) {
+        pending.append(item(id));
+    }
     expectLookups(numbers, pending, 1,
                   {{u"4"_s, Kind::Found, u"2nd"_s},
                    {u"#4"_s, Kind::Found, u"2nd"_s},
                    {u"1"_s, Kind::Found, u"aaa-1"_s},
                    {u"#1"_s, Kind::Ambiguous, {}}, // a number and another request's id
                    {u"3"_s, Kind::Found, u"3x"_s}, // a number and the beginning of the same request
-                   {u"2"_s, Kind::Ambiguous, {}}, // a number and the beginning of another one
+                   {u"2"_s, Kind::Found, u"aab-2"_s}, // digits are never the beginning of an id
+                   {u"9"_s, Kind::Unknown, {}}, // also when no such number was given
+                   {u"9f"_s, Kind::Found, u"9f00"_s},
+                   {u"77"_s, Kind::Found, u"77"_s}, // but may be a whole one
                    {u"#2"_s, Kind::Found, u"aab-2"_s},
                    {u"aaa-1"_s, Kind::Found, u"aaa-1"_s},
                    {u"aab"_s, Kind::Found, u"aab-2"_s},

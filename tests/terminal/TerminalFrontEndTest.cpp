@@ -117,7 +117,7 @@ TEST_F(FrontEnd, ADecisionGoesToTheGatewayAndItsEndIsSaidOnce)
 
     announceAndSee("d-4", u"Request #4"_s);
     gateway.setDecisionBehaviour({DecisionFault::AnswerError, 0, u"database is locked"_s});
-    typeAndHear(u"deny 4"_s, u"#4 not decided, it is still pending: database is locked\n"_s);
+    typeAndHear(u"deny 4"_s, u"#4 not confirmed, it is still listed: database is locked\n"_s);
     gateway.setDecisionBehaviour({DecisionFault::AnswerError, 0, u"unknown approval id"_s});
     typeAndHear(u"deny 4"_s, u"#4 was already resolved elsewhere.\n"_s);
     const QString all = allSaid();

@@ -3,6 +3,7 @@
 #include "app/practice/PracticeReport.h"
 #include "practice/PracticeScriptRunner.h"
 #include "system/Clock.h"
+#include "system/linux/StandardStreams.h"
 #include "system/linux/TerminationSignals.h"
 
 #include <QCoreApplication>
@@ -53,6 +54,7 @@ int run(QCoreApplication &application, const bram::PracticeProgram &program)
 
 int main(int argc, char **argv)
 {
+    bram::openClosedStandardStreams();
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(u"bram-practice-gateway"_s);
 

@@ -74,46 +74,56 @@ void RequestNumbers::forget(const QString &approvalId, DialogueMoment goneAt)
 std::optional<int> RequestNumbers::numberMeant(const QString &text) const
 {
     const QString digits = text.startsWith(u'#') ? text.sliced(1) : text;
-    const bool onlyDigits = !digits.isEmpty()
-        && std::ranges::all_of(digits, [](QChar c) { return c >= u'0' && c <= u'9'; });
+    if (digits.isEmpty()
+        || !std::ranges::all_of(digits, [](QChar c) { return c >= u'0' && c <= u'9'; })) {
+        return std::nullopt;
+    }
     bool inRange = false;
-    const int number = onlyDigits ? digits.toInt(&inRange) : 0;
-    // A number that was never given means nothing; the digits may still begin an id.
-    return inRange && number >= 1 && number <= m_lastNumber ? std::optional(number) : std::nullopt;
+    const int number = digits.toInt(&inRange);
+    return inRange && number <= m_lastNumber ? number : 0;
+}
+
+RequestLookup RequestNumbers::findNumbered(const QString &text, int number,
+                                           const QList<ApprovalItem> &pending) const
+{
+    using Kind = RequestLookup::Kind;
+    const ApprovalItem *numbered = nullptr;
+    const ApprovalItem *exact = nullptr;
+    for (const ApprovalItem &item : pending) {
+        const auto shown = m_shown.constFind(item.approvalId);
+        if (number > 0 && shown != m_shown.cend() && shown->number == number) {
+            numbered = &item;
+        }
+        if (item.approvalId == text) {
+            exact = &item;
+        }
+    }
+    if (numbered && exact && numbered != exact) {
+        return {Kind::Ambiguous, {}, 0};
+    }
+    if (numbered || exact) {
+        return {Kind::Found, numbered ? *numbered : *exact, 0};
+    }
+    return {number > 0 ? Kind::Gone : Kind::Unknown, {}, number};
 }
 
 RequestLookup RequestNumbers::find(const QString &text, const QList<ApprovalItem> &pending,
                                    DialogueMoment begunAt) const
 {
     using Kind = RequestLookup::Kind;
-    const ApprovalItem *exact = nullptr;
-    const ApprovalItem *numbered = nullptr;
+    if (const auto number = numberMeant(text)) {
+        return findNumbered(text, *number, pending);
+    }
     const ApprovalItem *begunWith = nullptr;
     qsizetype beginnings = 0;
-    const std::optional<int> meant = numberMeant(text);
     for (const ApprovalItem &item : pending) {
+        if (item.approvalId == text) {
+            return {Kind::Found, item, 0};
+        }
         if (item.approvalId.startsWith(text)) {
             begunWith = &item;
             ++beginnings;
         }
-        if (item.approvalId == text) {
-            exact = &item;
-        }
-        const auto shown = m_shown.constFind(item.approvalId);
-        if (meant && shown != m_shown.cend() && shown->number == *meant) {
-            numbered = &item;
-        }
-    }
-    if (meant) {
-        const bool meansAnotherToo = beginnings > 1 || (begunWith && begunWith != numbered);
-        if (meansAnotherToo) {
-            return {Kind::Ambiguous, {}, 0};
-        }
-        return numbered ? RequestLookup {Kind::Found, *numbered, 0}
-                        : RequestLookup {Kind::Gone, {}, *meant};
-    }
-    if (exact) {
-        return {Kind::Found, *exact, 0};
     }
     int goneNumber = 0;
     for (const Gone &gone : m_gone) {

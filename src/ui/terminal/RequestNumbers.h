@@ -67,8 +67,9 @@ public:
     QStringList knownIds() const { return m_shown.keys(); }
 
     /// Finds the request that `text` names on a line begun at `begunAt`: an id, a number (`3`, `#3`) or
-    /// the beginning of exactly one id. A text that fits in two ways is ambiguous, and so is one that
-    /// became unique only because another request went away since the line was begun.
+    /// the beginning of exactly one id. Digits alone are a number or a whole id, never a beginning: a
+    /// mistyped number must not meet another request. A text that fits in two ways is ambiguous, and so
+    /// is one that became unique only because another request went away since the line was begun.
     RequestLookup find(const QString &text, const QList<ApprovalItem> &pending,
                        DialogueMoment begunAt) const;
 
@@ -86,7 +87,10 @@ private:
         DialogueMoment at = 0;
     };
 
+    /// The number that `text` is, 0 for one that was never given; nothing for what is no number.
     std::optional<int> numberMeant(const QString &text) const;
+    RequestLookup findNumbered(const QString &text, int number,
+                               const QList<ApprovalItem> &pending) const;
 
     QHash<QString, Shown> m_shown;
     QList<Gone> m_gone; ///< the latest ones, oldest first

@@ -22,6 +22,7 @@ using namespace Qt::StringLiterals;
 namespace
 {
 constexpr qsizetype mostStatusRemembered = 100;
+constexpr QLatin1StringView everything("all"); ///< in place of an id
 
 template<typename... Handlers>
 struct Overloaded : Handlers... {
@@ -191,11 +192,19 @@ void TerminalFrontEnd::decideAll(ApprovalDecision decision, DialogueMoment begun
 {
     QStringList ids;
     QStringList later;
+    QStringList changed;
     qsizetype notShownCount = 0;
     for (const ApprovalItem &item : m_monitor.board().displayItems()) {
+        if (item.approvalId == everything) {
+            say(TerminalTr::tr("Not decided: one request has the id `all`; use numbers."),
+                LineStyle::Warning);
+            return;
+        }
         const Answerability answerability = m_numbers.answerability(item, begunAt);
         if (answerability == Answerability::Answerable) {
             ids.append(item.approvalId);
+        } else if (answerability == Answerability::ChangedSinceShown) {
+            changed.append(u"#%1"_s.arg(m_numbers.give(item.approvalId)));
         } else if (answerability == Answerability::NotShown) {
             ++notShownCount;
         } else {
@@ -206,6 +215,12 @@ void TerminalFrontEnd::decideAll(ApprovalDecision decision, DialogueMoment begun
         say(TerminalTr::tr("Left out, because they arrived after the line was begun: ")
                 + later.join(u' '),
             LineStyle::Warning);
+    }
+    if (!changed.isEmpty()) {
+        say(TerminalTr::tr("Left out, because they have changed since they were shown: ")
+                + changed.join(u' '),
+            LineStyle::Warning);
+        announce();
     }
     if (notShownCount > 0) {
         say(TerminalTr::tr("Left out, because they have not been shown: %1 (`list` shows them)")

@@ -297,7 +297,7 @@ QString outcomeText(int number, ApprovalDecision decision, const DecisionOutcome
     case DecisionOutcome::Kind::Expired:
         return TerminalTr::tr("#%1 had expired; nothing was sent.").arg(number);
     case DecisionOutcome::Kind::Failed:
-        return TerminalTr::tr("#%1 not decided, it is still pending: %2")
+        return TerminalTr::tr("#%1 not confirmed, it is still listed: %2")
             .arg(QString::number(number), outcome.message);
     case DecisionOutcome::Kind::IgnoredDuplicate:
         return TerminalTr::tr("#%1: a decision is already on its way; this one was ignored.")
