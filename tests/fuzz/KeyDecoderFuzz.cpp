@@ -30,6 +30,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     for (const char &byte : bytes) {
         pieces += byteByByte.take(QByteArrayView(&byte, 1));
     }
-    require(withoutMarks(keys) == withoutMarks(pieces), "where a read ends does not change the keys");
+    require(withoutMarks(keys) == withoutMarks(pieces),
+            "where a read ends does not change the keys");
     return 0;
 }

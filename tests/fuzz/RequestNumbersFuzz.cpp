@@ -43,14 +43,22 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     }
     require(pending.contains(lookup.item), "what is found is pending");
     const QString &id = lookup.item.approvalId;
-    const QString number = QString::number(*numbers.number(id));
-    const bool byNumber = typed == number || typed == u'#' + number
-        || (typed.startsWith(u'#') ? typed.sliced(1) : typed).toInt() == number.toInt();
-    require(byNumber || id.startsWith(typed), "what is found was named");
-    const auto meansIt
-        = [&](const ApprovalItem &item) { return item.approvalId.startsWith(typed); };
-    const auto fitting = std::ranges::count_if(pending, meansIt);
-    require(id == typed || fitting + (byNumber && !id.startsWith(typed) ? 1 : 0) == 1,
-            "what is found is the only one that could be meant");
+    const QString digits = typed.startsWith(u'#') ? typed.sliced(1) : typed;
+    const bool isNumber = !digits.isEmpty()
+        && std::ranges::all_of(digits, [](QChar c) { return c >= u'0' && c <= u'9'; });
+    if (isNumber) {
+        const bool byNumber = digits.toInt() == *numbers.number(id);
+        require(byNumber || id == typed, "digits name a number or a whole id");
+        require(
+            id == typed
+                || std::ranges::none_of(
+                    pending, [&](const ApprovalItem &item) { return item.approvalId == typed; }),
+            "no other request has what was typed as its id");
+        return 0;
+    }
+    require(id.startsWith(typed), "what is found was named");
+    const auto fitting = std::ranges::count_if(
+        pending, [&](const ApprovalItem &item) { return item.approvalId.startsWith(typed); });
+    require(id == typed || fitting == 1, "what is found is the only one that could be meant");
     return 0;
 }

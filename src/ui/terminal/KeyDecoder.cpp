@@ -25,7 +25,11 @@ qsizetype incompleteBytes(QByteArrayView bytes)
         if ((byte & 0xC0) == 0x80) {
             continue;
         }
-        const int length = byte >= 0xF5 ? 1 : byte >= 0xF0 ? 4 : byte >= 0xE0 ? 3 : byte >= 0xC0 ? 2 : 1;
+        const int length = byte >= 0xF5 ? 1
+            : byte >= 0xF0              ? 4
+            : byte >= 0xE0              ? 3
+            : byte >= 0xC0              ? 2
+                                        : 1;
         return length > count ? count : 0;
     }
     return 0;
@@ -39,7 +43,8 @@ QList<char32_t> KeyDecoder::take(QByteArrayView bytes)
     const qsizetype complete = known.size() - incompleteBytes(known);
     m_incomplete = known.sliced(complete);
     QStringDecoder decoder(QStringDecoder::Utf8,
-                           QStringDecoder::Flag::ConvertInitialBom | QStringDecoder::Flag::Stateless);
+                           QStringDecoder::Flag::ConvertInitialBom
+                               | QStringDecoder::Flag::Stateless);
     const QString text = decoder(known.first(complete));
     QList<char32_t> keys;
     for (const char32_t c : text.toUcs4()) {

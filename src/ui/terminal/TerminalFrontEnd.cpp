@@ -37,7 +37,7 @@ TerminalFrontEnd::TerminalFrontEnd(ApprovalMonitor &monitor, LineSource &input,
     , m_output(output)
     , m_clock(clock)
     , m_statusSaid {GatewayStatus::Lines().connectionStatus}
-    // that all begins so goes without saying
+// that all begins so goes without saying
 {
     m_input.setMomentSource([this] { return m_output.written(); });
     connect(&m_input, &LineSource::lineEntered, this, &TerminalFrontEnd::onLine);
