@@ -2,6 +2,7 @@
 #include "audit/AuditRecordCodec.h"
 
 #include <QStringView>
+#include <QStringDecoder>
 
 #include <simdjson.h>
 
@@ -158,7 +159,9 @@ std::size_t maxLineBytes(const AuditEventRecord &record)
 
 QString toText(std::string_view utf8)
 {
-    return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
+    // Not fromUtf8: that takes a U+FEFF at the beginning for a mark of the encoding and drops it.
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom);
+    return decoder(QByteArrayView(utf8.data(), static_cast<qsizetype>(utf8.size())));
 }
 
 /// Puts an optional text where it belongs. False when the value is neither a text nor null.
