@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "audit/AuditRecordCodec.h"
 
-#include <QStringView>
 #include <QStringDecoder>
+#include <QStringView>
 
 #include <simdjson.h>
 
