@@ -8,8 +8,9 @@
 //
 //   bench_road [--check] [--requests N] [--rounds N] [--pause MS] [--directory DIR]
 //
-// One request follows the other at once. With --pause 5 each finds both programs asleep and their caches
-// cold, and has the audit thread's wake-up for itself: what a single request a minute costs.
+// A pause of 1 ms lets what follows a decision (answer, announcement, record) end before the next request,
+// so that it is not part of that one's time. With --pause 5 each request finds both programs asleep and
+// their caches cold, and has the audit thread's wake-up for itself; with --pause 0 they queue up.
 //
 // --check ends with 1 when a ratio is above its limit. The audit log goes to a temporary folder inside
 // DIR, by default the system's folder for temporary files; the log lines go to syslog and /dev/null.
@@ -217,7 +218,7 @@ int main(int argc, char **argv)
         {u"check"_s, u"End with 1 when a ratio is above its limit."_s},
         {u"requests"_s, u"How many requests a round, for each program."_s, u"N"_s, u"300"_s},
         {u"rounds"_s, u"How many rounds; medians count."_s, u"N"_s, u"9"_s},
-        {u"pause"_s, u"Between two requests, in milliseconds."_s, u"MS"_s, u"0"_s},
+        {u"pause"_s, u"Between two requests, in milliseconds."_s, u"MS"_s, u"1"_s},
         {u"directory"_s, u"Where to write."_s, u"DIR"_s, QDir::tempPath()},
         {u"client"_s, u"Used by the benchmark itself: which client to be."_s, u"NAME"_s},
         {u"url"_s, u"Used by the benchmark itself: where to connect."_s, u"URL"_s},
