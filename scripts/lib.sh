@@ -52,5 +52,6 @@ build() {
         rm -f "build-$preset.log"
         say "Building; the first time takes a few minutes …"
     fi
-    cmake --build --preset "$preset" --target "$@" -- --quiet >&2
+    # Under pipefail the status is the build's.
+    cmake --build --preset "$preset" --target "$@" -- --quiet | sed '/^ninja: no work to do\.$/d' >&2
 }

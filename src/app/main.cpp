@@ -50,8 +50,8 @@ int runApplication(QCoreApplication &application, const bram::LaunchOptions &opt
                                  "no readable brackwen.json): starting practice mode.\n"));
         }
         print(stdout,
-              QStringLiteral("Practice mode: the requests are made up, nothing is executed, and "
-                             "nothing of yours is touched.\n"));
+              QStringLiteral("Practice mode: made-up requests; nothing is executed, nothing of "
+                             "yours is touched.\n"));
         auto world = bram::PracticeWorld::create(clock);
         if (!world) {
             print(stderr, QStringLiteral("bram: ") + world.error().message + u'\n');
