@@ -4,12 +4,15 @@
 # What a bare Debian 12 needs to build the program and its tests, and to run the program.
 build_packages=(
     g++ cmake ninja-build pkg-config ca-certificates
-    qt6-base-dev qt6-websockets-dev qcoro-qt6-dev qtkeychain-qt6-dev
+    qt6-base-dev qt6-websockets-dev qt6-svg-dev qt6-tools-dev qt6-l10n-tools qt6-qpa-plugins
+    qcoro-qt6-dev qtkeychain-qt6-dev
     libsodium-dev libsimdjson-dev libedit-dev libsecret-1-0 libgtest-dev libgmock-dev
 )
 # What the tests need on top of that to run.
 test_packages=(
     dbus dbus-bin gnome-keyring libglib2.0-bin
+    xvfb xauth openbox dunst xfce4-panel xdotool imagemagick x11-utils
+    fonts-dejavu-core fonts-noto-cjk
 )
 # What fuzzing needs on top of that: clang-14 cannot parse the standard library's <expected>.
 fuzz_packages=(clang-19 libclang-rt-19-dev)

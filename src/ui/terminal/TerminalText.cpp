@@ -5,7 +5,7 @@
 #include "model/HonestDisplay.h"
 #include "model/TextRules.h"
 #include "ui/terminal/TerminalTr.h"
-#include "ui/terminal/TerminalWords.h"
+#include "ui/language/Words.h"
 
 #include <algorithm>
 #include <limits>

@@ -10,7 +10,7 @@
 namespace bram
 {
 
-/// The words of the terminal front-end for values that have no wording of their own.
+/// The words that every front-end uses for values that have no wording of their own.
 
 QString historyStateWord(ApprovalHistoryState state);
 QString activityActionWord(ActivityAction action);

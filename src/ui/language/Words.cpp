@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "ui/language/Words.h"
+
+#include <QCoreApplication>
+
+namespace bram
+{
+
+namespace
+{
+template<typename Enum>
+struct WordRow {
+    Enum value;
+    const char *word;
+};
+
+constexpr WordRow<ApprovalHistoryState> historyStates[] = {
+    {ApprovalHistoryState::Pending, QT_TRANSLATE_NOOP("Words", "pending")},
+    {ApprovalHistoryState::AllowOnce, QT_TRANSLATE_NOOP("Words", "allowed once")},
+    {ApprovalHistoryState::AllowAlways, QT_TRANSLATE_NOOP("Words", "allowed always")},
+    {ApprovalHistoryState::Deny, QT_TRANSLATE_NOOP("Words", "denied")},
+    {ApprovalHistoryState::Canceled, QT_TRANSLATE_NOOP("Words", "canceled")},
+    {ApprovalHistoryState::Resolved, QT_TRANSLATE_NOOP("Words", "decided elsewhere")},
+};
+
+constexpr WordRow<ActivityAction> activityActions[] = {
+    {ActivityAction::AllowOnce, QT_TRANSLATE_NOOP("Words", "allowed once")},
+    {ActivityAction::AllowAlways, QT_TRANSLATE_NOOP("Words", "allowed always")},
+    {ActivityAction::Deny, QT_TRANSLATE_NOOP("Words", "denied")},
+    {ActivityAction::ApproveAllPending, QT_TRANSLATE_NOOP("Words", "allowed all once")},
+    {ActivityAction::DenyAllPending, QT_TRANSLATE_NOOP("Words", "denied all")},
+    {ActivityAction::AlwaysAllowAllPending, QT_TRANSLATE_NOOP("Words", "allowed all always")},
+    {ActivityAction::RefreshAlwaysAllowList,
+     QT_TRANSLATE_NOOP("Words", "always-allow list read again")},
+    {ActivityAction::BackupAlwaysAllowList,
+     QT_TRANSLATE_NOOP("Words", "always-allow list backed up")},
+    {ActivityAction::RestoreAlwaysAllowList,
+     QT_TRANSLATE_NOOP("Words", "always-allow list restored")},
+    {ActivityAction::RegisterAlwaysAllowToBrackwen,
+     QT_TRANSLATE_NOOP("Words", "registered on the platform")},
+    {ActivityAction::AddToAppList, QT_TRANSLATE_NOOP("Words", "added to the own list")},
+    {ActivityAction::AddAllToAppList, QT_TRANSLATE_NOOP("Words", "added all to the own list")},
+    {ActivityAction::RemoveFromAppList, QT_TRANSLATE_NOOP("Words", "removed from the own list")},
+    {ActivityAction::RemoveFromBrackwen,
+     QT_TRANSLATE_NOOP("Words", "removed from the platform's list")},
+    {ActivityAction::RemoveFromBoth, QT_TRANSLATE_NOOP("Words", "removed from both lists")},
+    {ActivityAction::ClearAppList, QT_TRANSLATE_NOOP("Words", "own list cleared")},
+    {ActivityAction::ClearBrackwenList, QT_TRANSLATE_NOOP("Words", "platform's list cleared")},
+    {ActivityAction::ClearBothLists, QT_TRANSLATE_NOOP("Words", "both lists cleared")},
+    {ActivityAction::ReconnectGateway, QT_TRANSLATE_NOOP("Words", "reconnected to the gateway")},
+    {ActivityAction::ReloadGatewayToken, QT_TRANSLATE_NOOP("Words", "gateway token reloaded")},
+};
+
+constexpr WordRow<TokenSyncState> tokenStates[] = {
+    {TokenSyncState::Checking, QT_TRANSLATE_NOOP("Words", "checking")},
+    {TokenSyncState::Matching, QT_TRANSLATE_NOOP("Words", "matches the configuration")},
+    {TokenSyncState::Mismatch, QT_TRANSLATE_NOOP("Words", "does not match the configuration")},
+    {TokenSyncState::NoReference,
+     QT_TRANSLATE_NOOP("Words", "the configuration holds none to compare with")},
+    {TokenSyncState::Resynchronised,
+     QT_TRANSLATE_NOOP("Words", "taken from the configuration again, reconnecting")},
+    {TokenSyncState::RepeatedlyFailing,
+     QT_TRANSLATE_NOOP("Words", "refused by the gateway again and again")},
+};
+
+template<typename Enum, std::size_t N>
+QString wordFor(const WordRow<Enum> (&rows)[N], Enum value)
+{
+    for (const WordRow<Enum> &row : rows) {
+        if (row.value == value) {
+            return QCoreApplication::translate("Words", row.word);
+        }
+    }
+    Q_UNREACHABLE();
+}
+} // namespace
+
+QString historyStateWord(ApprovalHistoryState state)
+{
+    return wordFor(historyStates, state);
+}
+
+QString activityActionWord(ActivityAction action)
+{
+    return wordFor(activityActions, action);
+}
+
+QString tokenStateWords(TokenSyncState state)
+{
+    return wordFor(tokenStates, state);
+}
+
+} // namespace bram
