@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "monitor/PendingExport.h"
+
+#include "audit/Redaction.h"
+
+#include <QDateTime>
+#include <QStringList>
+
+namespace bram
+{
+
+using namespace Qt::StringLiterals;
+
+QString pendingApprovalExportText(const QList<ApprovalItem> &displayItems, qint64 nowMs,
+                                  SecretsInExport secrets)
+{
+    QStringList lines {
+        u"Pending approvals export"_s,
+        u"Generated at: "_s + QDateTime::fromMSecsSinceEpoch(nowMs, Qt::UTC).toString(Qt::ISODate),
+        u"Count: "_s + QString::number(displayItems.size()),
+    };
+    qsizetype position = 0;
+    for (const ApprovalItem &item : displayItems) {
+        lines
+            += {QString(), u'[' + QString::number(++position) + u']', u"ID: "_s + item.approvalId};
+        if (item.agentId) {
+            lines += u"Agent: "_s + *item.agentId;
+        }
+        lines += {
+            u"Command: "_s
+                + (secrets == SecretsInExport::Masked ? redacted(item.command) : item.command),
+            u"CreatedAtMs: "_s + QString::number(item.createdAtMs),
+            u"ExpiresAtMs: "_s + QString::number(item.expiresAtMs),
+        };
+    }
+    return lines.join(u'\n');
+}
+
+} // namespace bram

@@ -1,0 +1,117 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "ui/desktop/DesktopActions.h"
+
+#include "config/Environment.h"
+#include "monitor/ApprovalMonitor.h"
+#include "monitor/PendingExport.h"
+#include "system/Clock.h"
+#include "ui/language/LanguageChoice.h"
+
+#include <QClipboard>
+#include <QDesktopServices>
+#include <QGuiApplication>
+#include <QUrl>
+
+namespace bram
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+/// Where the platform serves its control page when the environment names no other address.
+const QString defaultControlUiUrl = u"http://127.0.0.1:18789"_s;
+} // namespace
+
+DesktopActions::DesktopActions(const Collaborators &collaborators)
+    : m_collaborators(collaborators)
+{
+}
+
+bool DesktopActions::isAsShown(const ApprovalItem &shown) const
+{
+    const ApprovalItem *now = m_collaborators.monitor.board().find(shown.approvalId);
+    return now != nullptr && *now == shown;
+}
+
+void DesktopActions::decide(const ApprovalItem &shown, ApprovalDecision decision)
+{
+    if (!isAsShown(shown)) {
+        Q_EMIT changedSinceShown(shown.approvalId);
+        return;
+    }
+    m_collaborators.monitor.decisions().resolve(shown.approvalId, decision, DecisionOrigin::local(),
+                                                ActivityTracking::Record);
+}
+
+void DesktopActions::decideAll(const QList<ApprovalItem> &shown, ApprovalDecision decision)
+{
+    QStringList ids;
+    for (const ApprovalItem &item : shown) {
+        if (isAsShown(item)) {
+            ids.append(item.approvalId);
+        }
+    }
+    if (!ids.isEmpty()) {
+        m_collaborators.monitor.decisions().resolveListed(ids, decision);
+    }
+}
+
+void DesktopActions::denyAll()
+{
+    m_collaborators.monitor.decisions().denyAllPendingAndDismissPopups();
+}
+
+void DesktopActions::clearPending()
+{
+    m_collaborators.monitor.clearPendingApprovals();
+}
+
+void DesktopActions::clearHistory()
+{
+    m_collaborators.monitor.clearHistory();
+}
+
+void DesktopActions::copyDetails(const ApprovalItem &item)
+{
+    QGuiApplication::clipboard()->setText(item.pretty());
+}
+
+void DesktopActions::copyId(const QString &approvalId)
+{
+    QGuiApplication::clipboard()->setText(approvalId);
+}
+
+void DesktopActions::copyAll()
+{
+    QGuiApplication::clipboard()->setText(
+        pendingApprovalExportText(m_collaborators.monitor.board().displayItems(),
+                                  m_collaborators.clock.nowMs(), SecretsInExport::Shown));
+}
+
+void DesktopActions::reconnectGateway()
+{
+    m_collaborators.monitor.reconnectGateway();
+}
+
+void DesktopActions::reloadGatewayToken()
+{
+    m_collaborators.monitor.reloadGatewayToken();
+}
+
+void DesktopActions::openControlUI()
+{
+    const QUrl address(m_collaborators.environment.trimmed(u"BRACKWEN_CONTROL_UI_URL"_s)
+                           .value_or(defaultControlUiUrl),
+                       QUrl::StrictMode);
+    if (address.isValid() && !address.isRelative()) {
+        QDesktopServices::openUrl(address);
+    }
+}
+
+void DesktopActions::chooseLanguage(MenuLanguage language)
+{
+    m_collaborators.language.choose(language);
+}
+
+} // namespace bram

@@ -1,0 +1,181 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "ui/desktop/StatusMenu.h"
+
+#include "ui/desktop/DesktopActions.h"
+#include "ui/desktop/StatusDot.h"
+#include "ui/language/LanguageChoice.h"
+
+#include <chrono>
+
+namespace bram
+{
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace
+{
+constexpr auto longestOpen = 2min;
+} // namespace
+
+StatusMenu::StatusMenu(DesktopActions &actions, const LanguageChoice &language, MenuDrawing drawing)
+    : m_actions(actions)
+    , m_language(language)
+    , m_drawing(drawing)
+    , m_pending(actions, drawing)
+    , m_history(actions, drawing)
+{
+    build();
+    labelRows();
+    m_forgottenOpen.setSingleShot(true);
+    m_forgottenOpen.setInterval(longestOpen);
+    connect(&m_forgottenOpen, &QTimer::timeout, this, &StatusMenu::onClosed);
+    connect(&m_menu, &QMenu::aboutToShow, this, &StatusMenu::onOpened);
+    connect(&m_menu, &QMenu::aboutToHide, this, &StatusMenu::onClosed);
+    update({});
+}
+
+void StatusMenu::build()
+{
+    for (QAction &row : m_statusRows) {
+        m_menu.addAction(&row);
+        connect(&row, &QAction::triggered, &m_actions, &DesktopActions::windowRequested);
+    }
+    m_menu.addActions({&m_reconnect, &m_reload});
+    m_menu.addSeparator();
+    m_menu.addMenu(&m_pending.menu());
+    buildBulkMenu();
+    m_menu.addSeparator();
+    m_menu.addMenu(&m_history.menu());
+    m_menu.addSeparator();
+    m_menu.addActions({&m_window, &m_controlUi, &m_clearPending});
+    m_menu.addSeparator();
+    buildLanguageMenu();
+    m_menu.addActions({&m_about, &m_quit});
+
+    connect(&m_reconnect, &QAction::triggered, &m_actions, &DesktopActions::reconnectGateway);
+    connect(&m_reload, &QAction::triggered, &m_actions, &DesktopActions::reloadGatewayToken);
+    connect(&m_window, &QAction::triggered, &m_actions, &DesktopActions::windowRequested);
+    connect(&m_controlUi, &QAction::triggered, &m_actions, &DesktopActions::openControlUI);
+    connect(&m_clearPending, &QAction::triggered, &m_actions, &DesktopActions::clearPending);
+    connect(&m_about, &QAction::triggered, &m_actions, &DesktopActions::aboutRequested);
+    connect(&m_quit, &QAction::triggered, &m_actions, &DesktopActions::quitRequested);
+}
+
+/// A submenu of their own keeps these one deliberate step away from a slip of the hand.
+void StatusMenu::buildBulkMenu()
+{
+    m_bulk.addActions({&m_approveAll, &m_alwaysAllowAll, &m_denyAll});
+    m_bulk.addSeparator();
+    m_bulk.addAction(&m_copyAll);
+    m_menu.addMenu(&m_bulk);
+    const auto decideAll = [this](QAction &action, ApprovalDecision decision) {
+        connect(&action, &QAction::triggered, this,
+                [this, decision] { m_actions.decideAll(m_pendingWhenOpened, decision); });
+    };
+    decideAll(m_approveAll, ApprovalDecision::AllowOnce);
+    decideAll(m_alwaysAllowAll, ApprovalDecision::AllowAlways);
+    connect(&m_denyAll, &QAction::triggered, &m_actions, &DesktopActions::denyAll);
+    connect(&m_copyAll, &QAction::triggered, &m_actions, &DesktopActions::copyAll);
+}
+
+void StatusMenu::buildLanguageMenu()
+{
+    // Each in its own language, so that who does not read the present one finds the way back.
+    m_english.setText(u"English"_s);
+    m_korean.setText(u"한국어"_s);
+    const auto addLanguage = [this](QAction &action, MenuLanguage language) {
+        action.setCheckable(true);
+        m_languages.addAction(&action);
+        connect(&action, &QAction::triggered, this,
+                [this, language] { m_actions.chooseLanguage(language); });
+    };
+    addLanguage(m_english, MenuLanguage::English);
+    addLanguage(m_korean, MenuLanguage::Korean);
+    m_menu.addMenu(&m_languages);
+}
+
+void StatusMenu::update(const StatusMenuContent &content)
+{
+    m_content = content;
+    if (m_state == MenuState::Closed) {
+        m_pendingWhenOpened = content.pending;
+    }
+    showStatus();
+    m_pending.update(content.pending, m_state);
+    m_history.update(content.history, m_state);
+    showPendingCount();
+}
+
+void StatusMenu::retranslate()
+{
+    labelRows();
+    m_pending.retranslate();
+    m_history.retranslate();
+    update(StatusMenuContent(m_content));
+}
+
+void StatusMenu::labelRows()
+{
+    m_reconnect.setText(tr("Reconnect Gateway"));
+    m_reload.setText(tr("Reload Gateway Token"));
+    m_bulk.setTitle(tr("All Pending Approvals"));
+    m_approveAll.setText(tr("Approve All Pending"));
+    m_alwaysAllowAll.setText(tr("Always Allow All Pending"));
+    m_denyAll.setText(tr("Deny All pending"));
+    m_copyAll.setText(tr("Copy all approval IDs and details"));
+    m_history.menu().setTitle(tr("Recent History"));
+    m_window.setText(tr("Open Window…"));
+    m_controlUi.setText(tr("Open Control UI"));
+    m_clearPending.setText(tr("Clear Pending Approvals"));
+    m_languages.setTitle(tr("Language"));
+    m_about.setText(tr("About BrackwenApprovalsMenu"));
+    m_quit.setText(tr("Quit BrackwenApprovalsMenu"));
+    m_english.setChecked(m_language.current() == MenuLanguage::English);
+    m_korean.setChecked(m_language.current() == MenuLanguage::Korean);
+}
+
+void StatusMenu::showStatus()
+{
+    for (qsizetype i = 0; i < statusRowCount; ++i) {
+        QAction &row = m_statusRows.at(static_cast<std::size_t>(i));
+        const bool isUsed = i < m_content.status.size();
+        row.setVisible(isUsed);
+        if (isUsed) {
+            const StatusLine &line = m_content.status.at(i);
+            row.setText(menuLabel(line.text, m_drawing));
+            row.setIcon(statusDot(line.indicator));
+            row.setIconVisibleInMenu(true);
+        }
+    }
+}
+
+void StatusMenu::showPendingCount()
+{
+    const qsizetype count = m_content.pending.size();
+    m_pending.menu().setTitle(count == 0 ? tr("Pending approvals")
+                                         : tr("Pending approvals (%1)").arg(count));
+    m_bulk.menuAction()->setEnabled(count > 0);
+    m_clearPending.setEnabled(count > 0);
+}
+
+void StatusMenu::onOpened()
+{
+    m_state = MenuState::Open;
+    m_pendingWhenOpened = m_content.pending;
+    m_forgottenOpen.start();
+}
+
+void StatusMenu::onClosed()
+{
+    m_forgottenOpen.stop();
+    m_state = MenuState::Closed;
+    // An entry that was clicked is triggered after the menu has closed: what it is about stays until then.
+    QTimer::singleShot(0, this, [this] {
+        if (m_state == MenuState::Closed) {
+            update(StatusMenuContent(m_content));
+        }
+    });
+}
+
+} // namespace bram

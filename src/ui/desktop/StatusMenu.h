@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "ui/desktop/HistoryMenu.h"
+#include "ui/desktop/PendingMenu.h"
+#include "ui/desktop/StatusTexts.h"
+
+#include <QMenu>
+#include <QObject>
+#include <QTimer>
+
+#include <array>
+
+namespace bram
+{
+
+class DesktopActions;
+class LanguageChoice;
+
+/// What the status menu shows.
+struct StatusMenuContent {
+    QList<StatusLine> status;
+    QList<ApprovalItem> pending;
+    QList<ApprovalHistoryEntry> history;
+};
+
+/// The menu that opens from the tray icon. Its rows never change in number while it is open and its lists
+/// follow by the rules of their submenus, so that nothing moves under the pointer. Main thread.
+class StatusMenu final : public QObject
+{
+    Q_OBJECT
+
+public:
+    StatusMenu(DesktopActions &actions, const LanguageChoice &language, MenuDrawing drawing);
+
+    QMenu &menu() { return m_menu; }
+
+    void update(const StatusMenuContent &content);
+
+    /// Writes every text anew, after a change of the language.
+    void retranslate();
+
+private:
+    /// Gateway, token, notifications, and the lock on remote approvals.
+    static constexpr qsizetype statusRowCount = 4;
+
+    void build();
+    void buildBulkMenu();
+    void buildLanguageMenu();
+    void labelRows();
+    void showStatus();
+    void showPendingCount();
+    void onOpened();
+    void onClosed();
+
+    DesktopActions &m_actions;
+    const LanguageChoice &m_language;
+    MenuDrawing m_drawing;
+    StatusMenuContent m_content;
+    QList<ApprovalItem> m_pendingWhenOpened; ///< what the bulk actions of an open menu are about
+    MenuState m_state = MenuState::Closed;
+    QTimer m_forgottenOpen; ///< a panel may fail to say that it has closed the menu
+
+    QMenu m_menu;
+    std::array<QAction, statusRowCount> m_statusRows;
+    QAction m_reconnect;
+    QAction m_reload;
+    PendingMenu m_pending;
+    QMenu m_bulk;
+    QAction m_approveAll;
+    QAction m_alwaysAllowAll;
+    QAction m_denyAll;
+    QAction m_copyAll;
+    HistoryMenu m_history;
+    QAction m_window;
+    QAction m_controlUi;
+    QAction m_clearPending;
+    QMenu m_languages;
+    QAction m_english;
+    QAction m_korean;
+    QAction m_about;
+    QAction m_quit;
+};
+
+} // namespace bram
