@@ -78,7 +78,12 @@ QString ApprovalBoard::commandFor(const QString &approvalId) const
 
 void ApprovalBoard::add(const ApprovalItem &item)
 {
-    m_pending.upsert(item);
+    const auto *known = find(item.approvalId);
+    const bool isChanged = known != nullptr && *known != item;
+    const auto fallenOff = m_pending.upsert(item);
+    if (fallenOff) {
+        withdrawNotificationUnlessListed(*fallenOff);
+    }
     addToHistory(item);
     refreshDerivedDisplays();
     if (!passesFilter(item)) {
@@ -89,11 +94,24 @@ void ApprovalBoard::add(const ApprovalItem &item)
     } else if (m_popups.activeItem() && m_popups.activeItem()->approvalId == item.approvalId) {
         presentActive();
     }
-    if (!m_notifiedIds.contains(item.approvalId)) {
-        m_notifiedIds.insert(item.approvalId);
-        if (m_ports.notifier != nullptr) {
-            m_ports.notifier->schedule(item);
-        }
+    const bool isNotified = m_notifiedIds.contains(item.approvalId);
+    m_notifiedIds.insert(item.approvalId);
+    if (m_ports.notifier == nullptr) {
+        return;
+    }
+    if (!isNotified) {
+        m_ports.notifier->schedule(item);
+    } else if (isChanged) {
+        // Its buttons decide about the request as it is now: it must not show an older one.
+        m_ports.notifier->update(item);
+    }
+}
+
+void ApprovalBoard::withdrawNotificationUnlessListed(const QString &approvalId)
+{
+    if (m_ports.notifier != nullptr && m_notifiedIds.contains(approvalId)
+        && m_pending.find(approvalId) == nullptr && !m_popups.contains(approvalId)) {
+        m_ports.notifier->withdraw(approvalId);
     }
 }
 
@@ -207,6 +225,9 @@ void ApprovalBoard::onPopupAnswered(const QString &approvalId,
         Q_EMIT decidedInPopup(approvalId, *decision);
     }
     m_popups.finish(approvalId);
+    if (!decision) {
+        withdrawNotificationUnlessListed(approvalId);
+    }
     refreshDerivedDisplays();
     presentNextPopupIfNeeded();
 }

@@ -80,6 +80,8 @@ Q_SIGNALS:
 
 private:
     bool passesFilter(const ApprovalItem &item) const;
+    /// For a request that may have left its last list: nobody could tell any more what it is about.
+    void withdrawNotificationUnlessListed(const QString &approvalId);
     void presentNextPopupIfNeeded();
     void presentActive();
     void onPopupAnswered(const QString &approvalId, std::optional<ApprovalDecision> decision);

@@ -46,12 +46,14 @@ public:
     virtual void dismiss() = 0;
 };
 
-/// The desktop's notifications. Implemented by the desktop front-end.
+/// The desktop's notifications. Implemented by `ApprovalNotifications`.
 class ApprovalNotifier
 {
 public:
     virtual ~ApprovalNotifier() = default;
     virtual void schedule(const ApprovalItem &item) = 0;
+    /// The request has changed: so does its notification, if it is still there.
+    virtual void update(const ApprovalItem &item) = 0;
     virtual void withdraw(const QString &approvalId) = 0;
 };
 

@@ -6,17 +6,18 @@
 namespace bram
 {
 
-void PendingApprovals::upsert(const ApprovalItem &item)
+std::optional<QString> PendingApprovals::upsert(const ApprovalItem &item)
 {
     const auto known = std::ranges::find(m_items, item.approvalId, &ApprovalItem::approvalId);
     if (known != m_items.end()) {
         *known = item;
-        return;
+        return std::nullopt;
     }
     m_items.prepend(item);
-    if (m_items.size() > maxItems) {
-        m_items.resize(maxItems);
+    if (m_items.size() <= maxItems) {
+        return std::nullopt;
     }
+    return m_items.takeLast().approvalId;
 }
 
 void PendingApprovals::remove(const QString &approvalId)

@@ -17,8 +17,8 @@ public:
     const QList<ApprovalItem> &items() const { return m_items; }
 
     /// Replaces the request with the same id where it stands, or puts a new one first; the oldest falls
-    /// off the end.
-    void upsert(const ApprovalItem &item);
+    /// off the end, and its id is the result.
+    std::optional<QString> upsert(const ApprovalItem &item);
     void remove(const QString &approvalId);
     void clear() { m_items.clear(); }
     const ApprovalItem *find(const QString &approvalId) const;

@@ -27,7 +27,7 @@ const ApprovalItem *PopupQueue::find(const QString &approvalId) const
     if (m_active && m_active->approvalId == approvalId) {
         return &*m_active;
     }
-    if (!m_queuedIds.contains(approvalId)) {
+    if (!contains(approvalId)) {
         return nullptr;
     }
     const auto found = std::ranges::find(m_waiting, approvalId, &ApprovalItem::approvalId);
@@ -47,11 +47,13 @@ void PopupQueue::finish(const QString &approvalId)
 {
     if (m_active && m_active->approvalId == approvalId) {
         m_active.reset();
+        m_finishedIds.insert(approvalId);
     }
 }
 
 bool PopupQueue::remove(const QString &approvalId)
 {
+    m_finishedIds.remove(approvalId);
     if (m_queuedIds.remove(approvalId)) {
         m_waiting.removeIf([&](const ApprovalItem &item) { return item.approvalId == approvalId; });
     }
@@ -66,6 +68,7 @@ void PopupQueue::reset()
 {
     m_waiting.clear();
     m_queuedIds.clear();
+    m_finishedIds.clear();
     m_active.reset();
 }
 

@@ -23,6 +23,10 @@ public:
     /// to date.
     bool enqueue(const ApprovalItem &item);
 
+    bool contains(const QString &approvalId) const
+    {
+        return m_queuedIds.contains(approvalId) && !m_finishedIds.contains(approvalId);
+    }
     /// The request on the screen or waiting for it; null when it is neither.
     const ApprovalItem *find(const QString &approvalId) const;
 
@@ -40,6 +44,7 @@ public:
 private:
     QList<ApprovalItem> m_waiting;
     QSet<QString> m_queuedIds; ///< ever queued and not removed since
+    QSet<QString> m_finishedIds; ///< of these: answered or closed
     std::optional<ApprovalItem> m_active;
 };
 

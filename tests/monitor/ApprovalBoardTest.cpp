@@ -98,6 +98,41 @@ TEST_F(PopupOrder, DenyingAllTakesThePopupAwayAndDeniesEverythingOnce)
     EXPECT_EQ(board().activity().first().detail, QStringLiteral("count=2"));
 }
 
+TEST_F(PopupOrder, NotificationStaysAsLongAsTheRequestStandsInSomeList)
+{
+    class Notifier final : public ApprovalNotifier
+    {
+    public:
+        void schedule(const ApprovalItem &item) override { shown.append(item.approvalId); }
+        void update(const ApprovalItem &) override { }
+        void withdraw(const QString &approvalId) override { shown.removeOne(approvalId); }
+        QStringList shown;
+    } notifier;
+    ports.notifier = &notifier;
+    makeCore();
+    const auto requested = [this](const QString &id) {
+        monitor().handleGatewayEvent(ApprovalRequested {item(qPrintable(id))});
+    };
+    requested(QStringLiteral("closed"));
+    popup.completions.last()(std::nullopt);
+    requested(QStringLiteral("on screen"));
+    for (int i = 0; i < PendingApprovals::maxItems - 2; ++i) {
+        requested(QString::number(i));
+    }
+    EXPECT_EQ(notifier.shown.size(), 50);
+    requested(
+        QStringLiteral("one more")); // the closed one falls off the list: nothing shows it any more
+    EXPECT_EQ(notifier.shown.size(), 50);
+    EXPECT_FALSE(notifier.shown.contains(QStringLiteral("closed")));
+    requested(QStringLiteral("two more")); // the popup still shows the one that falls off now
+    EXPECT_TRUE(notifier.shown.contains(QStringLiteral("on screen")));
+    popup.completions.last()(std::nullopt);
+    EXPECT_FALSE(notifier.shown.contains(QStringLiteral("on screen")));
+    // Announced again, it is listed again, but a person is told once.
+    requested(QStringLiteral("closed"));
+    EXPECT_FALSE(notifier.shown.contains(QStringLiteral("closed")));
+}
+
 TEST_F(PopupOrder, AnswerAfterTheBoardIsGoneIsHarmless)
 {
     makeConnectedCore();

@@ -24,7 +24,9 @@ class TestNotifier final : public ApprovalNotifier
 public:
     void schedule(const ApprovalItem &item) override { scheduled.append(item.approvalId); }
     void withdraw(const QString &approvalId) override { withdrawn.append(approvalId); }
+    void update(const ApprovalItem &item) override { updated.append(item.command); }
     QStringList scheduled;
+    QStringList updated;
     QStringList withdrawn;
 };
 
@@ -80,6 +82,10 @@ TEST_F(Intake, RepeatedRequestIsReplacedInPlaceCountedAndNotifiedOnce)
     EXPECT_EQ(board().history().last().command, repeated.command);
     EXPECT_EQ(monitor().metrics().requestedCount, 2);
     EXPECT_EQ(notifier.scheduled, QStringList({QStringLiteral("a"), QStringLiteral("b")}));
+    // Not notified again, but its buttons stand below the command that they decide about.
+    EXPECT_EQ(notifier.updated, QStringList(repeated.command));
+    requested(repeated);
+    EXPECT_EQ(notifier.updated.size(), 1);
     EXPECT_THAT(auditKinds(), ElementsAre("approval_requested", "approval_requested"));
 
     clock.current += 100;

@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QList>
+#include <QObject>
+#include <QString>
+#include <QStringList>
+
+namespace bram
+{
+
+/// A button of a notification.
+struct NotificationAction {
+    QString id;
+    QString label;
+
+    bool operator==(const NotificationAction &) const = default;
+};
+
+/// What is to be shown. Texts are plain: a service that reads markup is given them escaped, and what could
+/// mislead in them is marked.
+struct Notification {
+    QString tag; ///< ours; a notification with the same tag replaces
+    QString title;
+    QString body;
+    QString category;
+    bool isUrgent = false;
+    QList<NotificationAction> actions;
+
+    bool operator==(const Notification &) const = default;
+};
+
+/// What is known about the desktop's notification service.
+struct NotificationServiceState {
+    enum class Kind {
+        Unknown, ///< has not answered yet
+        Present,
+        DoNotDisturb, ///< takes notifications and shows them later
+        Absent,
+    };
+
+    Kind kind = Kind::Unknown;
+    QString name; ///< as the service calls itself; may be empty
+    QStringList capabilities; ///< in the words of the desktop notifications protocol
+    QString reason; ///< of `Absent`: why, in the service's own words where it has some
+    bool startsOnDemand = false; ///< of `Absent`: showing something starts it
+
+    bool operator==(const NotificationServiceState &) const = default;
+};
+
+/// The desktop's notifications. Implemented by `DesktopNotifications`; main thread. Nothing here waits:
+/// every answer is a signal, which never comes from inside a call.
+///
+/// A notification stays until a person or the service closes it, or `withdraw`. One that cannot be shown
+/// is reported by `failed`, once, and shown nevertheless when the service becomes able to. One that a
+/// service has taken is not repeated when that service dies.
+class NotificationService : public QObject
+{
+    Q_OBJECT
+
+public:
+    virtual void start() = 0;
+    virtual void show(const Notification &notification) = 0;
+    /// Changes a notification that has not been closed or answered yet; else nothing.
+    virtual void update(const Notification &notification) = 0;
+    /// Takes the notification off the screen, also one that is still on its way there.
+    virtual void withdraw(const QString &tag) = 0;
+    virtual const NotificationServiceState &state() const = 0;
+
+Q_SIGNALS:
+    void stateChanged();
+    /// A person has pressed one of the buttons that the notification has now. Once for each form of it.
+    void actionInvoked(const QString &tag, const QString &actionId);
+    void failed(const QString &tag, const QString &reason);
+};
+
+} // namespace bram
