@@ -1,0 +1,223 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "ui/desktop/ApprovalPopupPresenter.h"
+
+#include "system/Clock.h"
+#include "ui/desktop/ApprovalPopupView.h"
+#include "ui/desktop/ApprovalPopupWindow.h"
+#include "ui/desktop/ArmingWatch.h"
+#include "ui/desktop/CommandTextView.h"
+
+#include <utility>
+
+namespace bram
+{
+
+namespace
+{
+using Answering = ApprovalPopupView::Answering;
+using Occasion = ApprovalPopupView::Occasion;
+using namespace std::chrono_literals;
+
+constexpr QSize contentSize(500, 220);
+constexpr auto outcomeMoment = 1500ms;
+} // namespace
+
+ApprovalPopupPresenter::ApprovalPopupPresenter(const Clock &clock)
+    : m_clock(clock)
+{
+    for (QTimer *timer : {&m_moment, &m_closing, &m_secondHand}) {
+        timer->setSingleShot(true);
+    }
+    connect(&m_moment, &QTimer::timeout, this, &ApprovalPopupPresenter::showHeldOrHide);
+    connect(&m_closing, &QTimer::timeout, this, &ApprovalPopupPresenter::showHeldOrHide);
+    connect(&m_secondHand, &QTimer::timeout, this, &ApprovalPopupPresenter::updateTimeLeft);
+}
+
+ApprovalPopupPresenter::~ApprovalPopupPresenter() = default;
+
+void ApprovalPopupPresenter::build()
+{
+    m_window = std::make_unique<ApprovalPopupWindow>();
+    m_view
+        = new ApprovalPopupView({.onAllowOnce = [this] { decide(ApprovalDecision::AllowOnce); },
+                                 .onAllowAlways = [this] { decide(ApprovalDecision::AllowAlways); },
+                                 .onDeny = [this] { decide(ApprovalDecision::Deny); }},
+                                m_window.get());
+    m_window->setContent(m_view);
+    m_view->setWaitingCount(m_waitingCount);
+    m_watch = std::make_unique<ArmingWatch>(*m_window);
+    connect(m_window.get(), &ApprovalPopupWindow::closeRequested, this,
+            &ApprovalPopupPresenter::closeUndecided);
+    connect(m_window.get(), &ApprovalPopupWindow::escapePressed, this, [this] {
+        // An Escape that was meant for another window must not make the question vanish unseen.
+        if (m_watch->isArmed() || showsMoment()) {
+            closeUndecided();
+        }
+    });
+    connect(m_watch.get(), &ArmingWatch::stateChanged, this,
+            &ApprovalPopupPresenter::updateAnswering);
+    connect(m_watch.get(), &ArmingWatch::released, this, [this] {
+        if (m_held && !showsMoment()) {
+            showHeldOrHide();
+        }
+    });
+    connect(&m_view->commandView(), &CommandTextView::becameWhole, this,
+            [this] { m_watch->setReady(true); });
+    connect(m_view, &ApprovalPopupView::contentChanged, this, [this] {
+        if (m_shown) {
+            m_window->setFixedSize(fittingSize());
+        }
+    });
+}
+
+void ApprovalPopupPresenter::present(const ApprovalItem &item, Completion completion)
+{
+    ++m_presentCount;
+    Presentation presentation {item, std::move(completion)};
+    const bool mustWait
+        = m_shown && (showsMoment() || m_closing.isActive() || m_watch->isPressed());
+    if (mustWait) {
+        withdrawCompletion();
+        m_held = std::move(presentation);
+    } else {
+        showNow(std::move(presentation));
+    }
+}
+
+void ApprovalPopupPresenter::dismiss()
+{
+    m_held.reset();
+    if (m_shown && !showsMoment()) {
+        withdrawCompletion();
+        m_closing.start(
+            0); // what became of it may be said in this turn, or another one take its place
+    }
+}
+
+void ApprovalPopupPresenter::showOutcome(const QString &approvalId, ApprovalHistoryState state)
+{
+    if (m_held && m_held->item.approvalId == approvalId) {
+        m_held.reset();
+    }
+    if (!m_shown || m_shown->item.approvalId != approvalId || showsMoment()) {
+        return;
+    }
+    withdrawCompletion();
+    m_closing.stop();
+    m_secondHand.stop();
+    m_view->setOutcome(state, m_clock.nowMs());
+    m_moment.start(outcomeMoment);
+}
+
+void ApprovalPopupPresenter::setWaitingCount(qsizetype count)
+{
+    m_waitingCount = count;
+    if (m_view != nullptr) {
+        m_view->setWaitingCount(count);
+    }
+}
+
+void ApprovalPopupPresenter::showNow(Presentation presentation)
+{
+    if (!m_window) {
+        build();
+    }
+    const bool isChange = m_shown && m_shown->item.approvalId == presentation.item.approvalId
+        && m_shown->item != presentation.item;
+    m_shown = std::move(presentation);
+    m_watch->setReady(false);
+    m_view->setItem(m_shown->item, isChange ? Occasion::Changed : Occasion::New);
+    updateTimeLeft();
+    m_window->showInFront(fittingSize());
+    m_watch->setReady(m_view->commandView().isWhole());
+    m_watch->restart();
+    updateAnswering();
+}
+
+void ApprovalPopupPresenter::showHeldOrHide()
+{
+    m_moment.stop();
+    m_closing.stop();
+    if (!m_held) {
+        hide();
+    } else if (!m_watch->isPressed()) {
+        showNow(*std::exchange(m_held, std::nullopt));
+    }
+}
+
+void ApprovalPopupPresenter::hide()
+{
+    m_secondHand.stop();
+    m_shown.reset();
+    m_window->hide();
+}
+
+void ApprovalPopupPresenter::decide(ApprovalDecision decision)
+{
+    if (m_shown && m_shown->completion && m_watch->isArmed()) {
+        complete(decision);
+    }
+}
+
+void ApprovalPopupPresenter::closeUndecided()
+{
+    if (!m_shown) {
+        return;
+    }
+    if (m_shown->completion) {
+        complete(std::nullopt);
+    } else {
+        showHeldOrHide();
+    }
+}
+
+void ApprovalPopupPresenter::complete(std::optional<ApprovalDecision> decision)
+{
+    const auto completion = std::exchange(m_shown->completion, nullptr);
+    updateAnswering();
+    const auto presented = m_presentCount;
+    completion(decision);
+    // The callee may have presented the next request, or have found that this one has ended.
+    if (m_presentCount == presented && !showsMoment() && !m_closing.isActive()) {
+        hide();
+    }
+}
+
+void ApprovalPopupPresenter::withdrawCompletion()
+{
+    m_shown->completion = nullptr;
+    updateAnswering();
+}
+
+void ApprovalPopupPresenter::updateAnswering()
+{
+    if (!m_shown || !m_shown->completion) {
+        m_view->setAnswering(Answering::Off);
+        return;
+    }
+    m_view->setAnswering(m_watch->isArmed()               ? Answering::On
+                             : m_watch->isArming()        ? Answering::Arming
+                             : m_window->isActiveWindow() ? Answering::Off
+                                                          : Answering::NeedsActivation);
+}
+
+void ApprovalPopupPresenter::updateTimeLeft()
+{
+    if (m_shown->item.expiresAtMs < 1) {
+        m_secondHand.stop();
+        m_view->setTimeLeft(std::nullopt);
+        return;
+    }
+    const qint64 leftMs = m_shown->item.expiresAtMs - m_clock.nowMs();
+    m_view->setTimeLeft(leftMs);
+    if (leftMs > 0) {
+        m_secondHand.start(int((leftMs - 1) % 1000 + 1)); // when the text will be another one
+    }
+}
+
+QSize ApprovalPopupPresenter::fittingSize() const
+{
+    return m_view->fittingSize(contentSize);
+}
+
+} // namespace bram

@@ -1,0 +1,337 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "ui/desktop/ApprovalPopupView.h"
+
+#include "model/CommandRules.h"
+#include "model/HonestDisplay.h"
+#include "ui/desktop/ArmingGuard.h"
+#include "ui/desktop/CommandTextView.h"
+#include "ui/desktop/DecisionButton.h"
+#include "ui/desktop/ElidedLabel.h"
+#include "ui/desktop/WarningColours.h"
+
+#include <QBoxLayout>
+#include <QEvent>
+#include <QLabel>
+#include <QPainter>
+#include <QPropertyAnimation>
+#include <QShortcut>
+
+#include <algorithm>
+
+namespace bram
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+constexpr qreal textPoints = 12;
+constexpr qreal smallPoints = 9;
+constexpr int spacing = 8;
+constexpr int armingLineHeight = 3;
+constexpr int leastCommandRows = 3;
+
+const QString allowOnceText = u"일시 승인"_s;
+const QString allowAlwaysText = u"영구 승인"_s;
+const QString denyText = u"거부"_s;
+const QColor riskBackground(0xc6, 0x28, 0x28);
+
+QFont withPoints(QFont font, qreal points)
+{
+    font.setPointSizeF(points);
+    return font;
+}
+
+template<typename Label>
+Label *addLabel(QBoxLayout *layout, qreal points)
+{
+    auto *label = new Label(layout->parentWidget());
+    label->setTextFormat(Qt::PlainText);
+    label->setFont(withPoints(label->font(), points));
+    layout->addWidget(label);
+    return label;
+}
+
+/// Rounded up: as long as any time is left, it is not 0:00.
+QString clockText(qint64 leftMs)
+{
+    const qint64 seconds = (leftMs + 999) / 1000;
+    const auto twoDigits = [](qint64 n) { return u"%1"_s.arg(n, 2, 10, QChar(u'0')); };
+    const QString tail = u':' + twoDigits(seconds % 60);
+    return seconds < 3600
+        ? QString::number(seconds / 60) + tail
+        : QString::number(seconds / 3600) + u':' + twoDigits(seconds / 60 % 60) + tail;
+}
+
+qsizetype codePointCount(const QString &text)
+{
+    return std::ranges::count_if(text, [](QChar c) { return !c.isLowSurrogate(); });
+}
+} // namespace
+
+ApprovalPopupView::ApprovalPopupView(Actions actions, QWidget *parent)
+    : QWidget(parent)
+    , m_actions(std::move(actions))
+{
+    build();
+    m_arming = new QPropertyAnimation(this, "armingProgress", this);
+    m_arming->setDuration(int(ArmingGuard::stillnessMs));
+    m_arming->setStartValue(0.0);
+    m_arming->setEndValue(1.0);
+    connect(m_command, &CommandTextView::becameWhole, this, [this] { relabelLength(); });
+    relabel();
+    recolour();
+}
+
+void ApprovalPopupView::build()
+{
+    auto *column = new QVBoxLayout(this);
+    column->setContentsMargins(spacing, spacing, spacing, spacing);
+    column->setSpacing(spacing);
+
+    auto *head = new QHBoxLayout;
+    column->addLayout(head);
+    m_id = addLabel<ElidedLabel>(head, textPoints);
+    head->setStretchFactor(m_id, 1);
+    m_length = addLabel<QLabel>(head, smallPoints);
+
+    auto *notices = new QHBoxLayout;
+    column->addLayout(notices);
+    m_risk = addLabel<QLabel>(notices, smallPoints);
+    m_risk->setContentsMargins(6, 1, 6, 1);
+    m_risk->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    m_risk->setAutoFillBackground(true);
+    m_notices = addLabel<QLabel>(notices, smallPoints);
+    m_notices->setWordWrap(true);
+    notices->setStretchFactor(m_notices, 1);
+    notices->addStretch();
+
+    m_command = new CommandTextView(this);
+    m_command->setMinimumHeight(leastCommandRows * QFontMetrics(m_command->font()).height()
+                                + 2 * spacing);
+    column->addWidget(m_command, 1);
+
+    auto *foot = new QHBoxLayout;
+    foot->setSpacing(spacing);
+    column->addLayout(foot);
+    auto *facts = new QVBoxLayout;
+    facts->setSpacing(0);
+    foot->addLayout(facts, 1);
+    m_agent = addLabel<ElidedLabel>(facts, smallPoints);
+    m_expiry = addLabel<ElidedLabel>(facts, smallPoints);
+    m_state = addLabel<ElidedLabel>(facts, smallPoints);
+    facts->addStretch();
+    const auto withKey = [](Qt::Key key) { return QKeySequence(Qt::CTRL | Qt::SHIFT | key); };
+    addButton(m_allowOnce, allowOnceText, withKey(Qt::Key_O), m_actions.onAllowOnce);
+    addButton(m_allowAlways, allowAlwaysText, withKey(Qt::Key_A), m_actions.onAllowAlways);
+    addButton(m_deny, denyText, withKey(Qt::Key_D), m_actions.onDeny);
+    for (auto *button : {m_allowOnce, m_allowAlways, m_deny}) {
+        foot->addWidget(button);
+    }
+}
+
+void ApprovalPopupView::addButton(DecisionButton *&button, const QString &fixedText,
+                                  const QKeySequence &shortcut, const std::function<void()> &action)
+{
+    button = new DecisionButton(fixedText, shortcut, this);
+    button->setFont(withPoints(button->font(), textPoints));
+    button->setEnabled(false);
+    connect(button, &QAbstractButton::clicked, this, action);
+    auto *keys = new QShortcut(shortcut, this);
+    keys->setAutoRepeat(false);
+    connect(keys, &QShortcut::activated, this, action);
+}
+
+void ApprovalPopupView::setItem(const ApprovalItem &item, Occasion occasion)
+{
+    m_item = item;
+    m_occasion = occasion;
+    m_outcome.reset();
+    m_leftMs.reset();
+    m_command->setCommand(item.command);
+    m_command->setFocus();
+    relabel();
+}
+
+void ApprovalPopupView::setOutcome(ApprovalHistoryState state, qint64 nowMs)
+{
+    m_outcome = state;
+    m_outcomeIsExpiry = isApprovalExpired(m_item, nowMs);
+    m_leftMs.reset();
+    relabel();
+}
+
+void ApprovalPopupView::setTimeLeft(std::optional<qint64> leftMs)
+{
+    m_leftMs = leftMs;
+    relabelState();
+}
+
+void ApprovalPopupView::setWaitingCount(qsizetype count)
+{
+    m_waitingCount = count;
+    relabelState();
+}
+
+void ApprovalPopupView::setAnswering(Answering answering)
+{
+    m_answering = answering;
+    const bool isOn = answering == Answering::On;
+    for (auto *button : {m_allowOnce, m_allowAlways, m_deny}) {
+        if (!isOn && button->hasFocus()) {
+            m_command->setFocus(); // before the focus moves on to another button by itself
+        }
+        button->setEnabled(isOn);
+    }
+    m_arming->stop();
+    setArmingProgress(isOn ? 1 : 0);
+    if (answering == Answering::Arming) {
+        m_arming->start();
+    }
+    relabelState();
+}
+
+void ApprovalPopupView::setArmingProgress(qreal progress)
+{
+    m_armingProgress = progress;
+    update(0, m_allowOnce->y() - spacing, width(), spacing);
+}
+
+QSize ApprovalPopupView::fittingSize(QSize least) const
+{
+    const int width = std::max(least.width(), layout()->totalMinimumSize().width());
+    const int height = layout()->hasHeightForWidth() ? layout()->minimumHeightForWidth(width)
+                                                     : layout()->totalMinimumSize().height();
+    return {width, std::max(least.height(), height)};
+}
+
+void ApprovalPopupView::changeEvent(QEvent *event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::LanguageChange) {
+        relabel();
+    } else if (event->type() == QEvent::PaletteChange) {
+        recolour();
+    }
+}
+
+/// The line that grows while the buttons wait.
+void ApprovalPopupView::paintEvent(QPaintEvent *)
+{
+    if (m_answering != Answering::Arming) {
+        return;
+    }
+    QPainter painter(this);
+    const int left = m_allowOnce->x();
+    const int whole = m_deny->geometry().right() + 1 - left;
+    const QRect line(left, m_allowOnce->y() - (spacing + armingLineHeight) / 2,
+                     int(whole * m_armingProgress), armingLineHeight);
+    painter.fillRect(line, palette().color(QPalette::Highlight));
+}
+
+void ApprovalPopupView::relabel()
+{
+    m_id->setWholeText(u"ID: "_s + honestLine(m_item.approvalId).text);
+    const QString agent = m_item.agentId.value_or(QString());
+    m_agent->setWholeText(
+        tr("Agent: %1").arg(agent.isEmpty() ? tr("not named") : honestLine(agent).text));
+    m_allowOnce->setGloss(tr("Allow once"));
+    m_allowAlways->setGloss(tr("Always allow"));
+    m_deny->setGloss(tr("Deny"));
+    relabelNotices();
+    relabelLength();
+    relabelState();
+}
+
+void ApprovalPopupView::relabelNotices()
+{
+    m_risk->setText(tr("HIGH RISK"));
+    m_risk->setVisible(commandRiskLevel(m_item.command) == CommandRisk::High);
+    QStringList notices;
+    if (m_outcome) {
+        notices.append(outcomeText());
+    } else {
+        if (m_occasion == Occasion::Changed) {
+            notices.append(tr("This request has changed: read it again."));
+        }
+        if (m_command->isSuspicious()) {
+            notices.append(tr("Misleading characters, shown as ⟨…⟩."));
+        }
+    }
+    m_notices->setText(notices.join(u' '));
+    m_notices->setVisible(!notices.isEmpty());
+    setAccessibleDescription(m_risk->isHidden() ? m_notices->text()
+                                                : m_risk->text() + u' ' + m_notices->text());
+    Q_EMIT contentChanged();
+}
+
+void ApprovalPopupView::relabelLength()
+{
+    const qsizetype lines = m_item.command.count(u'\n') + 1;
+    const qsizetype characters = codePointCount(m_item.command);
+    const QString charactersText
+        = characters == 1 ? tr("1 character") : tr("%L1 characters").arg(characters);
+    const QString text
+        = lines == 1 ? charactersText : tr("%L1 lines, %2").arg(lines).arg(charactersText);
+    const bool isHidden = !m_command->isAllVisible();
+    m_length->setText(isHidden ? u"↓ "_s + text : text);
+    QFont font = m_length->font();
+    font.setBold(isHidden);
+    m_length->setFont(font);
+    m_length->setToolTip(isHidden ? tr("Scroll to read all of the command.") : QString());
+}
+
+void ApprovalPopupView::relabelState()
+{
+    QString expiry;
+    if (m_leftMs) {
+        expiry = *m_leftMs > 0 ? tr("expires in %1").arg(clockText(*m_leftMs)) : tr("expired");
+    }
+    QString state;
+    if (m_answering == Answering::NeedsActivation) {
+        state = tr("Click here first");
+    } else if (m_waitingCount > 0) {
+        state = tr("%L1 more waiting").arg(m_waitingCount);
+    }
+    m_expiry->setWholeText(expiry);
+    m_expiry->setVisible(!expiry.isEmpty());
+    m_state->setWholeText(state);
+    m_state->setVisible(!state.isEmpty());
+}
+
+void ApprovalPopupView::recolour()
+{
+    QPalette risk = palette();
+    risk.setColor(QPalette::Window, riskBackground);
+    risk.setColor(QPalette::WindowText, Qt::white);
+    m_risk->setPalette(risk);
+    QFont bold = m_risk->font();
+    bold.setBold(true);
+    m_risk->setFont(bold);
+    QPalette notice = palette();
+    notice.setColor(QPalette::WindowText, warningColour(palette()));
+    m_notices->setPalette(notice);
+    m_notices->setFont(bold);
+}
+
+QString ApprovalPopupView::outcomeText() const
+{
+    switch (*m_outcome) {
+    case ApprovalHistoryState::Pending:
+        return {};
+    case ApprovalHistoryState::AllowOnce:
+        return tr("This request was allowed once.");
+    case ApprovalHistoryState::AllowAlways:
+        return tr("This request was allowed always.");
+    case ApprovalHistoryState::Deny:
+        return tr("This request was denied.");
+    case ApprovalHistoryState::Canceled:
+        return m_outcomeIsExpiry ? tr("This request has expired.")
+                                 : tr("This request was withdrawn.");
+    case ApprovalHistoryState::Resolved:
+        return tr("This request was decided elsewhere.");
+    }
+    Q_UNREACHABLE();
+}
+
+} // namespace bram

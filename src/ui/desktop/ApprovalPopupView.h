@@ -1,0 +1,110 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "model/ApprovalHistoryEntry.h"
+#include "model/ApprovalItem.h"
+
+#include <QWidget>
+
+#include <functional>
+#include <optional>
+
+class QLabel;
+class QPropertyAnimation;
+
+namespace bram
+{
+
+class CommandTextView;
+class DecisionButton;
+class ElidedLabel;
+
+/// What the popup shows of one request: its id, the whole command, what there is to know before deciding,
+/// and three buttons, whose texts are Korean whatever the language of the program.
+class ApprovalPopupView final : public QWidget
+{
+    Q_OBJECT
+
+public:
+    struct Actions {
+        std::function<void()> onAllowOnce;
+        std::function<void()> onAllowAlways;
+        std::function<void()> onDeny;
+    };
+    /// The actions are called for a press on the button and for its shortcut.
+    explicit ApprovalPopupView(Actions actions, QWidget *parent = nullptr);
+
+    enum class Occasion {
+        New,
+        Changed, ///< another form of a request that had been shown
+    };
+    void setItem(const ApprovalItem &item, Occasion occasion);
+    const ApprovalItem &item() const { return m_item; }
+    /// Says in words what became of the request, until the next `setItem`.
+    void setOutcome(ApprovalHistoryState state, qint64 nowMs);
+
+    /// Absent when the request does not expire; zero or less once it has.
+    void setTimeLeft(std::optional<qint64> leftMs);
+    void setWaitingCount(qsizetype count);
+
+    enum class Answering {
+        Off, ///< for the time being
+        NeedsActivation, ///< the window does not have the keyboard
+        Arming, ///< soon: a thin line grows until then
+        On,
+    };
+    void setAnswering(Answering answering);
+
+    /// The size at which nothing is cut off, at least `least`.
+    QSize fittingSize(QSize least) const;
+
+    CommandTextView &commandView() const { return *m_command; }
+
+Q_SIGNALS:
+    /// Its `fittingSize` may have changed.
+    void contentChanged();
+
+protected:
+    void changeEvent(QEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    Q_PROPERTY(qreal armingProgress READ armingProgress WRITE setArmingProgress)
+    qreal armingProgress() const { return m_armingProgress; }
+    void setArmingProgress(qreal progress);
+
+    void build();
+    void addButton(DecisionButton *&button, const QString &fixedText, const QKeySequence &shortcut,
+                   const std::function<void()> &action);
+    void relabel();
+    void relabelNotices();
+    void relabelLength();
+    void relabelState();
+    void recolour();
+    QString outcomeText() const;
+
+    const Actions m_actions;
+    ApprovalItem m_item;
+    Occasion m_occasion = Occasion::New;
+    std::optional<ApprovalHistoryState> m_outcome;
+    bool m_outcomeIsExpiry = false;
+    std::optional<qint64> m_leftMs;
+    qsizetype m_waitingCount = 0;
+    Answering m_answering = Answering::Off;
+    qreal m_armingProgress = 0;
+
+    ElidedLabel *m_id = nullptr;
+    QLabel *m_length = nullptr;
+    QLabel *m_risk = nullptr;
+    QLabel *m_notices = nullptr;
+    CommandTextView *m_command = nullptr;
+    ElidedLabel *m_agent = nullptr;
+    ElidedLabel *m_expiry = nullptr;
+    ElidedLabel *m_state = nullptr;
+    DecisionButton *m_allowOnce = nullptr;
+    DecisionButton *m_allowAlways = nullptr;
+    DecisionButton *m_deny = nullptr;
+    QPropertyAnimation *m_arming = nullptr;
+};
+
+} // namespace bram

@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "ui/desktop/ApprovalPopupWindow.h"
+
+#include <QCloseEvent>
+#include <QCursor>
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QScreen>
+#include <QVBoxLayout>
+
+namespace bram
+{
+
+using namespace Qt::StringLiterals;
+
+ApprovalPopupWindow::ApprovalPopupWindow()
+    : QWidget(nullptr,
+              Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint
+                  | Qt::WindowStaysOnTopHint)
+{
+    setWindowTitle(u"승인 요청"_s);
+    setAttribute(Qt::WA_QuitOnClose, false);
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins({});
+}
+
+void ApprovalPopupWindow::setContent(QWidget *content)
+{
+    layout()->addWidget(content);
+}
+
+void ApprovalPopupWindow::showInFront(QSize contentSize)
+{
+    setFixedSize(contentSize);
+    if (!isVisible()) {
+        const QScreen *screen = QGuiApplication::screenAt(QCursor::pos());
+        if (screen == nullptr) {
+            screen = QGuiApplication::primaryScreen();
+        }
+        if (screen != nullptr) {
+            move(screen->availableGeometry().center() - rect().center());
+        }
+        show();
+    }
+    raise();
+    activateWindow();
+}
+
+void ApprovalPopupWindow::closeEvent(QCloseEvent *event)
+{
+    event->ignore();
+    Q_EMIT closeRequested();
+}
+
+void ApprovalPopupWindow::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Escape && !event->isAutoRepeat()) {
+        Q_EMIT escapePressed();
+        return;
+    }
+    QWidget::keyPressEvent(event);
+}
+
+} // namespace bram

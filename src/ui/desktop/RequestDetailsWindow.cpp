@@ -1,0 +1,183 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "ui/desktop/RequestDetailsWindow.h"
+
+#include "model/CommandRules.h"
+#include "model/HonestDisplay.h"
+#include "ui/desktop/CommandTextView.h"
+#include "ui/desktop/ElidedLabel.h"
+#include "ui/desktop/WarningColours.h"
+#include "ui/language/Words.h"
+
+#include <QBoxLayout>
+#include <QClipboard>
+#include <QDateTime>
+#include <QEvent>
+#include <QFormLayout>
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QPushButton>
+
+namespace bram
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+constexpr QSize firstSize(640, 420);
+
+QString timeText(qint64 ms)
+{
+    return QDateTime::fromMSecsSinceEpoch(ms).toString(u"yyyy-MM-dd HH:mm:ss");
+}
+
+void copy(const QString &text)
+{
+    QGuiApplication::clipboard()->setText(text);
+}
+} // namespace
+
+RequestDetails RequestDetails::of(const ApprovalItem &item)
+{
+    return {item, ApprovalHistoryState::Pending, 0};
+}
+
+RequestDetails RequestDetails::of(const ApprovalHistoryEntry &entry)
+{
+    return {{.approvalId = entry.approvalId, .command = entry.command, .agentId = std::nullopt},
+            entry.state,
+            entry.updatedAt.isValid() ? entry.updatedAt.toMSecsSinceEpoch() : 0};
+}
+
+RequestDetailsWindow::RequestDetailsWindow()
+    : QWidget(nullptr, Qt::Window)
+{
+    setAttribute(Qt::WA_QuitOnClose, false);
+    build();
+    resize(firstSize);
+    recolour();
+}
+
+void RequestDetailsWindow::build()
+{
+    auto *column = new QVBoxLayout(this);
+    m_form = new QFormLayout;
+    m_form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
+    m_form->setVerticalSpacing(4);
+    column->addLayout(m_form);
+    for (ElidedLabel **label : {&m_id, &m_agent, &m_state, &m_created, &m_expires}) {
+        *label = addRow(m_form);
+    }
+    m_warning = new QLabel(this);
+    m_warning->setTextFormat(Qt::PlainText);
+    m_warning->setWordWrap(true);
+    column->addWidget(m_warning);
+    m_command = new CommandTextView(this);
+    column->addWidget(m_command, 1);
+
+    auto *buttons = new QHBoxLayout;
+    column->addLayout(buttons);
+    for (QPushButton **button : {&m_copyDetails, &m_copyId, &m_close}) {
+        if (button == &m_close) {
+            buttons->addStretch(1);
+        }
+        *button = new QPushButton(this);
+        buttons->addWidget(*button);
+    }
+    connect(m_copyDetails, &QPushButton::clicked, this, [this] { copy(m_details.item.pretty()); });
+    connect(m_copyId, &QPushButton::clicked, this, [this] { copy(m_details.item.approvalId); });
+    connect(m_close, &QPushButton::clicked, this, &QWidget::close);
+}
+
+ElidedLabel *RequestDetailsWindow::addRow(QFormLayout *form)
+{
+    auto *label = new ElidedLabel(this);
+    form->addRow(new QLabel(this), label);
+    return label;
+}
+
+void RequestDetailsWindow::open(const RequestDetails &details)
+{
+    m_details = details;
+    layout()->activate(); // so that the command is laid out for the width it gets
+    m_command->setCommand(details.item.command);
+    relabel();
+    m_command->setFocus();
+    if (isMinimized()) {
+        showNormal();
+    } else {
+        show();
+    }
+    raise();
+    activateWindow();
+}
+
+void RequestDetailsWindow::changeEvent(QEvent *event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::LanguageChange) {
+        relabel();
+    } else if (event->type() == QEvent::PaletteChange) {
+        recolour();
+    }
+}
+
+void RequestDetailsWindow::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Escape) {
+        close();
+        return;
+    }
+    QWidget::keyPressEvent(event);
+}
+
+void RequestDetailsWindow::relabel()
+{
+    setWindowTitle(tr("Request details"));
+    const ApprovalItem &item = m_details.item;
+    const auto fill = [this](ElidedLabel *field, const QString &name, const QString &text) {
+        static_cast<QLabel *>(m_form->labelForField(field))->setText(name);
+        field->setWholeText(text);
+        m_form->setRowVisible(field, !text.isEmpty());
+    };
+    const QString agent = item.agentId.value_or(QString());
+    const bool isPending = m_details.state == ApprovalHistoryState::Pending;
+    const QString changedAt
+        = m_details.updatedAtMs > 0 ? u", "_s + timeText(m_details.updatedAtMs) : QString();
+    fill(m_id, tr("ID:"), honestLine(item.approvalId).text);
+    fill(m_agent, tr("Agent:"),
+         !agent.isEmpty() ? honestLine(agent).text
+             : isPending  ? tr("not named")
+                          : QString());
+    fill(m_state, tr("State:"), historyStateWord(m_details.state) + changedAt);
+    fill(m_created, tr("Created:"), item.createdAtMs > 0 ? timeText(item.createdAtMs) : QString());
+    fill(m_expires, tr("Expires:"), item.expiresAtMs > 0 ? timeText(item.expiresAtMs) : QString());
+
+    QStringList warnings;
+    if (item.command.isEmpty()) {
+        warnings.append(tr("The command of this request was not seen."));
+    } else if (commandRiskLevel(item.command) == CommandRisk::High) {
+        warnings.append(tr("HIGH RISK."));
+    }
+    if (m_command->isSuspicious()) {
+        warnings.append(tr("Characters that could mislead are shown as ⟨…⟩."));
+    }
+    m_warning->setText(warnings.join(u' '));
+    m_warning->setVisible(!warnings.isEmpty());
+    m_copyDetails->setText(tr("Copy details"));
+    m_copyId->setText(tr("Copy ID"));
+    m_close->setText(tr("Close"));
+}
+
+void RequestDetailsWindow::recolour()
+{
+    QPalette warning = palette();
+    warning.setColor(QPalette::WindowText, warningColour(palette()));
+    m_warning->setPalette(warning);
+    QFont bold = font();
+    bold.setBold(true);
+    m_warning->setFont(bold);
+}
+
+} // namespace bram
