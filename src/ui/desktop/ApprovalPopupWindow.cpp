@@ -7,6 +7,7 @@
 #include <QKeyEvent>
 #include <QScreen>
 #include <QVBoxLayout>
+#include <QWindow>
 
 namespace bram
 {
@@ -33,6 +34,11 @@ void ApprovalPopupWindow::showInFront(QSize contentSize)
 {
     setFixedSize(contentSize);
     if (!isVisible()) {
+        // A window that is hidden and soon shown again is never told that it has the keyboard; and its old
+        // place and desktop are no good any more.
+        if (windowHandle() != nullptr) {
+            windowHandle()->destroy();
+        }
         const QScreen *screen = QGuiApplication::screenAt(QCursor::pos());
         if (screen == nullptr) {
             screen = QGuiApplication::primaryScreen();

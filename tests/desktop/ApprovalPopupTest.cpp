@@ -1,0 +1,358 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "PopupFixture.h"
+
+#include "monitor/ApprovalBoard.h"
+
+#include <QAccessible>
+#include <QTranslator>
+
+namespace bram
+{
+
+using namespace Qt::StringLiterals;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace
+{
+using Popup = test::PopupFixture;
+
+MATCHER_P(Says, text, "")
+{
+    return arg.contains(text);
+}
+MATCHER_P(DoesNotSay, text, "")
+{
+    return !arg.contains(text);
+}
+} // namespace
+
+TEST_F(Popup, ShowsWhatIsAsked)
+{
+    present(u"id-1"_s);
+    EXPECT_EQ(window().windowTitle(), u"승인 요청");
+    EXPECT_EQ(window().size(), QSize(500, 220));
+    EXPECT_EQ(window().minimumSize(), window().maximumSize());
+    EXPECT_TRUE(window().windowFlags() & Qt::WindowStaysOnTopHint);
+    EXPECT_FALSE(window().windowFlags() & Qt::WindowMinimizeButtonHint);
+    EXPECT_THAT(words(), Says(u"ID: id-1"));
+    EXPECT_THAT(words(), Says(u"Agent: main"));
+    EXPECT_THAT(words(), DoesNotSay(u"HIGH RISK"));
+    EXPECT_THAT(words(), DoesNotSay(u"expires"));
+    EXPECT_EQ(view().commandView().toPlainText(), u"ls -l");
+    ASSERT_TRUE(isActive());
+    EXPECT_TRUE(view().commandView().hasFocus()) << "nothing that acts";
+
+    auto risky = item(u"id\u202E\n2"_s, u"sudo rm\u200B -rf /\n"_s.repeated(40));
+    risky.agentId.reset();
+    risky.expiresAtMs = clock.nowMs() + 62'000;
+    popup.setWaitingCount(12);
+    popup.present(risky, record(u"2"_s));
+    EXPECT_THAT(words(), Says(u"ID: id⟨U+202E⟩⟨U+000A⟩2"));
+    EXPECT_THAT(words(), Says(u"Agent: not named"));
+    EXPECT_THAT(words(), Says(u"HIGH RISK"));
+    EXPECT_THAT(words(), Says(u"Misleading characters"));
+    EXPECT_THAT(words(), Says(u"expires in 1:02"));
+    EXPECT_THAT(words(), Says(u"12 more waiting"));
+    EXPECT_THAT(words(), Says(u"↓ 41 lines, 600 characters")) << "there is more than can be seen";
+    EXPECT_THAT(words(), DoesNotSay(u"changed")) << "another request, not another form of it";
+
+    clock.current += 1'000;
+    EXPECT_TRUE(test::waitUntil([&] { return words().contains(u"expires in 1:01"_s); }));
+    EXPECT_THAT(answers, IsEmpty());
+}
+
+TEST_F(Popup, NothingAnswersBeforeItIsArmed)
+{
+    present(u"a"_s);
+    ASSERT_TRUE(isActive());
+    const auto &allow = button(ApprovalDecision::AllowOnce);
+    click(allow);
+    key(Qt::Key_O, Qt::ControlModifier | Qt::ShiftModifier);
+    key(Qt::Key_Return);
+    key(Qt::Key_Escape);
+    press(allow);
+    EXPECT_FALSE(isArmed());
+    release(allow);
+    ASSERT_TRUE(becomesArmed());
+    EXPECT_THAT(answers, IsEmpty());
+    EXPECT_EQ(shownId(), u"a") << "not even closed by a key that was meant elsewhere";
+
+    click(allow);
+    EXPECT_THAT(answers, ElementsAre(u"a allow-once"_s));
+    EXPECT_FALSE(window().isVisible());
+}
+
+TEST_F(Popup, EachDecisionHasItsButtonAndItsShortcut)
+{
+    const struct {
+        ApprovalDecision decision;
+        Qt::Key key;
+        QString fixedText;
+        QString name;
+    } rows[] {
+        {ApprovalDecision::AllowOnce, Qt::Key_O, u"일시 승인"_s, u"일시 승인 (Allow once)"_s},
+        {ApprovalDecision::AllowAlways, Qt::Key_A, u"영구 승인"_s, u"영구 승인 (Always allow)"_s},
+        {ApprovalDecision::Deny, Qt::Key_D, u"거부"_s, u"거부 (Deny)"_s},
+    };
+    QStringList expected;
+    for (const auto &row : rows) {
+        presentArmed(u"b"_s);
+        auto &shown = button(row.decision);
+        auto *accessible = QAccessible::queryAccessibleInterface(&shown);
+        EXPECT_EQ(accessible->text(QAccessible::Name), row.name);
+        EXPECT_EQ(accessible->role(), QAccessible::Button);
+        EXPECT_FALSE(shown.isDefault() || shown.autoDefault());
+        click(shown);
+        presentArmed(u"k"_s);
+        key(row.key, Qt::ControlModifier | Qt::ShiftModifier);
+        expected << u"b "_s + rawText(row.decision) << u"k "_s + rawText(row.decision);
+    }
+    EXPECT_EQ(answers, expected);
+}
+
+TEST_F(Popup, ReturnAndSpaceDecideOnlyOnAButtonThatWasGivenTheFocus)
+{
+    presentArmed(u"a"_s);
+    key(Qt::Key_Return);
+    key(Qt::Key_Enter);
+    key(Qt::Key_Space);
+    EXPECT_THAT(answers, IsEmpty());
+    EXPECT_TRUE(isArmed());
+
+    key(Qt::Key_Tab);
+    EXPECT_TRUE(button(ApprovalDecision::AllowOnce).hasFocus());
+    key(Qt::Key_X);
+    EXPECT_FALSE(isArmed()) << "somebody is writing";
+    key(Qt::Key_Space);
+    key(Qt::Key_Tab);
+    key(Qt::Key_Return);
+    EXPECT_THAT(answers, IsEmpty());
+    ASSERT_TRUE(becomesArmed());
+    EXPECT_TRUE(view().commandView().hasFocus());
+
+    key(Qt::Key_Tab);
+    key(Qt::Key_Tab);
+    key(Qt::Key_Return);
+    presentArmed(u"b"_s);
+    EXPECT_TRUE(view().commandView().hasFocus()) << "the focus does not stay for the next one";
+    key(Qt::Key_Backtab);
+    key(Qt::Key_Space);
+    EXPECT_THAT(answers, ElementsAre(u"a allow-always"_s, u"b deny"_s));
+}
+
+TEST_F(Popup, ClosingDecidesNothing)
+{
+    present(u"a"_s);
+    window().close();
+    presentArmed(u"b"_s);
+    key(Qt::Key_Escape);
+    EXPECT_THAT(answers, ElementsAre(u"a nothing"_s, u"b nothing"_s));
+    EXPECT_FALSE(window().isVisible());
+}
+
+TEST_F(Popup, AChangedFormIsArmedAnewAndOnlyTheNewestCanBeAnswered)
+{
+    presentArmed(u"a"_s, u"ls"_s);
+    popup.present(item(u"a"_s, u"ls; reboot"_s), record(u"new"_s));
+    EXPECT_FALSE(isArmed());
+    EXPECT_THAT(words(), Says(u"has changed"));
+    click(button(ApprovalDecision::AllowOnce));
+    EXPECT_THAT(answers, IsEmpty());
+    ASSERT_TRUE(becomesArmed());
+    click(button(ApprovalDecision::AllowOnce));
+    EXPECT_THAT(answers, ElementsAre(u"new allow-once"_s));
+}
+
+TEST_F(Popup, NothingIsSwappedUnderAPressedButton)
+{
+    presentArmed(u"a"_s);
+    const auto &allow = button(ApprovalDecision::AllowOnce);
+    press(allow);
+    present(u"b"_s);
+    EXPECT_EQ(shownId(), u"a");
+    EXPECT_FALSE(isArmed()) << "but the older one can no longer be answered";
+    release(allow);
+    ASSERT_TRUE(test::waitUntil([&] { return shownId() == u"b"; }));
+    EXPECT_FALSE(isArmed());
+    EXPECT_THAT(answers, IsEmpty());
+    click(allow);
+    ASSERT_TRUE(becomesArmed());
+    EXPECT_THAT(answers, IsEmpty()) << "the second click of a double click";
+}
+
+TEST_F(Popup, SaysForAMomentWhatBecameOfTheRequest)
+{
+    const struct {
+        ApprovalHistoryState state;
+        bool expired;
+        QString words;
+    } rows[] {
+        {ApprovalHistoryState::AllowOnce, false, u"was allowed once"_s},
+        {ApprovalHistoryState::Deny, false, u"was denied"_s},
+        {ApprovalHistoryState::Resolved, false, u"was decided elsewhere"_s},
+        {ApprovalHistoryState::Canceled, false, u"was withdrawn"_s},
+        {ApprovalHistoryState::Canceled, true, u"has expired"_s},
+    };
+    bool dismissFirst = false;
+    for (const auto &row : rows) {
+        auto ending = item(u"a"_s);
+        ending.expiresAtMs = clock.nowMs() + (row.expired ? -1 : 60'000);
+        popup.present(ending, record(u"a"_s));
+        dismissFirst = !dismissFirst;
+        if (dismissFirst) {
+            popup.dismiss();
+        }
+        popup.showOutcome(u"another"_s, row.state);
+        popup.showOutcome(u"a"_s, row.state);
+        if (!dismissFirst) {
+            popup.dismiss();
+        }
+        present(u"b"_s);
+        QCoreApplication::processEvents();
+        EXPECT_EQ(shownId(), u"a") << "the next one waits";
+        EXPECT_THAT(words(), Says(row.words));
+        EXPECT_FALSE(isArmed());
+        window().close(); // cuts the moment short
+        EXPECT_EQ(shownId(), u"b");
+        EXPECT_THAT(words(), DoesNotSay(row.words));
+        popup.dismiss();
+        EXPECT_TRUE(test::waitUntil([&] { return !window().isVisible(); })) << "at once";
+    }
+    EXPECT_THAT(answers, IsEmpty());
+
+    present(u"a"_s);
+    popup.showOutcome(u"a"_s, ApprovalHistoryState::Resolved);
+    present(u"b"_s);
+    popup.dismiss(); // of b, which was never seen
+    popup.showOutcome(u"b"_s, ApprovalHistoryState::Resolved);
+    EXPECT_EQ(shownId(), u"a");
+    EXPECT_TRUE(test::waitUntil([&] { return !window().isVisible(); }))
+        << "the moment passes by itself";
+    EXPECT_THAT(answers, IsEmpty());
+}
+
+TEST_F(Popup, WorksTheBoardsQueue)
+{
+    test::RecordingLog log;
+    MonitorPorts ports;
+    ports.popup = &popup;
+    ApprovalBoard board(clock, log, ports);
+    QObject::connect(&board, &ApprovalBoard::requestRemoved, &popup,
+                     &ApprovalPopupPresenter::showOutcome);
+    QObject::connect(&board, &ApprovalBoard::decidedInPopup, &board,
+                     [&](const QString &id, ApprovalDecision decision) {
+                         answers.append(id + u' ' + rawText(decision));
+                         if (id == u"late") { // what resolution does when a decision comes too late
+                             board.remove(id, ApprovalHistoryState::Canceled);
+                         }
+                     });
+    for (const auto &id : {u"a"_s, u"b"_s, u"c"_s, u"late"_s, u"d"_s}) {
+        board.add(item(id));
+    }
+    ASSERT_TRUE(becomesArmed());
+    click(button(ApprovalDecision::Deny));
+    EXPECT_EQ(shownId(), u"b");
+    EXPECT_FALSE(isArmed());
+    board.remove(u"a"_s, ApprovalHistoryState::Deny);
+    EXPECT_EQ(shownId(), u"b");
+    EXPECT_THAT(words(), DoesNotSay(u"was denied")) << "that is about another one";
+
+    board.remove(u"b"_s, ApprovalHistoryState::Resolved);
+    EXPECT_THAT(words(), Says(u"was decided elsewhere"));
+    ASSERT_TRUE(test::waitUntil([&] { return shownId() == u"c"; }));
+    window().close();
+    EXPECT_EQ(shownId(), u"late");
+
+    ASSERT_TRUE(becomesArmed());
+    click(button(ApprovalDecision::AllowOnce));
+    EXPECT_THAT(words(), Says(u"was withdrawn"));
+    ASSERT_TRUE(test::waitUntil([&] { return shownId() == u"d"; }));
+    board.dismissPopups();
+    EXPECT_TRUE(test::waitUntil([&] { return !window().isVisible(); }));
+    EXPECT_THAT(answers, ElementsAre(u"a deny"_s, u"late allow-once"_s));
+    EXPECT_NE(board.find(u"c"_s), nullptr) << "closed without a decision, so still pending";
+}
+
+TEST_F(Popup, RealInputOnARealScreen)
+{
+    presentArmed(u"warm"_s); // the window has its place
+    click(button(ApprovalDecision::Deny));
+    answers.clear();
+    const auto &allow = button(ApprovalDecision::AllowOnce);
+
+    present(u"a"_s);
+    ASSERT_TRUE(isActive());
+    const QStringList click {u"click"_s, u"1"_s};
+    ASSERT_TRUE(xdotool(moveTo(allow) + click));
+    ASSERT_TRUE(xdotool({u"key"_s, u"space"_s, u"Return"_s, u"ctrl+shift+o"_s}));
+    EXPECT_THAT(answers, IsEmpty()) << "too early";
+    ASSERT_TRUE(xdotool({u"mousedown"_s, u"1"_s, u"sleep"_s, u"1"_s, u"mouseup"_s, u"1"_s}));
+    ASSERT_TRUE(becomesArmed());
+    EXPECT_THAT(answers, IsEmpty()) << "pressed too early, though released late enough";
+
+    ASSERT_TRUE(xdotool(moveTo(allow) + click));
+    EXPECT_TRUE(test::waitUntil([&] { return !answers.isEmpty(); }));
+    EXPECT_THAT(answers, ElementsAre(u"a allow-once"_s));
+
+    presentArmed(u"b"_s);
+    ASSERT_TRUE(xdotool({u"key"_s, u"ctrl+shift+d"_s}));
+    EXPECT_TRUE(test::waitUntil([&] { return answers.size() == 2; }));
+    EXPECT_THAT(answers, ElementsAre(u"a allow-once"_s, u"b deny"_s));
+}
+
+TEST_F(Popup, TakesTheKeyboardAndGivesItBack)
+{
+    QWidget other;
+    other.setGeometry(0, 0, 200, 100);
+    other.show();
+    ASSERT_TRUE(test::waitUntil([&] { return other.isActiveWindow(); }));
+
+    presentArmed(u"a"_s);
+    other.activateWindow();
+    ASSERT_TRUE(test::waitUntil([&] { return other.isActiveWindow(); }));
+    EXPECT_FALSE(isArmed());
+    EXPECT_THAT(words(), Says(u"Click here first"));
+    window().activateWindow();
+    ASSERT_TRUE(isActive());
+    EXPECT_FALSE(isArmed()) << "armed anew";
+    ASSERT_TRUE(becomesArmed());
+    key(Qt::Key_Escape);
+    EXPECT_TRUE(test::waitUntil([&] { return other.isActiveWindow(); }));
+}
+
+TEST_F(Popup, WhatWasCoveredIsArmedAnew)
+{
+    presentArmed(u"a"_s);
+    QWidget cover(nullptr, Qt::ToolTip | Qt::WindowStaysOnTopHint | Qt::WindowDoesNotAcceptFocus);
+    cover.setAttribute(Qt::WA_ShowWithoutActivating);
+    cover.setGeometry(window().frameGeometry());
+    cover.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&cover));
+    cover.hide();
+    EXPECT_TRUE(test::waitUntil([&] { return !isArmed(); }));
+    EXPECT_TRUE(becomesArmed());
+}
+
+TEST_F(Popup, ChangesItsLanguageWhileOpen)
+{
+    class Korean final : public QTranslator
+    {
+    public:
+        bool isEmpty() const override { return false; }
+        QString translate(const char *, const char *text, const char *, int) const override
+        {
+            return qstrcmp(text, "Allow once") == 0 ? u"일시 승인"_s
+                : qstrcmp(text, "Agent: %1") == 0   ? u"에이전트: %1"_s
+                                                    : QString();
+        }
+    } korean;
+    present(u"a"_s);
+    QCoreApplication::installTranslator(&korean);
+    EXPECT_TRUE(test::waitUntil([&] { return words().contains(u"에이전트: main"_s); }));
+    EXPECT_EQ(button(ApprovalDecision::AllowOnce).accessibleName(), u"일시 승인")
+        << "said once is enough";
+    EXPECT_EQ(button(ApprovalDecision::Deny).accessibleName(), u"거부 (Deny)");
+}
+
+} // namespace bram

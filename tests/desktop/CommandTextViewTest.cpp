@@ -1,0 +1,154 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "ui/desktop/CommandTextView.h"
+
+#include "support/Waiting.h"
+
+#include "model/HonestDisplay.h"
+
+#include <QClipboard>
+#include <QElapsedTimer>
+#include <QGuiApplication>
+#include <QMimeData>
+#include <QScrollBar>
+#include <QTextBlock>
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+
+namespace bram
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+void show(CommandTextView &view, const QString &command)
+{
+    view.resize(484, 112);
+    view.show();
+    view.setCommand(command);
+    ASSERT_TRUE(test::waitUntil([&] { return view.isWhole(); }));
+}
+
+QString copiedFrom(CommandTextView &view)
+{
+    view.selectAll();
+    view.copy();
+    return QGuiApplication::clipboard()->text();
+}
+
+/// The parts of the text that are drawn as marks.
+QStringList marksIn(const CommandTextView &view)
+{
+    QStringList marks;
+    for (QTextBlock block = view.document()->begin(); block.isValid(); block = block.next()) {
+        for (auto it = block.begin(); !it.atEnd(); ++it) {
+            if (it.fragment().charFormat().background().style() != Qt::NoBrush) {
+                marks.append(it.fragment().text());
+            }
+        }
+    }
+    return marks;
+}
+} // namespace
+
+TEST(CommandTextView, IsCopiedAsItIsShown)
+{
+    const QString commands[] {
+        u"ls"_s,
+        u""_s,
+        u"one\ntwo  three\n\nfour\n"_s,
+        u"<b>no markup</b> &amp; nothing cut"_s,
+        u"a\u202Eb\u00A0c\u2028d    e \nf"_s,
+        u"한글 ⟨U+202E⟩ is forged"_s,
+        u"one very long line; "_s.repeated(700) + u"end"_s,
+        u"\u202E"_s.repeated(1500) + u"\nlast"_s,
+        u"𝒳"_s.repeated(5000),
+    };
+    for (const QString &command : commands) {
+        CommandTextView view;
+        show(view, command);
+        if (command.isEmpty()) {
+            EXPECT_EQ(view.toPlainText(), QString());
+        } else {
+            EXPECT_EQ(copiedFrom(view), honestDisplay(command).text);
+            EXPECT_EQ(QGuiApplication::clipboard()->mimeData()->formats(),
+                      QStringList {u"text/plain"_s});
+        }
+        EXPECT_EQ(view.isSuspicious(), honestDisplay(command).suspicious);
+    }
+}
+
+TEST(CommandTextView, OnlyMarksStandOut)
+{
+    CommandTextView view;
+    show(view, u"a\u202Eb ⟨U+200B⟩ c      d"_s);
+    EXPECT_THAT(marksIn(view),
+                testing::ElementsAre(u"⟨U+202E⟩"_s, u"⟨U+27E8⟩"_s, u"⟨6\u00A0blanks⟩"_s))
+        << "what a command writes itself is no mark";
+
+    show(view, u"\u202E"_s.repeated(1000));
+    EXPECT_EQ(marksIn(view).join(QString()), u"⟨U+202E⟩"_s.repeated(1000))
+        << "also where a piece of the line ends within a mark";
+}
+
+TEST(CommandTextView, ALongLineIsWrappedAnywhereAndReachesItsEnd)
+{
+    CommandTextView view;
+    show(view, u"x"_s.repeated(30'000));
+    EXPECT_EQ(view.horizontalScrollBar()->maximum(), 0);
+    view.moveCursor(QTextCursor::End);
+    const QTextBlock last = view.document()->lastBlock();
+    EXPECT_GT(last.layout()->lineCount(), 0);
+    const int rowLength = view.document()->begin().layout()->lineAt(0).textLength();
+    for (QTextBlock block = view.document()->begin(); block != last; block = block.next()) {
+        EXPECT_EQ((block.length() - 1) % rowLength, 0) << "a piece ends where a row is full";
+    }
+    view.resize(300, 112);
+    ASSERT_TRUE(test::waitUntil([&] { return view.isWhole(); }));
+    EXPECT_EQ(copiedFrom(view), u"x"_s.repeated(30'000)) << "broken anew for another width";
+}
+
+TEST(CommandTextView, AHugeCommandComesInWithoutHoldingTheLoopUp)
+{
+    const struct {
+        const char *name;
+        QString command;
+        qint64 mostMs;
+    } rows[] {
+        {"16 kB in lines", u"echo some words of a usual line\n"_s.repeated(500), 50},
+        {"16 kB in one line", u"echo some words of a usual line;"_s.repeated(500), 50},
+        {"16 kB of marks", u"\u202E"_s.repeated(5000), 50},
+        {"1 MB in lines", u"echo some words of a usual line\n"_s.repeated(32'000), 250},
+        {"1 MB in one line", u"echo some words of a usual line;"_s.repeated(32'000), 250},
+    };
+    for (const auto &row : rows) {
+        CommandTextView view;
+        view.resize(484, 112);
+        view.show();
+        (void)test::waitUntil([&] { return view.isActiveWindow(); });
+        qint64 longestMs = 0;
+        QElapsedTimer turn;
+        turn.start();
+        view.setCommand(row.command);
+        longestMs = turn.elapsed();
+        const qint64 firstMs = longestMs;
+        QElapsedTimer whole;
+        whole.start();
+        while (!view.isWhole()) {
+            turn.start();
+            QCoreApplication::processEvents();
+            longestMs = std::max(longestMs, turn.elapsed());
+        }
+        turn.start();
+        QCoreApplication::processEvents();
+        longestMs = std::max(longestMs, turn.elapsed());
+        RecordProperty(row.name, int(longestMs));
+        printf("%-20s longest turn %lld ms, first %lld ms, whole after %lld ms\n", row.name,
+               longestMs, firstMs, whole.elapsed());
+        EXPECT_LT(longestMs, row.mostMs) << row.name;
+    }
+}
+
+} // namespace bram

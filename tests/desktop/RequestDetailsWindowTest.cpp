@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "ui/desktop/RequestDetailsWindow.h"
+
+#include "support/Waiting.h"
+
+#include "ui/desktop/CommandTextView.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QLabel>
+#include <QPushButton>
+#include <QTest>
+
+#include <gmock/gmock.h>
+
+namespace bram
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+QStringList wordsOf(const QWidget &window)
+{
+    QStringList texts;
+    for (const auto *label : window.findChildren<QLabel *>()) {
+        if (label->isVisible()) {
+            texts.append(label->text());
+        }
+    }
+    return texts;
+}
+
+void push(const QWidget &window, const QString &text)
+{
+    for (auto *button : window.findChildren<QPushButton *>()) {
+        if (button->text() == text) {
+            button->click();
+            return;
+        }
+    }
+    FAIL() << "no button " << text.toStdString();
+}
+} // namespace
+
+TEST(RequestDetailsWindow, ShowsARequestOrARowOfTheHistoryWhole)
+{
+    RequestDetailsWindow window;
+    const ApprovalItem item {u"id-1"_s, u"sudo a\u202Eb\nc"_s, u"agent\n"_s, 1'718'000'000'000, 0};
+    window.open(RequestDetails::of(item));
+    EXPECT_THAT(wordsOf(window),
+                testing::IsSupersetOf({u"id-1"_s, u"agent⟨U+000A⟩"_s, u"pending"_s}));
+    EXPECT_THAT(wordsOf(window).last(),
+                testing::Eq(u"HIGH RISK. Characters that could mislead are "
+                            "shown as ⟨…⟩."_s));
+    const auto &command = *window.findChild<CommandTextView *>();
+    EXPECT_EQ(command.toPlainText(), u"sudo a⟨U+202E⟩b\nc");
+    EXPECT_THAT(wordsOf(window), testing::Not(testing::Contains(u"Expires:"_s)))
+        << "what is not known has no row";
+
+    push(window, u"Copy details"_s);
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), item.pretty());
+    push(window, u"Copy ID"_s);
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), u"id-1");
+
+    const ApprovalHistoryEntry unseen {u"id-2-1"_s,
+                                       u"id-2"_s,
+                                       {},
+                                       ApprovalHistoryState::Resolved,
+                                       QDateTime({2024, 6, 10}, {12, 0, 5})};
+    window.open(RequestDetails::of(unseen));
+    EXPECT_THAT(wordsOf(window),
+                testing::IsSupersetOf({u"id-2"_s, u"decided elsewhere, 2024-06-10 12:00:05"_s,
+                                       u"The command of this request was not seen."_s}));
+    EXPECT_EQ(command.toPlainText(), QString());
+
+    QTest::keyClick(&window, Qt::Key_Escape);
+    EXPECT_FALSE(window.isVisible());
+}
+
+} // namespace bram
