@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "system/NextTurn.h"
 
+#include <QAbstractEventDispatcher>
 #include <QCoreApplication>
+#include <QElapsedTimer>
 #include <QPointer>
 
 #include <utility>
@@ -12,17 +14,27 @@ namespace bram
 
 namespace
 {
+/// What work puts off in its turn goes on at once as long as all of it together is quicker than this: to ask
+/// the kernel for events in between would cost more than the work. After that the events come first.
+constexpr qint64 quickNs = 1'000'000;
+
+/// Runs what waits between two turns of the loop. The loop tells of both ends of that time: of its beginning
+/// always (`awake`), of its end when it is going to sleep (`aboutToBlock`), and before it sleeps nothing may
+/// wait any more. Neither takes a posted event, which would wake up a loop that is awake by a system call.
 class TurnQueue final : public QObject
 {
 public:
-    using QObject::QObject;
+    explicit TurnQueue(QObject *parent)
+        : QObject(parent)
+    {
+        const auto *dispatcher = QCoreApplication::eventDispatcher();
+        connect(dispatcher, &QAbstractEventDispatcher::awake, this, &TurnQueue::betweenTurns);
+        connect(dispatcher, &QAbstractEventDispatcher::aboutToBlock, this,
+                &TurnQueue::betweenTurns);
+    }
 
     void add(QObject *context, std::function<void()> work)
     {
-        if (m_waiting.empty()) {
-            QMetaObject::invokeMethod(
-                this, [this] { run(); }, Qt::QueuedConnection);
-        }
         m_waiting.push_back({context, std::move(work)});
     }
 
@@ -32,17 +44,39 @@ private:
         std::function<void()> run;
     };
 
+    void betweenTurns()
+    {
+        if (!m_eventsFirst) {
+            run();
+        }
+    }
+
     void run()
     {
-        // What is added meanwhile belongs to the turn after this one.
-        for (const auto &work : std::exchange(m_waiting, {})) {
-            if (work.context) {
-                work.run();
+        QElapsedTimer timer;
+        timer.start();
+        while (!m_waiting.empty()) {
+            if (timer.nsecsElapsed() >= quickNs) {
+                m_eventsFirst = true;
+                QMetaObject::invokeMethod(this, &TurnQueue::goOn, Qt::QueuedConnection);
+                return;
+            }
+            for (const auto &work : std::exchange(m_waiting, {})) {
+                if (work.context) {
+                    work.run();
+                }
             }
         }
     }
 
+    void goOn()
+    {
+        m_eventsFirst = false;
+        run();
+    }
+
     std::vector<Work> m_waiting;
+    bool m_eventsFirst = false; ///< `goOn` is on its way, behind the events that have come
 };
 } // namespace
 
