@@ -22,9 +22,10 @@ namespace
 /// Buffers that a burst has made larger than this are given back when the thread goes idle.
 constexpr std::size_t keptBufferBytes = 65'536;
 
-/// The events of one decision come within moments of each other. So that they cost one batch and not one
-/// each, the thread waits this long for more, unless much is there already or somebody waits for it.
-constexpr auto linger = 3ms;
+/// The events of one decision come within moments of each other, and so do those of a busy agent. So that
+/// they cost one batch and not one each, and so that a caller need not wake the thread up each time, it looks
+/// for more by itself after this long, unless much is there already or somebody waits for it.
+constexpr auto linger = 10ms;
 constexpr std::size_t lingerBytes = 16'384;
 
 /// Signals belong to the main thread. Besides, a file size limit then shows as a failed write here
@@ -70,9 +71,11 @@ void AuditLogStore::append(const AuditEventRecord &record)
     {
         const std::scoped_lock lock(m_mutex);
         if (m_pending.size() < m_limits.maxPendingBytes) {
-            // While lines wait, the thread is awake or has been called.
-            mustWake = m_pending.empty();
+            const std::size_t before = m_pending.size();
             appendAuditLine(record, m_pending);
+            // While lines wait, a thread that sleeps has been called already.
+            mustWake = m_isLingering ? before < lingerBytes && m_pending.size() >= lingerBytes
+                                     : before == 0;
         } else {
             firstRefused = m_refusedLines++ == 0;
         }
@@ -133,8 +136,7 @@ void AuditLogStore::runInOrder(std::function<void()> work)
     done.get();
 }
 
-/// The thread: takes all that comes within a moment, writes it as one batch, and sleeps when there is
-/// nothing.
+/// The thread: takes all that comes within a moment, writes it as one batch, and sleeps when nothing comes.
 void AuditLogStore::serve()
 {
     becomeBackgroundThread();
@@ -143,16 +145,19 @@ void AuditLogStore::serve()
     AuditPruneState pruned;
     std::unique_lock lock(m_mutex);
     while (true) {
+        m_isLingering = true;
+        m_wake.wait_for(lock, linger, [this] {
+            return m_stopping || !m_jobs.empty() || m_pending.size() >= lingerBytes;
+        });
+        m_isLingering = false;
         if (!hasWork()) {
             releaseIfLarge(lines);
             releaseIfLarge(m_pending);
-        }
-        m_wake.wait(lock, [this] { return m_stopping || hasWork(); });
-        if (!hasWork()) {
-            return;
-        }
-        if (m_pending.size() < lingerBytes) {
-            m_wake.wait_for(lock, linger, [this] { return m_stopping || !m_jobs.empty(); });
+            m_wake.wait(lock, [this] { return m_stopping || hasWork(); });
+            if (!hasWork()) {
+                return;
+            }
+            continue;
         }
         // The two buffers take turns, so that a burst does not allocate for each batch.
         lines.swap(m_pending);

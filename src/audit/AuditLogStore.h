@@ -76,6 +76,7 @@ private:
     std::string m_pending; ///< encoded lines that the thread has not taken
     std::deque<Job> m_jobs; ///< to be run once the pending lines are written
     quint64 m_refusedLines = 0; ///< lost for want of memory since the thread last looked
+    bool m_isLingering = false; ///< the thread looks for more lines soon, without being called
     bool m_stopping = false;
 
     std::thread m_thread;

@@ -25,6 +25,11 @@ namespace
 {
 constexpr auto connectKickInterval = 300ms;
 constexpr std::chrono::nanoseconds longestReconnectDelay = 15s;
+
+QString newRequestId()
+{
+    return QUuid::createUuid().toString(QUuid::WithoutBraces);
+}
 } // namespace
 
 std::chrono::nanoseconds nextReconnectDelay(std::chrono::nanoseconds delay)
@@ -107,12 +112,18 @@ void GatewayClient::closeSocket()
 
 void GatewayClient::onMessage(const QByteArray &utf8)
 {
-    const auto frame = parseFrame(utf8);
-    if (!frame) {
+    if (const auto usual = m_usualFrames.read(utf8)) {
+        onFrame(*usual);
+    } else if (const auto frame = parseFrame(utf8)) {
+        onFrame(*frame);
+    } else {
         endRun(frame.error().message);
-        return;
     }
-    if (std::holds_alternative<UntypedFrame>(*frame)) {
+}
+
+void GatewayClient::onFrame(const IncomingFrame &frame)
+{
+    if (std::holds_alternative<UntypedFrame>(frame)) {
         return;
     }
     const auto serial = m_socketSerial;
@@ -120,15 +131,13 @@ void GatewayClient::onMessage(const QByteArray &utf8)
     if (serial != m_socketSerial) {
         return;
     }
-    if (const auto *response = std::get_if<ResponseFrame>(&*frame)) {
+    if (const auto *response = std::get_if<ResponseFrame>(&frame)) {
         onResponse(*response);
-    } else if (const auto *event = std::get_if<EventFrame>(&*frame)) {
-        if (event->name == connectChallengeEvent) {
-            m_connectNonce = challengeNonce(*event);
-            sendConnectIfNeeded();
-        } else if (const auto known = toGatewayEvent(*event)) {
-            Q_EMIT eventReceived(*known);
-        }
+    } else if (const auto *event = std::get_if<GatewayEvent>(&frame)) {
+        Q_EMIT eventReceived(*event);
+    } else if (const auto *challenge = std::get_if<ChallengeFrame>(&frame)) {
+        m_connectNonce = challenge->nonce;
+        sendConnectIfNeeded();
     }
 }
 
@@ -222,7 +231,8 @@ QCoro::Task<> GatewayClient::performHandshake(QPointer<GatewayClient> self, quin
         self->onHandshakeFailed(GatewayClientError::server(params.error().message));
         co_return;
     }
-    const auto answer = co_await self->request(connectMethod, *params);
+    const QString id = newRequestId();
+    const auto answer = co_await self->send(id, encodeRequest(id, connectMethod, *params));
     if (!self || self->m_socketSerial != socketSerial) {
         co_return;
     }
@@ -253,15 +263,14 @@ void GatewayClient::onHandshakeFailed(const GatewayClientError &error)
 Reply<GatewayClient::CallResult> GatewayClient::resolveApproval(const QString &approvalId,
                                                                 ApprovalDecision decision)
 {
-    return request(resolveMethod, {{u"id"_s, approvalId}, {u"decision"_s, rawText(decision)}});
+    const QString id = newRequestId();
+    return send(id, encodeResolveRequest(id, approvalId, decision));
 }
 
-Reply<GatewayClient::CallResult> GatewayClient::request(QLatin1StringView method,
-                                                        const QJsonObject &params)
+Reply<GatewayClient::CallResult> GatewayClient::send(const QString &id, const QString &request)
 {
     const ReplySource<CallResult> source {std::unexpected(GatewayClientError::notConnected())};
-    const QString id = QUuid::createUuid().toString(QUuid::WithoutBraces);
-    if (m_socket && m_socket->send(encodeRequest(id, method, params))) {
+    if (m_socket && m_socket->send(request)) {
         m_pending.insert(id, source);
     }
     // Without a socket the source ends here, which answers the reply.

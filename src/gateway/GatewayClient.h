@@ -5,6 +5,7 @@
 #include "gateway/GatewayConfig.h"
 #include "gateway/GatewayFrames.h"
 #include "gateway/GatewaySocket.h"
+#include "gateway/UsualFrames.h"
 #include "model/ApprovalDecision.h"
 #include "model/GatewayConnectionState.h"
 #include "system/Reply.h"
@@ -79,6 +80,7 @@ private:
     void openSocket();
     void closeSocket();
     void onMessage(const QByteArray &utf8);
+    void onFrame(const IncomingFrame &frame);
     void onResponse(const ResponseFrame &response);
     void onSocketEnded(const QString &reason, GatewaySocket::Ending ending);
     void endRun(const QString &reason);
@@ -88,12 +90,13 @@ private:
     void sendConnectIfNeeded();
     static QCoro::Task<> performHandshake(QPointer<GatewayClient> self, quint64 socketSerial);
     void onHandshakeFailed(const GatewayClientError &error);
-    Reply<CallResult> request(QLatin1StringView method, const QJsonObject &params);
+    Reply<CallResult> send(const QString &id, const QString &request);
 
     Collaborators m_collaborators;
     std::optional<GatewayConfig> m_config;
     std::unique_ptr<GatewaySocket> m_socket;
     quint64 m_socketSerial = 0; ///< tells a coroutine whether its socket is still the current one
+    UsualFrameReader m_usualFrames;
     QHash<QString, ReplySource<CallResult>> m_pending;
     std::optional<QString> m_connectNonce;
     bool m_connectSent = false;

@@ -5,7 +5,9 @@
 
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QStringBuilder>
 
+#include <algorithm>
 #include <cmath>
 
 namespace bram
@@ -21,7 +23,7 @@ std::optional<QString> textField(const QJsonObject &object, QLatin1StringView ke
     return value.isString() ? std::optional(value.toString()) : std::nullopt;
 }
 
-std::optional<ApprovalItem> parseApprovalRequested(const QJsonObject &payload)
+IncomingFrame toRequested(const QJsonObject &payload)
 {
     const QJsonObject request = payload.value("request"_L1).toObject();
     const auto id = textField(payload, "id"_L1);
@@ -29,10 +31,30 @@ std::optional<ApprovalItem> parseApprovalRequested(const QJsonObject &payload)
     const auto createdAtMs = toInt64(payload.value("createdAtMs"_L1));
     const auto expiresAtMs = toInt64(payload.value("expiresAtMs"_L1));
     if (!id || !command || !createdAtMs || !expiresAtMs) {
-        return std::nullopt;
+        return IgnoredFrame {};
     }
-    return ApprovalItem {*id, *command, trimmedOrAbsent(textField(request, "agentId"_L1)),
-                         *createdAtMs, *expiresAtMs};
+    return ApprovalRequested {{*id, *command, trimmedOrAbsent(textField(request, "agentId"_L1)),
+                               *createdAtMs, *expiresAtMs}};
+}
+
+IncomingFrame toResolved(const QJsonObject &payload)
+{
+    auto id = textField(payload, "id"_L1);
+    return id ? IncomingFrame(ApprovalResolved {*std::move(id)}) : IncomingFrame(IgnoredFrame {});
+}
+
+IncomingFrame toEvent(const QString &name, const QJsonObject &payload)
+{
+    if (name == connectChallengeEvent) {
+        return ChallengeFrame {textField(payload, "nonce"_L1)};
+    }
+    if (name == approvalRequestedEvent) {
+        return toRequested(payload);
+    }
+    if (name == approvalResolvedEvent) {
+        return toResolved(payload);
+    }
+    return IgnoredFrame {};
 }
 
 /// The parser takes no number, text or other single value for a whole document, though it is one.
@@ -40,6 +62,29 @@ bool isSingleValue(const QByteArray &utf8)
 {
     const QJsonArray values = QJsonDocument::fromJson('[' + utf8 + ']').array();
     return values.size() == 1 && !values.first().isObject() && !values.first().isArray();
+}
+
+bool isPlain(QChar character)
+{
+    return character >= u' ' && character != u'"' && character != u'\\' && !character.isSurrogate();
+}
+
+/// As the inside of a JSON text. Escapes halves of surrogate pairs as well, which UTF-8 cannot carry (and
+/// whole pairs with them).
+QString escaped(const QString &text)
+{
+    if (std::ranges::all_of(text, isPlain)) {
+        return text;
+    }
+    QString result;
+    for (const QChar character : text) {
+        if (isPlain(character)) {
+            result += character;
+        } else {
+            result += "\\u"_L1 % QString::number(character.unicode(), 16).rightJustified(4, u'0');
+        }
+    }
+    return result;
 }
 
 ResponseFrame toResponse(const QString &id, const QJsonObject &frame)
@@ -72,8 +117,7 @@ std::expected<IncomingFrame, Error> parseFrame(const QByteArray &utf8)
         return UntypedFrame {};
     }
     if (*type == "event"_L1) {
-        return EventFrame {frame.value("event"_L1).toString(),
-                           frame.value("payload"_L1).toObject()};
+        return toEvent(frame.value("event"_L1).toString(), frame.value("payload"_L1).toObject());
     }
     if (*type == "res"_L1) {
         const auto id = textField(frame, "id"_L1);
@@ -82,31 +126,19 @@ std::expected<IncomingFrame, Error> parseFrame(const QByteArray &utf8)
     return IgnoredFrame {};
 }
 
-std::optional<GatewayEvent> toGatewayEvent(const EventFrame &frame)
-{
-    if (frame.name == approvalRequestedEvent) {
-        auto item = parseApprovalRequested(frame.payload);
-        return item ? std::optional<GatewayEvent>(ApprovalRequested {*std::move(item)})
-                    : std::nullopt;
-    }
-    if (frame.name == approvalResolvedEvent) {
-        auto id = textField(frame.payload, "id"_L1);
-        return id ? std::optional<GatewayEvent>(ApprovalResolved {*std::move(id)}) : std::nullopt;
-    }
-    return std::nullopt;
-}
-
-std::optional<QString> challengeNonce(const EventFrame &frame)
-{
-    return textField(frame.payload, "nonce"_L1);
-}
-
-QByteArray encodeRequest(const QString &id, QLatin1StringView method, const QJsonObject &params)
+QString encodeRequest(const QString &id, QLatin1StringView method, const QJsonObject &params)
 {
     // Id and method are ours and need no escaping; only the parameters carry text from outside.
-    return R"({"type":"req","id":")" + id.toLatin1() + R"(","method":")"
-        + QByteArrayView(method.data(), method.size()).toByteArray() + R"(","params":)"
-        + QJsonDocument(params).toJson(QJsonDocument::Compact) + '}';
+    return R"({"type":"req","id":")"_L1 % id % R"(","method":")"_L1 % method % R"(","params":)"_L1
+        % QString::fromUtf8(QJsonDocument(params).toJson(QJsonDocument::Compact)) % u'}';
+}
+
+QString encodeResolveRequest(const QString &id, const QString &approvalId,
+                             ApprovalDecision decision)
+{
+    return R"({"type":"req","id":")"_L1 % id % R"(","method":")"_L1 % resolveMethod
+        % R"(","params":{"id":")"_L1 % escaped(approvalId) % R"(","decision":")"_L1
+        % rawText(decision) % R"("}})"_L1;
 }
 
 std::optional<qint64> toInt64(const QJsonValue &value)

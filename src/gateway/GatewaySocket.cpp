@@ -95,9 +95,9 @@ bool GatewaySocket::isOpen() const
     return !m_ended && m_socket.state() == QAbstractSocket::ConnectedState;
 }
 
-bool GatewaySocket::send(const QByteArray &utf8)
+bool GatewaySocket::send(const QString &message)
 {
-    if (!isOpen() || m_socket.sendTextMessage(QString::fromUtf8(utf8)) <= 0) {
+    if (!isOpen() || m_socket.sendTextMessage(message) <= 0) {
         return false;
     }
     // Now, not in the next turn of the event loop. That is where a broken connection may show.

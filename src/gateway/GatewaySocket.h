@@ -46,7 +46,7 @@ public:
     bool isOpen() const;
 
     /// Sends one text message; false when the socket is not open.
-    bool send(const QByteArray &utf8);
+    bool send(const QString &message);
 
     /// Holds back what has arrived since until the next turn of the event loop: called when a message has
     /// to take effect there before the following one may.

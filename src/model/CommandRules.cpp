@@ -40,13 +40,30 @@ constexpr std::array<QStringView, 21> sensitiveParts {
     u"/library/launchdaemons",
 };
 
-/// One pass over the text: every event on record needs the risk, and commands can be long.
+/// The characters that parts begin with, a bit for each, shared by those with the same last six bits.
 template<std::size_t N>
-bool containsAny(QStringView text, const std::array<QStringView, N> &parts)
+consteval quint64 beginnings(const std::array<QStringView, N> &parts)
 {
+    quint64 bits = 0;
+    for (const QStringView part : parts) {
+        bits |= Q_UINT64_C(1) << (part.front().unicode() % 64);
+    }
+    return bits;
+}
+
+/// One pass over the text, quick where no part begins: every event on record needs the risk, and commands
+/// can be long.
+template<const auto &parts>
+bool containsAny(QStringView text)
+{
+    constexpr quint64 bits = beginnings(parts);
     for (; !text.isEmpty(); text = text.sliced(1)) {
+        const char16_t first = text.front().unicode();
+        if ((bits >> (first % 64) & 1) == 0) {
+            continue;
+        }
         for (const QStringView part : parts) {
-            if (part.front() == text.front() && text.startsWith(part)) {
+            if (part.front() == first && text.startsWith(part)) {
                 return true;
             }
         }
@@ -62,7 +79,7 @@ QString rawText(CommandRisk risk)
 
 CommandRisk commandRiskLevel(QStringView command)
 {
-    return containsAny(command.toString().toLower(), highRiskParts) ? CommandRisk::High
+    return containsAny<highRiskParts>(command.toString().toLower()) ? CommandRisk::High
                                                                     : CommandRisk::Low;
 }
 
@@ -70,7 +87,7 @@ bool isSecuritySensitiveCommand(QStringView command)
 {
     const QString lowered = command.toString().toLower();
     return lowered == "*"_L1 || lowered == "all"_L1 || lowered.contains("wildcard"_L1)
-        || containsAny(lowered, sensitiveParts);
+        || containsAny<sensitiveParts>(lowered);
 }
 
 QString commandPreview(QStringView command)

@@ -2,6 +2,7 @@
 #include "Fuzz.h"
 
 #include "gateway/GatewayFrames.h"
+#include "gateway/UsualFrames.h"
 
 #include <QJsonDocument>
 
@@ -26,20 +27,23 @@ void checkRequest(const ApprovalItem &item)
                                            {u"createdAtMs"_s, item.createdAtMs},
                                            {u"expiresAtMs"_s, item.expiresAtMs}}}};
     const auto again = parseFrame(QJsonDocument(frame).toJson(QJsonDocument::Compact));
-    const auto *event = again ? std::get_if<EventFrame>(&*again) : nullptr;
+    const auto *event = again ? std::get_if<GatewayEvent>(&*again) : nullptr;
     require(event != nullptr, "a request written back is an event");
     // JSON in UTF-8 cannot carry half a surrogate pair.
     if (item.command.isValidUtf16() && item.approvalId.isValidUtf16()
         && item.agentId.value_or(QString()).isValidUtf16()) {
-        require(toGatewayEvent(*event) == GatewayEvent(ApprovalRequested {item}),
+        require(*event == GatewayEvent(ApprovalRequested {item}),
                 "a request survives being written back");
     }
 }
 
 void checkOurRequest(const QString &id)
 {
-    const QByteArray encoded = encodeRequest(QStringLiteral("1"), resolveMethod, {{id, id}});
+    const QByteArray encoded
+        = encodeResolveRequest(QStringLiteral("1"), id, ApprovalDecision::Deny).toUtf8();
     require(!encoded.contains('\n'), "what we send is one line");
+    const auto params = QJsonDocument::fromJson(encoded).object().value("params"_L1).toObject();
+    require(params.value("id"_L1) == id, "the id of a decision is the request's");
     const auto frame = parseFrame(encoded);
     require(frame && std::holds_alternative<IgnoredFrame>(*frame), "what we send is no answer");
 }
@@ -47,7 +51,12 @@ void checkOurRequest(const QString &id)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    const auto frame = parseFrame(fuzz::toBytes(data, size));
+    const QByteArray bytes = fuzz::toBytes(data, size);
+    const auto frame = parseFrame(bytes);
+    static UsualFrameReader reader;
+    if (const auto usual = reader.read(bytes)) {
+        require(frame && *usual == *frame, "what is read quickly is read alike");
+    }
     if (!frame) {
         require(!frame.error().message.isEmpty(), "a refusal says why");
         return 0;
@@ -55,15 +64,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     if (const auto *response = std::get_if<ResponseFrame>(&*frame)) {
         checkOurRequest(response->id);
     }
-    const auto *event = std::get_if<EventFrame>(&*frame);
-    if (event == nullptr) {
-        return 0;
-    }
-    challengeNonce(*event);
-    const auto understood = toGatewayEvent(*event);
-    const auto *requested = understood ? std::get_if<ApprovalRequested>(&*understood) : nullptr;
-    require((requested != nullptr) <= (event->name == approvalRequestedEvent),
-            "only a request event is a request");
+    const auto *event = std::get_if<GatewayEvent>(&*frame);
+    const auto *requested = event != nullptr ? std::get_if<ApprovalRequested>(event) : nullptr;
     if (requested != nullptr) {
         checkRequest(requested->item);
     }

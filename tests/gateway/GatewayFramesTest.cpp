@@ -2,6 +2,7 @@
 #include "gateway/GatewayFrames.h"
 #include "gateway/ConnectHandshake.h"
 #include "gateway/GatewayClient.h"
+#include "gateway/UsualFrames.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -18,8 +19,8 @@ namespace
 std::optional<GatewayEvent> eventOf(const QByteArray &json)
 {
     const auto frame = parseFrame(json);
-    const auto *event = frame ? std::get_if<EventFrame>(&*frame) : nullptr;
-    return event != nullptr ? toGatewayEvent(*event) : std::nullopt;
+    const auto *event = frame ? std::get_if<GatewayEvent>(&*frame) : nullptr;
+    return event != nullptr ? std::optional(*event) : std::nullopt;
 }
 
 /// A request event with one JSON text replaced by another.
@@ -137,6 +138,59 @@ TEST(GatewayFrames, WhatIsNotJsonFailsAndWhatIsUnknownIsIgnored)
               std::nullopt);
     EXPECT_EQ(eventOf(R"({"type":"event","event":"exec.approval.resolved","payload":[]})"),
               std::nullopt);
+}
+
+TEST(GatewayFrames, UsualOnesAreReadQuicklyAndAlikeAndAllOthersAreLeft)
+{
+    UsualFrameReader reader;
+    const auto requested
+        = [](const QByteArray &id, const QByteArray &command, const QByteArray &createdAtMs) {
+              return QByteArray(
+                         R"({"type":"event","event":"exec.approval.requested","seq":7,"payload":{)")
+                  + R"("createdAtMs":)" + createdAtMs + R"(,"expiresAtMs":-1,"id":)" + id
+                  + R"(,"request":{"command":)" + command + R"(,"agentId":" main ","cwd":null}}})";
+          };
+    for (const QByteArray &usual :
+         {requested(R"("a")", R"("ls \"\u00e9\"\n결제 🚀")", "1718000000123"),
+          requested(R"("\ud83d\ude80")", R"("\u0000")", "9223372036854775807"),
+          QByteArray(R"({"type":"event","event":"exec.approval.resolved","payload":{"id":"a"}})"),
+          QByteArray(R"( {"id":"a","ok":true,"payload":{},"type":"res"} )"),
+          QByteArray(R"({"id":"a","ok":true,"type":"res"})")}) {
+        const auto frame = reader.read(usual);
+        ASSERT_TRUE(frame) << usual.constData();
+        EXPECT_EQ(*frame, parseFrame(usual)) << usual.constData();
+    }
+    for (const QByteArray &unusual :
+         {requested("5", R"("ls")", "5"), requested(R"("a")", R"("\ud800")", "5"),
+          requested(R"("a")", R"("ls","command":"rm")", "5"), requested(R"("a")", R"("ls")", "5.5"),
+          requested(R"("a")", R"("ls")", "9223372036854775808"),
+          requested(R"("a")", '"' + QByteArray(100'000, 'x') + '"', "5"),
+          requested(R"("a")", "\"\t\"", "5"), requested(R"("a")", "\"\xff\"", "5"),
+          QByteArray(R"({"type":"event","event":"exec.approval.resolved","payload":{"id":1}})"),
+          QByteArray(R"({"type":"event","event":"connect.challenge","payload":{"nonce":"n"}})"),
+          QByteArray(R"({"id":"a","ok":true,"payload":[],"type":"res"})"),
+          QByteArray(R"({"id":"a","ok":false,"type":"res"})"), QByteArray(R"({"type":"hello"})"),
+          QByteArray("{"), QByteArray("[]"), QByteArray()}) {
+        EXPECT_FALSE(reader.read(unusual)) << unusual.left(200).constData();
+    }
+}
+
+TEST(GatewayFrames, ADecisionNamesTheRequestExactly)
+{
+    for (const QString &approvalId :
+         {QStringLiteral("9b2f-1"), QStringLiteral("\"},\\ \n\u0001\u007f/"),
+          QStringLiteral("결제 🚀"), QString(QChar(0xd800)) + QChar(u'x'), QString()}) {
+        const QString frame
+            = encodeResolveRequest(QStringLiteral("7"), approvalId, ApprovalDecision::AllowAlways);
+        const QJsonObject expected {
+            {QStringLiteral("type"), QStringLiteral("req")},
+            {QStringLiteral("id"), QStringLiteral("7")},
+            {QStringLiteral("method"), QStringLiteral("exec.approval.resolve")},
+            {QStringLiteral("params"),
+             QJsonObject {{QStringLiteral("id"), approvalId},
+                          {QStringLiteral("decision"), QStringLiteral("allow-always")}}}};
+        EXPECT_EQ(QJsonDocument::fromJson(frame.toUtf8()).object(), expected) << qPrintable(frame);
+    }
 }
 
 TEST(ConnectHandshake, PayloadFieldsFollowNonceAndUntrimmedToken)
