@@ -61,7 +61,7 @@ class NotificationService : public QObject
 public:
     virtual void start() = 0;
     virtual void show(const Notification &notification) = 0;
-    /// Changes a notification that has not been closed or answered yet; else nothing.
+    /// Changes a notification that has not been closed yet; else nothing.
     virtual void update(const Notification &notification) = 0;
     /// Takes the notification off the screen, also one that is still on its way there.
     virtual void withdraw(const QString &tag) = 0;
@@ -69,7 +69,7 @@ public:
 
 Q_SIGNALS:
     void stateChanged();
-    /// A person has pressed one of the buttons that the notification has now. Once for each form of it.
+    /// A person has pressed one of the buttons that the notification has now; it is gone with that.
     void actionInvoked(const QString &tag, const QString &actionId);
     void failed(const QString &tag, const QString &reason);
 };

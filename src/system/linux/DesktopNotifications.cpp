@@ -237,8 +237,7 @@ void DesktopNotifications::show(const Notification &notification)
 void DesktopNotifications::update(const Notification &notification)
 {
     const auto entry = m_entries.constFind(notification.tag);
-    if (entry != m_entries.cend() && entry->stage != Entry::Stage::Answered
-        && !entry->isWithdrawn) {
+    if (entry != m_entries.cend() && !entry->isWithdrawn) {
         show(notification);
     }
 }
@@ -344,7 +343,7 @@ void DesktopNotifications::onClosed(quint32 id)
         return;
     }
     entry->id = 0;
-    if (entry->stage == Entry::Stage::Shown || entry->stage == Entry::Stage::Answered) {
+    if (entry->stage == Entry::Stage::Shown) {
         m_entries.erase(entry);
     }
 }
@@ -352,7 +351,7 @@ void DesktopNotifications::onClosed(quint32 id)
 void DesktopNotifications::onActionInvoked(quint32 id, const QString &actionId)
 {
     const auto entry = m_entries.find(m_tags.value(id));
-    // In any other stage the button was one of an older form, or of a question that has been answered.
+    // In any other stage the button was one of an older form.
     if (entry == m_entries.end() || entry->stage != Entry::Stage::Shown) {
         return;
     }
@@ -360,8 +359,10 @@ void DesktopNotifications::onActionInvoked(quint32 id, const QString &actionId)
     if (std::ranges::find(actions, actionId, &NotificationAction::id) == actions.end()) {
         return;
     }
-    entry->stage = Entry::Stage::Answered;
-    Q_EMIT actionInvoked(QString(entry.key()), actionId);
+    // Some services leave it there, with buttons that would do nothing.
+    const QString tag = entry.key();
+    close(tag);
+    Q_EMIT actionInvoked(tag, actionId);
 }
 
 void DesktopNotifications::setId(Entry &entry, quint32 id)

@@ -53,7 +53,6 @@ private:
             Waiting, ///< to be sent
             Sent, ///< the answer with its id is on its way
             Shown,
-            Answered, ///< one of its buttons was pressed
         };
 
         Notification notification; ///< the newest form
