@@ -142,7 +142,7 @@ void AuditLogStore::serve()
     becomeBackgroundThread();
     std::string lines;
     std::deque<Job> jobs;
-    AuditPruneState pruned;
+    AuditLogWriter writer(m_directory, m_limits, m_log);
     std::unique_lock lock(m_mutex);
     while (true) {
         m_isLingering = true;
@@ -153,6 +153,9 @@ void AuditLogStore::serve()
         if (!hasWork()) {
             releaseIfLarge(lines);
             releaseIfLarge(m_pending);
+            lock.unlock();
+            writer.rest();
+            lock.lock();
             m_wake.wait(lock, [this] { return m_stopping || hasWork(); });
             if (!hasWork()) {
                 return;
@@ -170,7 +173,7 @@ void AuditLogStore::serve()
                             u"%1 events lost while the disk did not answer"_s.arg(refused));
         }
         if (!lines.empty()) {
-            appendAuditLines(m_directory, lines, m_limits, m_log, pruned);
+            writer.append(lines);
             lines.clear();
         }
         for (Job &job : jobs) {

@@ -46,13 +46,6 @@ private:
     int m_number;
 };
 
-/// How far writing came: the bytes of whole lines that are in the file, and why it went no further
-/// (empty when all are in).
-struct WriteResult {
-    std::size_t bytes = 0;
-    QString error;
-};
-
 QString systemError(int number)
 {
     return QString::fromStdString(std::system_category().message(number));
@@ -84,7 +77,7 @@ std::string_view linesThatFit(std::string_view lines, quint64 size, quint64 maxB
 }
 
 /// Writes at the end of the file, which is `start` bytes long and ends with a whole line.
-WriteResult writeWholeLines(int descriptor, off_t start, std::string_view lines)
+AuditWriteResult writeWholeLines(int descriptor, off_t start, std::string_view lines)
 {
     std::size_t written = 0;
     while (written < lines.size()) {
@@ -103,7 +96,7 @@ WriteResult writeWholeLines(int descriptor, off_t start, std::string_view lines)
     return {written, {}};
 }
 
-WriteResult closed(FileDescriptor &file, WriteResult result)
+AuditWriteResult closed(FileDescriptor &file, AuditWriteResult result)
 {
     if (!file.close() && result.error.isEmpty()) {
         result.error = systemError(errno);
@@ -112,7 +105,7 @@ WriteResult closed(FileDescriptor &file, WriteResult result)
 }
 
 /// The first lines of a new file come into sight together with it.
-WriteResult writeNewFile(const fs::path &path, std::string_view lines)
+AuditWriteResult writeNewFile(const fs::path &path, std::string_view lines)
 {
     fs::path temporary = path;
     temporary += ".new";
@@ -123,7 +116,7 @@ WriteResult writeNewFile(const fs::path &path, std::string_view lines)
     if (!file.isOpen()) {
         return {0, systemError(errno)};
     }
-    const WriteResult result = closed(file, writeWholeLines(file.number(), 0, lines));
+    const AuditWriteResult result = closed(file, writeWholeLines(file.number(), 0, lines));
     if (result.bytes == 0) {
         ::unlink(temporary.c_str());
         return result;
@@ -150,81 +143,165 @@ off_t closeTornLine(int descriptor, off_t size)
     return ::write(descriptor, "\n", 1) == 1 ? size + 1 : -errno;
 }
 
-WriteResult appendToFile(const fs::path &path, std::string_view lines)
-{
-    // Without O_NONBLOCK, a FIFO in the file's place would hold the thread for ever.
-    FileDescriptor file(
-        ::open(path.c_str(), O_RDWR | O_APPEND | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-    if (!file.isOpen()) {
-        return errno == ENOENT ? writeNewFile(path, lines) : WriteResult {0, systemError(errno)};
-    }
-    struct stat status = {};
-    if (::fstat(file.number(), &status) != 0) {
-        return {0, systemError(errno)};
-    }
-    if (!S_ISREG(status.st_mode)) {
-        return {0, u"not a regular file"_s};
-    }
-    if ((status.st_mode & 07777 & ~privateMode) != 0) {
-        // One that came from a copy, a backup or an older umask. Where it is not ours to change, the
-        // record still goes in.
-        [[maybe_unused]] const int narrowed = ::fchmod(file.number(), privateMode);
-    }
-    const off_t start = closeTornLine(file.number(), status.st_size);
-    if (start < 0) {
-        return {0, systemError(static_cast<int>(-start))};
-    }
-    return closed(file, writeWholeLines(file.number(), start, lines));
-}
-
 void logLostLines(SystemLog &log, std::string_view lost, const QString &why)
 {
     const auto count = std::ranges::count(lost, '\n');
     logAuditFailure(log, u"append", count > 1 ? u"%1 (%2 events lost)"_s.arg(why).arg(count) : why);
 }
-/// Looking through the folder costs more than writing a line: done when an archive may have come or gone,
-/// which shows in the folder's own time, and now and then because archives grow old.
-void pruneIfNeeded(const fs::path &directory, const AuditLogLimits &limits, SystemLog &log,
-                   AuditPruneState &pruned)
+
+std::chrono::system_clock::time_point toTimePoint(const timespec &time)
 {
     using namespace std::chrono;
-    struct stat status = {};
-    if (::stat(directory.c_str(), &status) != 0) {
-        return;
-    }
-    const auto now = system_clock::now();
-    const system_clock::time_point changedAt(duration_cast<system_clock::duration>(
-        seconds(status.st_mtim.tv_sec) + nanoseconds(status.st_mtim.tv_nsec)));
-    const bool isDue = !pruned.at || now - *pruned.at >= pruneInterval || now < *pruned.at;
-    // A change in the same tick of the file system's clock as the last look would not show.
-    if (isDue || changedAt != pruned.folderChangedAt || *pruned.at - changedAt < settlingTime) {
-        pruneOldAuditArchives(directory, limits, log);
-        pruned = {now, changedAt};
-    }
+    return system_clock::time_point(
+        duration_cast<system_clock::duration>(seconds(time.tv_sec) + nanoseconds(time.tv_nsec)));
 }
 } // namespace
 
-void appendAuditLines(const fs::path &directory, std::string_view lines,
-                      const AuditLogLimits &limits, SystemLog &log, AuditPruneState &pruned)
+/// The current file between two appends. It ends with a whole line.
+struct AuditLogWriter::OpenFile {
+    explicit OpenFile(int number)
+        : descriptor(number)
+    {
+    }
+
+    FileDescriptor descriptor;
+    struct stat status = {}; ///< as it was when it was opened
+    off_t size = 0; ///< as we left it
+};
+
+AuditLogWriter::AuditLogWriter(const fs::path &directory, const AuditLogLimits &limits,
+                               SystemLog &log)
+    : m_directory(directory)
+    , m_path(currentAuditLogFile(directory))
+    , m_limits(limits)
+    , m_log(log)
 {
-    const fs::path file = currentAuditLogFile(directory);
+}
+
+AuditLogWriter::~AuditLogWriter()
+{
+    rest();
+}
+
+void AuditLogWriter::append(std::string_view lines)
+{
     while (!lines.empty()) {
-        const quint64 size = rotateAuditLogIfNeeded(directory, firstLineBytes(lines), limits, log);
+        const std::size_t incoming = firstLineBytes(lines);
+        if (!isStillRight(incoming)) {
+            rest();
+        }
+        const quint64 size = m_file
+            ? static_cast<quint64>(m_file->size)
+            : rotateAuditLogIfNeeded(m_directory, incoming, m_limits, m_log);
         if (size == 0) {
-            if (const auto made = makePrivateFolder(QFile::decodeName(directory.c_str())); !made) {
-                logLostLines(log, lines, made.error().message);
+            if (const auto made = makePrivateFolder(QFile::decodeName(m_directory.c_str()));
+                !made) {
+                logLostLines(m_log, lines, made.error().message);
                 return;
             }
         }
-        pruneIfNeeded(directory, limits, log, pruned);
-        const std::string_view run = linesThatFit(lines, size, limits.maxBytes);
-        const WriteResult result = appendToFile(file, run);
+        pruneIfNeeded();
+        const AuditWriteResult result = write(linesThatFit(lines, size, m_limits.maxBytes));
         lines.remove_prefix(result.bytes);
         if (!result.error.isEmpty()) {
-            logLostLines(log, lines,
-                         u"%1: %2"_s.arg(QFile::decodeName(file.c_str()), result.error));
+            logLostLines(m_log, lines, describe(result.error));
             return;
         }
+    }
+}
+
+void AuditLogWriter::rest()
+{
+    if (m_file && !m_file->descriptor.close()) {
+        logAuditFailure(m_log, u"append", describe(systemError(errno)));
+    }
+    m_file.reset();
+}
+
+/// Whether the file that we have open still is the current one, as we left it, and takes more without
+/// being rotated. If not, it is looked at from the beginning.
+bool AuditLogWriter::isStillRight(std::size_t incomingBytes) const
+{
+    struct stat status = {};
+    if (!m_file || ::stat(m_path.c_str(), &status) != 0) {
+        return false;
+    }
+    const std::chrono::duration<double> age
+        = std::chrono::system_clock::now() - toTimePoint(status.st_mtim);
+    return status.st_dev == m_file->status.st_dev && status.st_ino == m_file->status.st_ino
+        && (status.st_mode & 07777 & ~privateMode) == 0 && status.st_size == m_file->size
+        && static_cast<quint64>(status.st_size) + incomingBytes <= m_limits.maxBytes
+        && age.count() <= m_limits.retentionDays * 86'400;
+}
+
+/// Opens the current file, if there is one, and makes it end with a whole line.
+std::expected<void, QString> AuditLogWriter::open()
+{
+    // Without O_NONBLOCK, a FIFO in the file's place would hold the thread for ever.
+    auto file = std::make_unique<OpenFile>(
+        ::open(m_path.c_str(), O_RDWR | O_APPEND | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    const int descriptor = file->descriptor.number();
+    if (descriptor < 0 && errno == ENOENT) {
+        return {};
+    }
+    if (descriptor < 0 || ::fstat(descriptor, &file->status) != 0) {
+        return std::unexpected(systemError(errno));
+    }
+    if (!S_ISREG(file->status.st_mode)) {
+        return std::unexpected(u"not a regular file"_s);
+    }
+    if ((file->status.st_mode & 07777 & ~privateMode) != 0) {
+        // One that came from a copy, a backup or an older umask. Where it is not ours to change, the
+        // record still goes in.
+        [[maybe_unused]] const int narrowed = ::fchmod(descriptor, privateMode);
+    }
+    file->size = closeTornLine(descriptor, file->status.st_size);
+    if (file->size < 0) {
+        return std::unexpected(systemError(static_cast<int>(-file->size)));
+    }
+    m_file = std::move(file);
+    return {};
+}
+
+AuditWriteResult AuditLogWriter::write(std::string_view lines)
+{
+    if (!m_file) {
+        if (const auto opened = open(); !opened) {
+            return {0, opened.error()};
+        }
+    }
+    if (!m_file) {
+        return writeNewFile(m_path, lines);
+    }
+    AuditWriteResult result = writeWholeLines(m_file->descriptor.number(), m_file->size, lines);
+    m_file->size += static_cast<off_t>(result.bytes);
+    if (!result.error.isEmpty()) {
+        m_file.reset();
+    }
+    return result;
+}
+
+QString AuditLogWriter::describe(const QString &error) const
+{
+    return u"%1: %2"_s.arg(QFile::decodeName(m_path.c_str()), error);
+}
+
+/// Looking through the folder costs more than writing a line: done when an archive may have come or gone,
+/// which shows in the folder's own time, and now and then because archives grow old.
+void AuditLogWriter::pruneIfNeeded()
+{
+    struct stat status = {};
+    if (::stat(m_directory.c_str(), &status) != 0) {
+        return;
+    }
+    const auto now = std::chrono::system_clock::now();
+    const auto changedAt = toTimePoint(status.st_mtim);
+    const bool isDue = !m_prunedAt || now - *m_prunedAt >= pruneInterval || now < *m_prunedAt;
+    // A change in the same tick of the file system's clock as the last look would not show.
+    if (isDue || changedAt != m_folderChangedAt || *m_prunedAt - changedAt < settlingTime) {
+        pruneOldAuditArchives(m_directory, m_limits, m_log);
+        m_prunedAt = now;
+        m_folderChangedAt = changedAt;
     }
 }
 

@@ -3,8 +3,12 @@
 
 #include "audit/AuditLogFiles.h"
 
+#include <QString>
+
 #include <chrono>
+#include <expected>
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <string_view>
 
@@ -13,23 +17,52 @@ namespace bram
 
 class SystemLog;
 
-/// When the archives were last looked through, and how the folder was then.
-struct AuditPruneState {
-    std::optional<std::chrono::system_clock::time_point> at;
-    std::chrono::system_clock::time_point folderChangedAt;
+/// How far writing came: the bytes of whole lines that are in the file, and why it went no further
+/// (empty when all are in).
+struct AuditWriteResult {
+    std::size_t bytes = 0;
+    QString error;
 };
 
-/// Writes whole lines, each with its line feed, to the end of the audit log in `directory`, on the
-/// calling thread. The folder is made (0700) and the file too (0600, at once whole). Rotation holds
-/// for each line as if it had come alone; looking at the file happens once for all lines that go to it,
-/// because that costs far more than the lines do. The archives are pruned whenever the folder has
-/// changed, and once a minute for their ages.
+/// Writes whole lines to the end of the audit log in `directory`, on the calling thread. The folder is made
+/// (0700) and the file too (0600, at once whole). Rotation holds for each line as if it had come alone;
+/// looking at the file happens once for all lines that go to it, because that costs far more than the lines
+/// do. The archives are pruned whenever the folder has changed, and once a minute for their ages.
 ///
 /// A record is never torn: a last line without line feed, left by a crash, is closed before the
 /// first record goes in, and a write that fails part-way is cut back to the last whole line. What
 /// could not be written is lost, with one line in the system log: "[Brackwen][Audit] append failed:
 /// " and why.
-void appendAuditLines(const std::filesystem::path &directory, std::string_view lines,
-                      const AuditLogLimits &limits, SystemLog &log, AuditPruneState &pruned);
+class AuditLogWriter
+{
+public:
+    AuditLogWriter(const std::filesystem::path &directory, const AuditLogLimits &limits,
+                   SystemLog &log);
+    ~AuditLogWriter();
+    Q_DISABLE_COPY_MOVE(AuditLogWriter)
+
+    /// Each line comes with its line feed. The file stays open for the next lines.
+    void append(std::string_view lines);
+
+    /// Closes the file: nothing is to come for a while.
+    void rest();
+
+private:
+    struct OpenFile;
+    bool isStillRight(std::size_t incomingBytes) const;
+    std::expected<void, QString> open();
+    AuditWriteResult write(std::string_view lines);
+    void pruneIfNeeded();
+    QString describe(const QString &error) const;
+
+    const std::filesystem::path m_directory;
+    const std::filesystem::path m_path;
+    const AuditLogLimits m_limits;
+    SystemLog &m_log;
+    std::unique_ptr<OpenFile> m_file;
+    /// When the archives were last looked through, and how the folder was then.
+    std::optional<std::chrono::system_clock::time_point> m_prunedAt;
+    std::chrono::system_clock::time_point m_folderChangedAt;
+};
 
 } // namespace bram

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <atomic>
 #include <csignal>
+#include <functional>
 #include <latch>
 #include <sys/resource.h>
 #include <thread>
@@ -153,6 +154,46 @@ TEST_F(AuditStore, aTornLastLineDoesNotSwallowTheNextRecord)
     writeFile(currentName, smallLine + "{\"timestampMs\":2,\"ki");
     append({record(1), record(1)});
     EXPECT_EQ(current(), smallLine + "{\"timestampMs\":2,\"ki\n" + smallLine + smallLine);
+}
+
+TEST_F(AuditStore, aFileThatAnotherHandChangesBetweenTwoEventsIsLookedAtAnew)
+{
+    const QByteArray encodedName = QFile::encodeName(path(currentName));
+    const char *name = encodedName.constData();
+    const QByteArray encodedCopy = QFile::encodeName(path(u"copy"_s));
+    const char *elsewhere = encodedCopy.constData();
+    const struct {
+        const char *what;
+        std::function<void()> change;
+        QByteArray expected;
+    } cases[] = {
+        {"nothing", [] {}, smallLine + smallLine},
+        {"removed", [&] { ASSERT_EQ(::unlink(name), 0); }, smallLine},
+        {"moved away", [&] { ASSERT_EQ(::rename(name, elsewhere), 0); }, smallLine},
+        {"replaced",
+         [&] {
+             ASSERT_EQ(::rename(name, elsewhere), 0);
+             writeFile(currentName, "another\n");
+         },
+         "another\n" + smallLine},
+        {"emptied", [&] { ASSERT_EQ(::truncate(name, 0), 0); }, smallLine},
+        {"torn", [&] { ASSERT_EQ(::truncate(name, 9), 0); }, smallLine.left(9) + '\n' + smallLine},
+        {"opened to all", [&] { ASSERT_EQ(::chmod(name, 0666), 0); }, smallLine + smallLine},
+        {"folder removed", [&] { QDir(folder).removeRecursively(); }, smallLine},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.what);
+        QDir(folder).removeRecursively();
+        AuditLogStore store(folder, {}, log);
+        store.append(record(1));
+        store.flush();
+        c.change();
+        store.append(record(1));
+        store.flush();
+        EXPECT_EQ(current(), c.expected);
+        EXPECT_EQ(mode(path(currentName)), 0600u);
+    }
+    EXPECT_EQ(log.lines(), QStringList());
 }
 
 TEST_F(AuditStore, aWriteThatFailsPartWayIsCutBackAndLaterOnesGoOn)
