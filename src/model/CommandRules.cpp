@@ -40,30 +40,36 @@ constexpr std::array<QStringView, 21> sensitiveParts {
     u"/library/launchdaemons",
 };
 
-/// The characters that parts begin with, a bit for each, shared by those with the same last six bits.
+/// Which characters stand at a place of the parts, a bit for each, shared by those with the same last six
+/// bits.
 template<std::size_t N>
-consteval quint64 beginnings(const std::array<QStringView, N> &parts)
+consteval quint64 charactersAt(qsizetype place, const std::array<QStringView, N> &parts)
 {
     quint64 bits = 0;
     for (const QStringView part : parts) {
-        bits |= Q_UINT64_C(1) << (part.front().unicode() % 64);
+        bits |= Q_UINT64_C(1) << (part.at(place).unicode() % 64);
     }
     return bits;
 }
 
-/// One pass over the text, quick where no part begins: every event on record needs the risk, and commands
+constexpr bool hasBit(quint64 bits, QChar character)
+{
+    return (bits >> (character.unicode() % 64) & 1) != 0;
+}
+
+/// One pass over the text, quick where no part can begin: every event on record needs the risk, and commands
 /// can be long.
 template<const auto &parts>
 bool containsAny(QStringView text)
 {
-    constexpr quint64 bits = beginnings(parts);
-    for (; !text.isEmpty(); text = text.sliced(1)) {
-        const char16_t first = text.front().unicode();
-        if ((bits >> (first % 64) & 1) == 0) {
+    constexpr quint64 first = charactersAt(0, parts);
+    constexpr quint64 second = charactersAt(1, parts); // each part has two
+    for (; text.size() > 1; text = text.sliced(1)) {
+        if (!hasBit(first, text[0]) || !hasBit(second, text[1])) {
             continue;
         }
         for (const QStringView part : parts) {
-            if (part.front() == first && text.startsWith(part)) {
+            if (part.front() == text.front() && text.startsWith(part)) {
                 return true;
             }
         }

@@ -6,8 +6,6 @@
 #include <QList>
 #include <QString>
 
-#include <algorithm>
-
 #include <syslog.h>
 #include <unistd.h>
 
@@ -51,11 +49,16 @@ QString withoutMisleadingCharacters(QStringView line)
 /// from outside must not be able to start a log line of its own.
 QByteArray toLogBytes(QStringView line)
 {
+    QByteArray bytes(line.size() + 1, Qt::Uninitialized);
+    char *out = bytes.data();
     // Nearly all lines are plain ASCII.
-    QByteArray bytes = std::ranges::all_of(line, isPlain)
-        ? line.toLatin1()
-        : withoutMisleadingCharacters(line).toUtf8();
-    bytes.append('\n');
+    for (const QChar character : line) {
+        if (!isPlain(character)) {
+            return withoutMisleadingCharacters(line).toUtf8() + '\n';
+        }
+        *out++ = character.toLatin1();
+    }
+    *out = '\n';
     return bytes;
 }
 } // namespace
