@@ -6,11 +6,11 @@
 #include "gateway/MaskedReason.h"
 #include "system/BackgroundTasks.h"
 #include "system/Clock.h"
+#include "system/RandomUuid.h"
 #include "system/SystemLog.h"
 
 #include <QLocale>
 #include <QPointer>
-#include <QUuid>
 
 #include <algorithm>
 #include <utility>
@@ -25,11 +25,6 @@ namespace
 {
 constexpr auto connectKickInterval = 300ms;
 constexpr std::chrono::nanoseconds longestReconnectDelay = 15s;
-
-QString newRequestId()
-{
-    return QUuid::createUuid().toString(QUuid::WithoutBraces);
-}
 } // namespace
 
 std::chrono::nanoseconds nextReconnectDelay(std::chrono::nanoseconds delay)
@@ -231,7 +226,7 @@ QCoro::Task<> GatewayClient::performHandshake(QPointer<GatewayClient> self, quin
         self->onHandshakeFailed(GatewayClientError::server(params.error().message));
         co_return;
     }
-    const QString id = newRequestId();
+    const QString id = randomUuid();
     const auto answer = co_await self->send(id, encodeRequest(id, connectMethod, *params));
     if (!self || self->m_socketSerial != socketSerial) {
         co_return;
@@ -263,7 +258,7 @@ void GatewayClient::onHandshakeFailed(const GatewayClientError &error)
 Reply<GatewayClient::CallResult> GatewayClient::resolveApproval(const QString &approvalId,
                                                                 ApprovalDecision decision)
 {
-    const QString id = newRequestId();
+    const QString id = randomUuid();
     return send(id, encodeResolveRequest(id, approvalId, decision));
 }
 

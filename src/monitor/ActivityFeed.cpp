@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "monitor/ActivityFeed.h"
 
-#include <QUuid>
+#include "system/RandomUuid.h"
 
 namespace bram
 {
@@ -9,7 +9,7 @@ namespace bram
 void ActivityFeed::record(ActivityActor actor, ActivityAction action, const QString &detail,
                           qint64 nowMs)
 {
-    const QString unique = QUuid::createUuid().toString(QUuid::WithoutBraces).first(6).toUpper();
+    const QString unique = randomUuid().first(6).toUpper();
     m_entries.prepend({.id = QString::number(nowMs) + u'-' + unique,
                        .actor = actor,
                        .action = action,
