@@ -220,33 +220,45 @@ TEST_F(Notifications, ServiceThatDiesTakesItsIdsWithItAndAnotherOneTakesOver)
     EXPECT_EQ(notifications.state().name, u"fake"_s);
     const auto old = shown("old");
     daemon.answers = Answers::OnDemand;
-    notifications.show(question("on-its-way"));
-    ASSERT_TRUE(waitUntil([&] { return daemon.held.size() == 1; }));
+    for (const char *tag : {"on-its-way", "second", "third", "fourth", "waiting"}) {
+        notifications.show(question(tag));
+    }
+    ASSERT_TRUE(waitUntil([&] { return daemon.held.size() == 4; }));
+    for (const char *tag : {"second", "third", "fourth"}) {
+        notifications.withdraw(QString::fromUtf8(tag));
+    }
     daemon.vanish();
     ASSERT_TRUE(waitForState(Kind::Absent));
     EXPECT_EQ(notifications.state().reason, u"the notification service has ended"_s);
     EXPECT_FALSE(notifications.state().startsOnDemand);
-    ASSERT_TRUE(waitUntil([&] { return failures.size() == 1; }));
+    ASSERT_TRUE(waitUntil([&] { return failures.size() == 2; }));
 
     notifications.show(question("missed"));
     notifications.show(question("ended"));
-    ASSERT_TRUE(waitUntil([&] { return failures.size() == 3; }));
+    ASSERT_TRUE(waitUntil([&] { return failures.size() == 4; }));
     notifications.withdraw(u"ended"_s);
 
     FakeNotificationDaemon next;
+    next.lastId = 80;
     next.appear();
     ASSERT_TRUE(waitForState(Kind::Present));
-    ASSERT_TRUE(waitUntil([&] { return !next.shown.isEmpty(); }));
+    ASSERT_TRUE(waitUntil([&] { return next.shown.size() == 2; }));
     notifications.withdraw(u"old"_s);
     settle();
-    // Only what no service had taken; its id is that of another notification of the old service.
-    EXPECT_EQ(next.shown.keys(), QList<quint32>({old}));
+    // Only what no service had taken.
+    EXPECT_EQ(next.shown.size(), 2);
     EXPECT_THAT(next.closed, testing::IsEmpty());
-    next.press(old, u"yes"_s);
+    // An id of the old service is somebody else's now.
+    notifications.show(question("old"));
+    ASSERT_TRUE(waitUntil([&] { return next.shown.size() == 3; }));
+    settle();
+    next.press(old, u"no"_s);
+    next.press(81, u"yes"_s);
     ASSERT_TRUE(waitUntil([&] { return !invoked.isEmpty(); }));
-    EXPECT_EQ(invoked, QStringList(u"missed yes"_s));
+    EXPECT_EQ(invoked, QStringList(u"waiting yes"_s));
     EXPECT_EQ(failures,
               QStringList({u"on-its-way the notification service has ended"_s,
+                           u"waiting the notification service has ended"_s,
                            u"missed no notification service is running"_s,
                            u"ended no notification service is running"_s}));
 }
@@ -267,6 +279,17 @@ TEST_F(Notifications, ServiceThatDoesNotAnswerIsAbsentUntilItDoes)
     notifications.withdraw(u"a"_s);
     ASSERT_TRUE(waitUntil([&] { return daemon.closed.size() == 1; }));
     EXPECT_TRUE(daemon.shown.isEmpty());
+
+    // It hangs again, and is ended: one failure is reported once.
+    notifications.show(question("b"));
+    ASSERT_TRUE(waitUntil([&] { return failures.size() == 2; }));
+    daemon.vanish();
+    ASSERT_TRUE(waitUntil(
+        [&] { return notifications.state().reason == u"the notification service has ended"_s; }));
+    notifications.show(question("c"));
+    ASSERT_TRUE(waitUntil([&] { return failures.size() >= 3; }));
+    EXPECT_EQ(failures.last(), u"c no notification service is running"_s);
+    EXPECT_EQ(failures.size(), 3);
 }
 
 TEST_F(Notifications, RefusalIsReportedAndLeavesNoOldQuestionBehind)

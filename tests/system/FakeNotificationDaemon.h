@@ -91,6 +91,7 @@ public:
     QList<quint32> closed; ///< ids, as asked for
     QList<QDBusMessage> held;
     qsizetype mostHeld = 0;
+    quint32 lastId = 40;
 
 public Q_SLOTS:
     QStringList GetCapabilities() { return capabilities; }
@@ -139,7 +140,7 @@ private:
         if (shown.contains(id)) {
             replaced.append(id);
         } else {
-            id = ++m_lastId;
+            id = ++lastId;
         }
         shown.insert(id,
                      {.application = arguments.at(0).toString(),
@@ -153,7 +154,6 @@ private:
     }
 
     QString m_connection;
-    quint32 m_lastId = 40;
 };
 
 } // namespace bram::test

@@ -120,8 +120,8 @@ void DesktopNotifications::setOwner(const QString &owner)
                              : u"no notification service is running"_s);
         findOutWhetherStartable();
         if (wasRunning) {
-            failAllWaiting(
-                m_state.reason); // not started again: it may just have been ended on purpose
+            // Not started again: it may have been ended on purpose, or end again at once.
+            failAllWaiting(m_state.reason);
         } else {
             proceed();
         }
@@ -330,8 +330,8 @@ void DesktopNotifications::onRefused(const QString &tag, const QString &reason)
         entry.isReported = false;
         enqueue(tag);
     } else {
-        close(
-            tag); // an older form may be on the screen, and its buttons would decide about the new one
+        // An older form may be on the screen, and its buttons would decide about the new one.
+        close(tag);
     }
     sendWaiting();
 }
