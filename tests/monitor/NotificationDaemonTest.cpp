@@ -170,7 +170,7 @@ TEST_F(NotificationDaemon, HoldsNobodyUpWhileItHangs)
     timer.start();
     hung.start();
     hung.schedule(item(u"a"_s, u"ls"_s));
-    EXPECT_LT(timer.elapsed(), 50);
+    EXPECT_LT(timer.elapsed(), 1000); // the daemon is waited for by nobody
     const QString reason = u"the notification service does not answer"_s;
     ASSERT_TRUE(waitUntil([&] {
         return log.lines().contains(QString(u"Failed to schedule notification: "_s + reason));
@@ -180,7 +180,8 @@ TEST_F(NotificationDaemon, HoldsNobodyUpWhileItHangs)
 
     ::kill(pid, SIGCONT);
     ASSERT_TRUE(showsCount(1));
-    EXPECT_EQ(hung.line().notificationStatus, u"Notifications: enabled (banner)"_s);
+    EXPECT_TRUE(waitUntil(
+        [&] { return hung.line().notificationStatus == u"Notifications: enabled (banner)"_s; }));
     hung.stop();
     ASSERT_TRUE(showsCount(0));
 }

@@ -20,6 +20,10 @@ namespace
 class Notifications : public testing::Test
 {
 protected:
+    explicit Notifications(std::chrono::milliseconds patience = 10s)
+        : notifications({.patience = patience})
+    {
+    }
     void listen(DesktopNotifications &service)
     {
         QObject::connect(&service, &NotificationService::actionInvoked, &service,
@@ -91,9 +95,18 @@ protected:
     }
 
     FakeNotificationDaemon daemon;
-    DesktopNotifications notifications {{.patience = 100ms}};
+    DesktopNotifications notifications;
     QStringList invoked;
     QStringList failures;
+};
+
+class ImpatientNotifications : public Notifications
+{
+protected:
+    ImpatientNotifications()
+        : Notifications(200ms)
+    {
+    }
 };
 
 } // namespace
@@ -263,7 +276,7 @@ TEST_F(Notifications, ServiceThatDiesTakesItsIdsWithItAndAnotherOneTakesOver)
                            u"ended no notification service is running"_s}));
 }
 
-TEST_F(Notifications, ServiceThatDoesNotAnswerIsAbsentUntilItDoes)
+TEST_F(ImpatientNotifications, ServiceThatDoesNotAnswerIsAbsentUntilItDoes)
 {
     startWithDaemon();
     daemon.answers = Answers::OnDemand;
