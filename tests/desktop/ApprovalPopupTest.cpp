@@ -4,6 +4,7 @@
 #include "monitor/ApprovalBoard.h"
 
 #include <QAccessible>
+#include <QScreen>
 #include <QTranslator>
 
 namespace bram
@@ -54,7 +55,7 @@ TEST_F(Popup, ShowsWhatIsAsked)
     EXPECT_THAT(words(), Says(u"Misleading characters"));
     EXPECT_THAT(words(), Says(u"expires in 1:02"));
     EXPECT_THAT(words(), Says(u"12 more waiting"));
-    EXPECT_THAT(words(), Says(u"↓ 41 lines, 600 characters")) << "there is more than can be seen";
+    EXPECT_THAT(words(), Says(u"↓ 41 lines\n600 characters")) << "there is more than can be seen";
     EXPECT_THAT(words(), DoesNotSay(u"changed")) << "another request, not another form of it";
 
     clock.current += 1'000;
@@ -81,6 +82,17 @@ TEST_F(Popup, NothingAnswersBeforeItIsArmed)
     click(allow);
     EXPECT_THAT(answers, ElementsAre(u"a allow-once"_s));
     EXPECT_FALSE(window().isVisible());
+}
+
+TEST_F(Popup, AHugeCommandIsArmedOnlyOnceAllOfItIsThere)
+{
+    present(u"a"_s, u"echo some words of a usual line\n"_s.repeated(32'000));
+    ASSERT_TRUE(test::waitUntil([&] {
+        EXPECT_FALSE(isArmed());
+        return view().commandView().isWhole();
+    }));
+    EXPECT_FALSE(isArmed());
+    EXPECT_TRUE(becomesArmed());
 }
 
 TEST_F(Popup, EachDecisionHasItsButtonAndItsShortcut)
@@ -319,6 +331,22 @@ TEST_F(Popup, TakesTheKeyboardAndGivesItBack)
     ASSERT_TRUE(becomesArmed());
     key(Qt::Key_Escape);
     EXPECT_TRUE(test::waitUntil([&] { return other.isActiveWindow(); }));
+}
+
+TEST_F(Popup, AppearsInTheMiddleOfTheScreenWithThePointer)
+{
+    const auto screens = QGuiApplication::screens();
+    ASSERT_EQ(screens.size(), 2);
+    for (const QScreen *screen : {screens.last(), screens.first()}) {
+        const QPoint corner = screen->geometry().topLeft() + QPoint(20, 20);
+        ASSERT_TRUE(
+            xdotool({u"mousemove"_s, QString::number(corner.x()), QString::number(corner.y())}));
+        present(u"a"_s);
+        ASSERT_TRUE(isActive());
+        const QPoint off = window().frameGeometry().center() - screen->availableGeometry().center();
+        EXPECT_LE(off.manhattanLength(), 40) << "but for the frame";
+        window().close();
+    }
 }
 
 TEST_F(Popup, WhatWasCoveredIsArmedAnew)

@@ -61,8 +61,8 @@ void ApprovalPopupPresenter::build()
             showHeldOrHide();
         }
     });
-    connect(&m_view->commandView(), &CommandTextView::becameWhole, this,
-            [this] { m_watch->setReady(true); });
+    connect(&m_view->commandView(), &CommandTextView::wholeChanged, this,
+            [this] { m_watch->setReady(m_view->commandView().isWhole()); });
     connect(m_view, &ApprovalPopupView::contentChanged, this, [this] {
         if (m_shown) {
             m_window->setFixedSize(fittingSize());

@@ -9,6 +9,7 @@
 #include "ui/desktop/ElidedLabel.h"
 #include "ui/desktop/WarningColours.h"
 
+#include <QAccessible>
 #include <QBoxLayout>
 #include <QEvent>
 #include <QLabel>
@@ -27,6 +28,7 @@ namespace
 {
 constexpr qreal textPoints = 12;
 constexpr qreal smallPoints = 9;
+constexpr qreal smallestPoints = 8;
 constexpr int spacing = 8;
 constexpr int armingLineHeight = 3;
 constexpr int leastCommandRows = 3;
@@ -78,7 +80,7 @@ ApprovalPopupView::ApprovalPopupView(Actions actions, QWidget *parent)
     m_arming->setDuration(int(ArmingGuard::stillnessMs));
     m_arming->setStartValue(0.0);
     m_arming->setEndValue(1.0);
-    connect(m_command, &CommandTextView::becameWhole, this, [this] { relabelLength(); });
+    connect(m_command, &CommandTextView::wholeChanged, this, [this] { relabelLength(); });
     relabel();
     recolour();
 }
@@ -93,7 +95,8 @@ void ApprovalPopupView::build()
     column->addLayout(head);
     m_id = addLabel<ElidedLabel>(head, textPoints);
     head->setStretchFactor(m_id, 1);
-    m_length = addLabel<QLabel>(head, smallPoints);
+    m_length = addLabel<QLabel>(head, smallestPoints);
+    m_length->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
 
     auto *notices = new QHBoxLayout;
     column->addLayout(notices);
@@ -121,6 +124,7 @@ void ApprovalPopupView::build()
     m_expiry = addLabel<ElidedLabel>(facts, smallPoints);
     m_state = addLabel<ElidedLabel>(facts, smallPoints);
     facts->addStretch();
+    foot->addStrut(3 * m_state->sizeHint().height()); // as many as there can be
     const auto withKey = [](Qt::Key key) { return QKeySequence(Qt::CTRL | Qt::SHIFT | key); };
     addButton(m_allowOnce, allowOnceText, withKey(Qt::Key_O), m_actions.onAllowOnce);
     addButton(m_allowAlways, allowAlwaysText, withKey(Qt::Key_A), m_actions.onAllowAlways);
@@ -151,6 +155,7 @@ void ApprovalPopupView::setItem(const ApprovalItem &item, Occasion occasion)
     m_command->setCommand(item.command);
     m_command->setFocus();
     relabel();
+    announce();
 }
 
 void ApprovalPopupView::setOutcome(ApprovalHistoryState state, qint64 nowMs)
@@ -159,6 +164,14 @@ void ApprovalPopupView::setOutcome(ApprovalHistoryState state, qint64 nowMs)
     m_outcomeIsExpiry = isApprovalExpired(m_item, nowMs);
     m_leftMs.reset();
     relabel();
+    announce();
+}
+
+/// To those who have the screen read to them.
+void ApprovalPopupView::announce()
+{
+    QAccessibleEvent alert(this, QAccessible::Alert);
+    QAccessible::updateAccessibility(&alert);
 }
 
 void ApprovalPopupView::setTimeLeft(std::optional<qint64> leftMs)
@@ -262,7 +275,6 @@ void ApprovalPopupView::relabelNotices()
     m_notices->setVisible(!notices.isEmpty());
     setAccessibleDescription(m_risk->isHidden() ? m_notices->text()
                                                 : m_risk->text() + u' ' + m_notices->text());
-    Q_EMIT contentChanged();
 }
 
 void ApprovalPopupView::relabelLength()
@@ -272,7 +284,7 @@ void ApprovalPopupView::relabelLength()
     const QString charactersText
         = characters == 1 ? tr("1 character") : tr("%L1 characters").arg(characters);
     const QString text
-        = lines == 1 ? charactersText : tr("%L1 lines, %2").arg(lines).arg(charactersText);
+        = lines == 1 ? charactersText : tr("%L1 lines").arg(lines) + u'\n' + charactersText;
     const bool isHidden = !m_command->isAllVisible();
     m_length->setText(isHidden ? u"↓ "_s + text : text);
     QFont font = m_length->font();
@@ -297,6 +309,7 @@ void ApprovalPopupView::relabelState()
     m_expiry->setVisible(!expiry.isEmpty());
     m_state->setWholeText(state);
     m_state->setVisible(!state.isEmpty());
+    Q_EMIT contentChanged();
 }
 
 void ApprovalPopupView::recolour()

@@ -81,6 +81,7 @@ private:
     void relabelLength();
     void relabelState();
     void recolour();
+    void announce();
     QString outcomeText() const;
 
     const Actions m_actions;

@@ -109,6 +109,9 @@ void CommandTextView::reload()
     m_loadedForWidth = viewport()->width();
     ++m_loadSerial;
     continueLoading(firstPartMs);
+    if (!isWhole()) {
+        Q_EMIT wholeChanged();
+    }
     moveCursor(QTextCursor::Start);
 }
 
@@ -137,7 +140,7 @@ void CommandTextView::continueLoading(qint64 budgetMs)
     }
     cursor.endEditBlock();
     if (isWhole()) {
-        Q_EMIT becameWhole();
+        Q_EMIT wholeChanged();
         return;
     }
     QTimer::singleShot(0, this, [this, serial = m_loadSerial] {

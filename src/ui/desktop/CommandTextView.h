@@ -32,7 +32,8 @@ public:
     bool isSuspicious() const { return m_suspicious; }
 
 Q_SIGNALS:
-    void becameWhole();
+    /// All of a new command is in the view; or a part of one that was in is out for the moment.
+    void wholeChanged();
 
 protected:
     QMimeData *createMimeDataFromSelection() const override;

@@ -4,6 +4,7 @@
 #include <QStyle>
 #include <QStyleOption>
 #include <QStylePainter>
+#include <QTextDocument>
 
 #include <algorithm>
 
@@ -31,7 +32,7 @@ void ElidedLabel::setWholeText(const QString &text)
     setText(text);
     setAccessibleName(text);
     // A tooltip takes what looks like markup for markup.
-    setToolTip(text.left(mostCharacters).toHtmlEscaped());
+    setToolTip(Qt::convertFromPlainText(text.left(mostCharacters)));
     updateGeometry();
 }
 
