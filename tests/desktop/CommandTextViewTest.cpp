@@ -65,6 +65,11 @@ TEST(CommandTextView, IsCopiedAsItIsShown)
         u"one very long line; "_s.repeated(700) + u"end"_s,
         u"\u202E"_s.repeated(1500) + u"\nlast"_s,
         u"𝒳"_s.repeated(5000),
+        u"\n"_s,
+        u"x"_s.repeated(1999) + u"\n"_s,
+        u"x"_s.repeated(2000) + u"\n"_s,
+        u"x"_s.repeated(2001) + u"\ny\n"_s,
+        u"a\nb\u202E\n\nc\n"_s.repeated(900),
     };
     for (const QString &command : commands) {
         CommandTextView view;

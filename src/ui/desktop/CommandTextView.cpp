@@ -123,20 +123,16 @@ void CommandTextView::continueLoading(qint64 budgetMs)
     cursor.movePosition(QTextCursor::End);
     cursor.beginEditBlock();
     while (!isWhole() && !turn.hasExpired(budgetMs)) {
-        const qsizetype lineFeed = m_text.indexOf(u'\n', m_position);
-        const qsizetype lineEnd = lineFeed < 0 ? m_text.size() : lineFeed;
         if (m_position > 0) {
             cursor.insertBlock();
         }
         cursor.block().setUserState(m_pieceStartsLine ? -1 : continuesLine);
-        const qsizetype end = pieceEnd(lineEnd);
+        const qsizetype end = pieceEnd();
         appendPiece(cursor, end);
-        m_pieceStartsLine = end == lineEnd;
+        const bool endsAtLineFeed = end < m_text.size() && m_text[end] == u'\n';
+        m_pieceStartsLine = endsAtLineFeed || end == m_text.size();
         m_hasSplitLines = m_hasSplitLines || !m_pieceStartsLine;
-        m_position = m_pieceStartsLine && lineFeed >= 0 ? lineEnd + 1 : end;
-        if (isWhole() && lineFeed >= 0 && m_pieceStartsLine) {
-            cursor.insertBlock(); // the empty line behind a line feed at the very end
-        }
+        m_position = endsAtLineFeed ? end + 1 : end;
     }
     cursor.endEditBlock();
     if (isWhole()) {
@@ -150,12 +146,25 @@ void CommandTextView::continueLoading(qint64 budgetMs)
     });
 }
 
-/// The end of what goes into the next block: of the line, or of a row of it, so that the pieces of a line
-/// look like one.
-qsizetype CommandTextView::pieceEnd(qsizetype lineEnd) const
+/// The end of what comes in next: several short lines, one line, or some rows of a long one, so that the
+/// pieces of a line look like one.
+qsizetype CommandTextView::pieceEnd() const
 {
-    if (lineEnd - m_position <= longestBlock) {
-        return lineEnd;
+    const auto lineEndFrom = [this](qsizetype from) {
+        const qsizetype lineFeed = m_text.indexOf(u'\n', from);
+        return lineFeed < 0 ? m_text.size() : lineFeed;
+    };
+    qsizetype end = lineEndFrom(m_position);
+    if (end - m_position <= longestBlock) {
+        while (end < m_text.size()) {
+            const qsizetype next = lineEndFrom(end + 1);
+            // A line feed at the very end is never left alone: there is an empty line behind it.
+            if (next - m_position > longestBlock && end + 1 < m_text.size()) {
+                break;
+            }
+            end = next;
+        }
+        return end;
     }
     qsizetype length = longestBlock;
     if (m_text[m_position + length].isLowSurrogate()) {

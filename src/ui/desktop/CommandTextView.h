@@ -47,7 +47,7 @@ private:
     void labelForAssistance();
     void reload();
     void continueLoading(qint64 budgetMs);
-    qsizetype pieceEnd(qsizetype lineEnd) const;
+    qsizetype pieceEnd() const;
     void appendPiece(QTextCursor &cursor, qsizetype end);
     void paintRowSigns(QPainter &painter, const QTextBlock &block, QPointF blockTopLeft) const;
 
