@@ -41,7 +41,13 @@ public:
         WithAnError,
     };
 
-    ~FakeNotificationDaemon() override { vanish(); }
+    ~FakeNotificationDaemon() override
+    {
+        if (bus().isConnected()) {
+            bus().unregisterService(notificationsName); // and wait: the next test has the same bus
+        }
+        vanish();
+    }
 
     void appear()
     {
