@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The real program against the practice gateway, each in a process of its own.
-#include "audit/AuditRecordCodec.h"
-#include "support/ProgramUnderTest.h"
+#include "support/ProgramFixture.h"
 
 #include <QDir>
 #include <QDirIterator>
@@ -24,87 +23,7 @@ using testing::ElementsAre;
 namespace
 {
 
-/// A home of its own, so that nothing of the machine's user takes part.
-class Program : public testing::Test
-{
-protected:
-    void SetUp() override
-    {
-        const int fd = open("/tmp/QX.BrackwenApprovalsMenu.lock", O_RDWR | O_CLOEXEC | O_NOFOLLOW);
-        const bool taken = fd >= 0 && flock(fd, LOCK_EX | LOCK_NB) != 0;
-        if (fd >= 0) {
-            close(fd);
-        }
-        ASSERT_FALSE(taken)
-            << "a copy of bram is running on this machine; these tests need its lock";
-
-        environment = QProcessEnvironment();
-        environment.insert(u"PATH"_s, u"/usr/bin:/bin"_s);
-        environment.insert(u"HOME"_s, home.path());
-        environment.insert(u"XDG_CONFIG_HOME"_s, home.filePath(u"config"_s));
-        environment.insert(u"XDG_DATA_HOME"_s, home.filePath(u"data"_s));
-        environment.insert(u"LANG"_s, u"C.UTF-8"_s);
-        environment.insert(u"DBUS_SESSION_BUS_ADDRESS"_s, u"unix:path=/nonexistent"_s);
-        for (const char *kept : {"ASAN_OPTIONS", "LSAN_OPTIONS", "UBSAN_OPTIONS"}) {
-            if (qEnvironmentVariableIsSet(kept)) {
-                environment.insert(QString::fromUtf8(kept), qEnvironmentVariable(kept));
-            }
-        }
-    }
-
-    /// A gateway that plays `script`; on the port of the one before it, if there was one.
-    std::unique_ptr<ProgramUnderTest> startGateway(const QString &script,
-                                                   const QStringList &options = {})
-    {
-        const QString path = home.filePath(u"script%1"_s.arg(++scripts));
-        QFile file(path);
-        EXPECT_TRUE(file.open(QFile::WriteOnly));
-        file.write(script.toUtf8());
-        file.close();
-        auto gateway = std::make_unique<ProgramUnderTest>(
-            QStringLiteral(BRAM_PRACTICE_GATEWAY),
-            QStringList {u"--port"_s, QString::number(port), u"--script"_s, path} + options);
-        EXPECT_TRUE(gateway->says(u"listening on "_s));
-        EXPECT_TRUE(gateway->says(u"\n"_s));
-        const QUrl url(gateway->output().section(u'\n', 0, 0).section(u' ', -1));
-        port = url.port();
-        environment.insert(u"BRACKWEN_GATEWAY_URL"_s, url.toString());
-        return gateway;
-    }
-    std::unique_ptr<ProgramUnderTest> startBram(const QStringList &arguments = {})
-    {
-        return std::make_unique<ProgramUnderTest>(QStringLiteral(BRAM_PROGRAM), arguments,
-                                                  environment);
-    }
-
-    QString auditFile() const
-    {
-        return home.filePath(u"data/BrackwenApprovalsMenu/audit-events.jsonl"_s);
-    }
-    /// "kind id decision" of every record, in order; gateway events without id and decision.
-    std::vector<std::string> auditLines() const
-    {
-        QFile file(auditFile());
-        EXPECT_TRUE(file.open(QFile::ReadOnly));
-        std::vector<std::string> lines;
-        AuditRecordDecoder decoder;
-        for (const QByteArray &line : file.readAll().split('\n')) {
-            if (const auto record = decoder.decode(
-                    std::string_view(line.constData(), static_cast<size_t>(line.size())))) {
-                lines.push_back((record->kind + u' ' + record->approvalId.value_or(QString()) + u' '
-                                 + record->decision.value_or(QString()))
-                                    .trimmed()
-                                    .toStdString());
-            }
-        }
-        return lines;
-    }
-
-    QTemporaryDir home;
-    QProcessEnvironment environment;
-    int port = 0;
-    int scripts = 0;
-};
+using Program = ProgramFixture;
 
 QString connected()
 {

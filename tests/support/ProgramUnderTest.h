@@ -41,6 +41,7 @@ public:
     }
 
     void send(const QString &line) { m_process.write(line.toUtf8() + '\n'); }
+    qint64 processId() const { return m_process.processId(); }
     void closeInput() { m_process.closeWriteChannel(); }
     void signal(int number) { ::kill(static_cast<pid_t>(m_process.processId()), number); }
     void kill()
