@@ -2,6 +2,469 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="ko_KR" sourcelanguage="en">
 <context>
+    <name>Menu</name>
+    <message>
+        <source>HIGH RISK</source>
+        <translation>고위험</translation>
+    </message>
+    <message>
+        <source>misleading characters</source>
+        <translation>혼동을 주는 문자</translation>
+    </message>
+</context>
+<context>
+    <name>Status</name>
+    <message>
+        <source>Gateway token: %1</source>
+        <translation>게이트웨이 토큰 인증: %1</translation>
+    </message>
+    <message>
+        <source>Remote approval is locked: %1</source>
+        <translation>원격 승인 잠김: %1</translation>
+    </message>
+    <message>
+        <source>%1 waiting for a decision</source>
+        <translation>결정 대기 %1건</translation>
+    </message>
+    <message>
+        <source>nothing waits for a decision</source>
+        <translation>대기 중인 요청 없음</translation>
+    </message>
+</context>
+<context>
+    <name>Terminal</name>
+    <message>
+        <source>`%1` takes nothing after it.</source>
+        <translation>`%1` 뒤에는 아무것도 올 수 없습니다.</translation>
+    </message>
+    <message>
+        <source>Unknown command: %1 (try `help`)</source>
+        <translation>알 수 없는 명령: %1 (`help` 참고)</translation>
+    </message>
+    <message>
+        <source>Say which request: %1 %2</source>
+        <translation>어떤 요청인지 지정하세요: %1 %2</translation>
+    </message>
+    <message>
+        <source>A line of more than 64 KiB was refused.</source>
+        <translation>64 KiB를 넘는 줄은 거부되었습니다.</translation>
+    </message>
+    <message>
+        <source>A line that is not valid UTF-8 was refused.</source>
+        <translation>올바른 UTF-8이 아닌 줄은 거부되었습니다.</translation>
+    </message>
+    <message>
+        <source>Requests for approval appear here. `help` lists the commands.</source>
+        <translation>승인 요청이 여기에 표시됩니다. `help`로 명령을 볼 수 있습니다.</translation>
+    </message>
+    <message>
+        <source>Reconnecting to the gateway.</source>
+        <translation>게이트웨이에 다시 연결하는 중입니다.</translation>
+    </message>
+    <message>
+        <source>Reading the gateway token again.</source>
+        <translation>게이트웨이 토큰을 다시 읽는 중입니다.</translation>
+    </message>
+    <message>
+        <source>No pending request is meant by: </source>
+        <translation>해당하는 대기 요청이 없습니다: </translation>
+    </message>
+    <message>
+        <source>More than one request could be meant by: </source>
+        <translation>둘 이상의 요청에 해당합니다: </translation>
+    </message>
+    <message>
+        <source>#%1 is no longer pending.</source>
+        <translation>#%1 요청은 더 이상 대기 중이 아닙니다.</translation>
+    </message>
+    <message>
+        <source>Not decided: that request has not been shown yet; `list` shows it.</source>
+        <translation>결정하지 않음: 아직 표시되지 않은 요청입니다. `list`로 볼 수 있습니다.</translation>
+    </message>
+    <message>
+        <source>Not decided: #%1 arrived after the line was begun; type it again.</source>
+        <translation>결정하지 않음: #%1 요청은 입력을 시작한 뒤에 도착했습니다. 다시 입력하세요.</translation>
+    </message>
+    <message>
+        <source>Not decided: #%1 has changed since it was shown.</source>
+        <translation>결정하지 않음: #%1 요청이 표시된 뒤에 바뀌었습니다.</translation>
+    </message>
+    <message>
+        <source>Not decided: one request has the id `all`; use numbers.</source>
+        <translation>결정하지 않음: ID가 `all`인 요청이 있습니다. 번호를 사용하세요.</translation>
+    </message>
+    <message>
+        <source>Left out, because they arrived after the line was begun: </source>
+        <translation>입력을 시작한 뒤에 도착하여 제외됨: </translation>
+    </message>
+    <message>
+        <source>Left out, because they have changed since they were shown: </source>
+        <translation>표시된 뒤에 바뀌어 제외됨: </translation>
+    </message>
+    <message>
+        <source>Left out, because they have not been shown: %1 (`list` shows them)</source>
+        <translation>아직 표시되지 않아 제외됨: %1 (`list`로 볼 수 있음)</translation>
+    </message>
+    <message>
+        <source>There is nothing to decide.</source>
+        <translation>결정할 요청이 없습니다.</translation>
+    </message>
+    <message>
+        <source>No requests are pending.</source>
+        <translation>대기 중인 요청이 없습니다.</translation>
+    </message>
+    <message>
+        <source>Forgotten here: %1. The gateway was not told.</source>
+        <translation>여기에서만 지움: %1건. 게이트웨이에는 알리지 않았습니다.</translation>
+    </message>
+    <message>
+        <source>%1 more requests; `list` shows them.</source>
+        <translation>요청 %1건이 더 있습니다. `list`로 볼 수 있습니다.</translation>
+    </message>
+    <message>
+        <source>#%1 was decided elsewhere.</source>
+        <translation>#%1 요청은 다른 곳에서 결정되었습니다.</translation>
+    </message>
+    <message>
+        <source>expired</source>
+        <translation>만료됨</translation>
+    </message>
+    <message>
+        <source>expires in %1 s</source>
+        <translation>%1초 뒤 만료</translation>
+    </message>
+    <message>
+        <source>expires in %1 min</source>
+        <translation>%1분 뒤 만료</translation>
+    </message>
+    <message>
+        <source>agent: not given</source>
+        <translation>에이전트: 없음</translation>
+    </message>
+    <message>
+        <source>agent: </source>
+        <translation>에이전트: </translation>
+    </message>
+    <message>
+        <source>Request #%1 has CHANGED</source>
+        <translation>요청 #%1이(가) 변경됨</translation>
+    </message>
+    <message>
+        <source>Request #%1</source>
+        <translation>요청 #%1</translation>
+    </message>
+    <message>
+        <source>HIGH RISK</source>
+        <translation>고위험</translation>
+    </message>
+    <message>
+        <source>Contains characters that could mislead; they are shown as ⟨…⟩.</source>
+        <translation>혼동을 줄 수 있는 문자가 있어 ⟨…⟩로 표시했습니다.</translation>
+    </message>
+    <message>
+        <source>Long: request #%1 has %2 characters in %3 line(s).</source>
+        <translation>긴 명령: 요청 #%1은(는) %3줄, %2자입니다.</translation>
+    </message>
+    <message>
+        <source>id: </source>
+        <translation>ID: </translation>
+    </message>
+    <message>
+        <source>(command not seen)</source>
+        <translation>(명령을 받지 못함)</translation>
+    </message>
+    <message>
+        <source>Nothing has happened yet.</source>
+        <translation>아직 기록이 없습니다.</translation>
+    </message>
+    <message>
+        <source>Gateway: </source>
+        <translation>게이트웨이: </translation>
+    </message>
+    <message>
+        <source>Gateway token: </source>
+        <translation>게이트웨이 토큰 인증: </translation>
+    </message>
+    <message>
+        <source>Decisions from chats are locked: </source>
+        <translation>채팅을 통한 결정이 잠김: </translation>
+    </message>
+    <message>
+        <source>Pending requests: %1</source>
+        <translation>대기 중인 요청: %1</translation>
+    </message>
+    <message>
+        <source>Not shown yet: %1 (`list` shows them)</source>
+        <translation>아직 표시되지 않음: %1 (`list`로 볼 수 있음)</translation>
+    </message>
+    <message>
+        <source>Requests seen: %1</source>
+        <translation>받은 요청: %1</translation>
+    </message>
+    <message>
+        <source>Resolved: %1</source>
+        <translation>결정됨: %1</translation>
+    </message>
+    <message>
+        <source>Resolved elsewhere: %1</source>
+        <translation>다른 곳에서 결정됨: %1</translation>
+    </message>
+    <message>
+        <source>Rejected as unknown: %1</source>
+        <translation>알 수 없는 요청으로 거부됨: %1</translation>
+    </message>
+    <message>
+        <source>Allowed once: %1</source>
+        <translation>일시 승인: %1</translation>
+    </message>
+    <message>
+        <source>Allowed always: %1</source>
+        <translation>영구 승인: %1</translation>
+    </message>
+    <message>
+        <source>Denied: %1</source>
+        <translation>거부: %1</translation>
+    </message>
+    <message>
+        <source>Mean time to a decision: %1 ms</source>
+        <translation>평균 결정 시간: %1 ms</translation>
+    </message>
+    <message>
+        <source>Pending: %1</source>
+        <translation>대기: %1</translation>
+    </message>
+    <message>
+        <source>list                    every pending request</source>
+        <translation>list                    대기 중인 모든 요청</translation>
+    </message>
+    <message>
+        <source>show ID                 one request in full</source>
+        <translation>show ID                 요청 하나를 전부 표시</translation>
+    </message>
+    <message>
+        <source>allow-once ID|all       let the command run this time</source>
+        <translation>allow-once ID|all       이번 한 번만 실행 허용</translation>
+    </message>
+    <message>
+        <source>allow-always ID|all     let it run, now and in future</source>
+        <translation>allow-always ID|all     지금과 앞으로 계속 실행 허용</translation>
+    </message>
+    <message>
+        <source>deny ID|all             refuse it</source>
+        <translation>deny ID|all             거부</translation>
+    </message>
+    <message>
+        <source>history                 what became of earlier requests, newest first</source>
+        <translation>history                 이전 요청의 결과, 최신순</translation>
+    </message>
+    <message>
+        <source>activity                what was done here, newest first</source>
+        <translation>activity                여기에서 한 일, 최신순</translation>
+    </message>
+    <message>
+        <source>status                  the gateway connection</source>
+        <translation>status                  게이트웨이 연결 상태</translation>
+    </message>
+    <message>
+        <source>metrics                 counters of this run</source>
+        <translation>metrics                 이번 실행의 통계</translation>
+    </message>
+    <message>
+        <source>reconnect               connect to the gateway anew</source>
+        <translation>reconnect               게이트웨이에 다시 연결</translation>
+    </message>
+    <message>
+        <source>reload-token            take the gateway token from the configuration again</source>
+        <translation>reload-token            설정에서 게이트웨이 토큰을 다시 읽기</translation>
+    </message>
+    <message>
+        <source>clear-pending           forget the pending requests here, not at the gateway</source>
+        <translation>clear-pending           대기 요청을 여기에서만 지우기</translation>
+    </message>
+    <message>
+        <source>help                    these lines</source>
+        <translation>help                    이 도움말</translation>
+    </message>
+    <message>
+        <source>quit                    end the program (so does the end of input)</source>
+        <translation>quit                    프로그램 종료 (입력이 끝나도 종료)</translation>
+    </message>
+    <message>
+        <source>ID is a request&apos;s number (3 or #3), its id or the beginning of its id.</source>
+        <translation>ID는 요청 번호(3 또는 #3), 승인 ID 또는 승인 ID의 앞부분입니다.</translation>
+    </message>
+    <message>
+        <source>A line never answers a request that was shown only after the line was begun.</source>
+        <translation>입력을 시작한 뒤에 표시된 요청에는 그 줄이 적용되지 않습니다.</translation>
+    </message>
+    <message>
+        <source>#%1 allowed once.</source>
+        <translation>#%1 일시 승인됨.</translation>
+    </message>
+    <message>
+        <source>#%1 allowed always.</source>
+        <translation>#%1 영구 승인됨.</translation>
+    </message>
+    <message>
+        <source>#%1 denied.</source>
+        <translation>#%1 거부됨.</translation>
+    </message>
+    <message>
+        <source>#%1 was already resolved elsewhere.</source>
+        <translation>#%1 요청은 이미 다른 곳에서 결정되었습니다.</translation>
+    </message>
+    <message>
+        <source>#%1 had expired; nothing was sent.</source>
+        <translation>#%1 요청은 만료되어 아무것도 보내지 않았습니다.</translation>
+    </message>
+    <message>
+        <source>#%1 not confirmed, it is still listed: %2</source>
+        <translation>#%1 확인되지 않음, 목록에 남아 있습니다: %2</translation>
+    </message>
+    <message>
+        <source>#%1: a decision is already on its way; this one was ignored.</source>
+        <translation>#%1: 이미 결정을 보내는 중이므로 이번 결정은 무시했습니다.</translation>
+    </message>
+</context>
+<context>
+    <name>Words</name>
+    <message>
+        <source>denied</source>
+        <translation>거부됨</translation>
+    </message>
+    <message>
+        <source>pending</source>
+        <translation>대기 중</translation>
+    </message>
+    <message>
+        <source>allowed once</source>
+        <translation>일시 승인됨</translation>
+    </message>
+    <message>
+        <source>allowed always</source>
+        <translation>영구 승인됨</translation>
+    </message>
+    <message>
+        <source>canceled</source>
+        <translation>취소됨</translation>
+    </message>
+    <message>
+        <source>decided elsewhere</source>
+        <translation>다른 곳에서 결정됨</translation>
+    </message>
+    <message>
+        <source>allowed all once</source>
+        <translation>모두 일시 승인</translation>
+    </message>
+    <message>
+        <source>denied all</source>
+        <translation>모두 거부</translation>
+    </message>
+    <message>
+        <source>allowed all always</source>
+        <translation>모두 영구 승인</translation>
+    </message>
+    <message>
+        <source>always-allow list read again</source>
+        <translation>영구 승인 목록 다시 읽음</translation>
+    </message>
+    <message>
+        <source>always-allow list backed up</source>
+        <translation>영구 승인 목록 백업함</translation>
+    </message>
+    <message>
+        <source>always-allow list restored</source>
+        <translation>영구 승인 목록 복원함</translation>
+    </message>
+    <message>
+        <source>registered on the platform</source>
+        <translation>플랫폼에 등록함</translation>
+    </message>
+    <message>
+        <source>added to the own list</source>
+        <translation>앱 목록에 추가함</translation>
+    </message>
+    <message>
+        <source>added all to the own list</source>
+        <translation>모두 앱 목록에 추가함</translation>
+    </message>
+    <message>
+        <source>removed from the own list</source>
+        <translation>앱 목록에서 제거함</translation>
+    </message>
+    <message>
+        <source>removed from the platform&apos;s list</source>
+        <translation>플랫폼 목록에서 제거함</translation>
+    </message>
+    <message>
+        <source>removed from both lists</source>
+        <translation>양쪽 목록에서 제거함</translation>
+    </message>
+    <message>
+        <source>own list cleared</source>
+        <translation>앱 목록 비움</translation>
+    </message>
+    <message>
+        <source>platform&apos;s list cleared</source>
+        <translation>플랫폼 목록 비움</translation>
+    </message>
+    <message>
+        <source>both lists cleared</source>
+        <translation>양쪽 목록 비움</translation>
+    </message>
+    <message>
+        <source>reconnected to the gateway</source>
+        <translation>게이트웨이 다시 연결함</translation>
+    </message>
+    <message>
+        <source>gateway token reloaded</source>
+        <translation>게이트웨이 토큰 다시 읽음</translation>
+    </message>
+    <message>
+        <source>checking</source>
+        <translation>확인 중</translation>
+    </message>
+    <message>
+        <source>matches the configuration</source>
+        <translation>일치</translation>
+    </message>
+    <message>
+        <source>does not match the configuration</source>
+        <translation>불일치</translation>
+    </message>
+    <message>
+        <source>the configuration holds none to compare with</source>
+        <translation>기준 토큰 없음</translation>
+    </message>
+    <message>
+        <source>taken from the configuration again, reconnecting</source>
+        <translation>재동기화됨 (재연결 중)</translation>
+    </message>
+    <message>
+        <source>refused by the gateway again and again</source>
+        <translation>반복 실패 (토큰 갱신 필요)</translation>
+    </message>
+</context>
+<context>
+    <name>bram::AboutWindow</name>
+    <message>
+        <source>About BrackwenApprovalsMenu</source>
+        <translation>BrackwenApprovalsMenu 정보</translation>
+    </message>
+    <message>
+        <source>Version %1</source>
+        <translation>버전 %1</translation>
+    </message>
+    <message>
+        <source>An approval orchestrator that watches Brackwen requests in the menu bar and relays allow/deny decisions through local and Telegram paths.</source>
+        <translation>메뉴 막대에서 Brackwen 요청을 지켜보고 로컬과 Telegram 경로로 승인/거부 결정을 전달하는 승인 오케스트레이터입니다.</translation>
+    </message>
+    <message>
+        <source>Close</source>
+        <translation>닫기</translation>
+    </message>
+</context>
+<context>
     <name>bram::ApprovalPopupView</name>
     <message>
         <source>Agent: %1</source>
@@ -104,6 +567,138 @@
     </message>
 </context>
 <context>
+    <name>bram::HistoryMenu</name>
+    <message>
+        <source>Nothing has happened yet</source>
+        <translation>아직 기록이 없습니다</translation>
+    </message>
+    <message>
+        <source>Show All in the Window…</source>
+        <translation>창에서 모두 보기…</translation>
+    </message>
+    <message>
+        <source>Clear History</source>
+        <translation>기록 지우기</translation>
+    </message>
+</context>
+<context>
+    <name>bram::HistoryModel</name>
+    <message>
+        <source>State</source>
+        <translation>상태</translation>
+    </message>
+    <message>
+        <source>Time</source>
+        <translation>시각</translation>
+    </message>
+    <message>
+        <source>Command</source>
+        <translation>명령</translation>
+    </message>
+</context>
+<context>
+    <name>bram::PendingMenu</name>
+    <message>
+        <source>… the command goes on: show it whole</source>
+        <translation>… 명령이 이어집니다: 전체 보기</translation>
+    </message>
+    <message>
+        <source>Allow Once</source>
+        <translation>일시 승인</translation>
+    </message>
+    <message>
+        <source>Always Allow</source>
+        <translation>영구 승인</translation>
+    </message>
+    <message>
+        <source>Deny</source>
+        <translation>거부</translation>
+    </message>
+    <message>
+        <source>Show Details…</source>
+        <translation>상세 보기…</translation>
+    </message>
+    <message>
+        <source>Copy Details</source>
+        <translation>상세 내용 복사</translation>
+    </message>
+    <message>
+        <source>Copy Approval ID</source>
+        <translation>승인 ID 복사</translation>
+    </message>
+    <message>
+        <source>(ended) %1</source>
+        <translation>(종료됨) %1</translation>
+    </message>
+    <message>
+        <source>%1 more in the window…</source>
+        <translation>창에 %1건 더 있음…</translation>
+    </message>
+    <message>
+        <source>No pending approvals</source>
+        <translation>대기 중인 승인 없음</translation>
+    </message>
+</context>
+<context>
+    <name>bram::PendingPane</name>
+    <message>
+        <source>No pending approvals</source>
+        <translation>대기 중인 승인 없음</translation>
+    </message>
+    <message>
+        <source>Pending approvals (%1)</source>
+        <translation>대기 중인 승인 (%1)</translation>
+    </message>
+    <message>
+        <source>Pending approvals</source>
+        <translation>대기 중인 승인</translation>
+    </message>
+    <message>
+        <source>Allow Once</source>
+        <translation>일시 승인</translation>
+    </message>
+    <message>
+        <source>Always Allow</source>
+        <translation>영구 승인</translation>
+    </message>
+    <message>
+        <source>Deny</source>
+        <translation>거부</translation>
+    </message>
+    <message>
+        <source>Copy Details</source>
+        <translation>상세 내용 복사</translation>
+    </message>
+    <message>
+        <source>Copy ID</source>
+        <translation>ID 복사</translation>
+    </message>
+    <message>
+        <source>Requests for approval appear here.</source>
+        <translation>승인 요청이 여기에 표시됩니다.</translation>
+    </message>
+    <message>
+        <source>Select a request to read it whole.</source>
+        <translation>요청을 선택하면 전체 내용을 볼 수 있습니다.</translation>
+    </message>
+    <message>
+        <source>ID: %1</source>
+        <translation>ID: %1</translation>
+    </message>
+    <message>
+        <source>Agent: %1</source>
+        <translation>에이전트: %1</translation>
+    </message>
+    <message>
+        <source>HIGH RISK.</source>
+        <translation>고위험.</translation>
+    </message>
+    <message>
+        <source>Characters that could mislead are shown as ⟨…⟩.</source>
+        <translation>혼동을 줄 수 있는 문자를 ⟨…⟩로 표시했습니다.</translation>
+    </message>
+</context>
+<context>
     <name>bram::RequestDetailsWindow</name>
     <message>
         <source>Request details</source>
@@ -159,10 +754,109 @@
     </message>
 </context>
 <context>
-    <name>Words</name>
+    <name>bram::StatusMenu</name>
     <message>
-        <source>denied</source>
-        <translation>거부됨</translation>
+        <source>Reconnect Gateway</source>
+        <translation>게이트웨이 다시 연결</translation>
+    </message>
+    <message>
+        <source>Reload Gateway Token</source>
+        <translation>게이트웨이 토큰 다시 읽기</translation>
+    </message>
+    <message>
+        <source>All Pending Approvals</source>
+        <translation>대기 중인 승인 전체</translation>
+    </message>
+    <message>
+        <source>Approve All Pending</source>
+        <translation>대기 중 모두 일시 승인</translation>
+    </message>
+    <message>
+        <source>Always Allow All Pending</source>
+        <translation>대기 중 모두 영구 승인</translation>
+    </message>
+    <message>
+        <source>Deny All pending</source>
+        <translation>대기 중 모두 거부</translation>
+    </message>
+    <message>
+        <source>Copy all approval IDs and details</source>
+        <translation>모든 승인 ID와 상세 내용 복사</translation>
+    </message>
+    <message>
+        <source>Recent History</source>
+        <translation>최근 기록</translation>
+    </message>
+    <message>
+        <source>Open Window…</source>
+        <translation>창 열기…</translation>
+    </message>
+    <message>
+        <source>Open Control UI</source>
+        <translation>제어 UI 열기</translation>
+    </message>
+    <message>
+        <source>Clear Pending Approvals</source>
+        <translation>대기 중인 승인 지우기</translation>
+    </message>
+    <message>
+        <source>Language (언어)</source>
+        <translation>언어 (Language)</translation>
+    </message>
+    <message>
+        <source>About BrackwenApprovalsMenu</source>
+        <translation>BrackwenApprovalsMenu 정보</translation>
+    </message>
+    <message>
+        <source>Quit BrackwenApprovalsMenu</source>
+        <translation>BrackwenApprovalsMenu 종료</translation>
+    </message>
+    <message>
+        <source>Pending approvals</source>
+        <translation>대기 중인 승인</translation>
+    </message>
+    <message>
+        <source>Pending approvals (%1)</source>
+        <translation>대기 중인 승인 (%1)</translation>
+    </message>
+</context>
+<context>
+    <name>bram::StatusWindow</name>
+    <message>
+        <source>Minimise</source>
+        <translation>최소화</translation>
+    </message>
+    <message>
+        <source>Hide</source>
+        <translation>숨기기</translation>
+    </message>
+    <message>
+        <source>Brackwen Approvals</source>
+        <translation>Brackwen 승인</translation>
+    </message>
+    <message>
+        <source>This desktop shows no tray icons, so the requests are listed here. The icon appears by itself once there is a tray.</source>
+        <translation>이 데스크톱에는 트레이가 없어 요청을 여기에 표시합니다. 트레이가 나타나면 아이콘이 자동으로 표시됩니다.</translation>
+    </message>
+    <message>
+        <source>Reconnect Gateway</source>
+        <translation>게이트웨이 다시 연결</translation>
+    </message>
+    <message>
+        <source>Reload Gateway Token</source>
+        <translation>게이트웨이 토큰 다시 읽기</translation>
+    </message>
+    <message>
+        <source>History</source>
+        <translation>기록</translation>
+    </message>
+    <message>
+        <source>Clear History</source>
+        <translation>기록 지우기</translation>
+    </message>
+    <message>
+        <source>Menu</source>
+        <translation>메뉴</translation>
     </message>
 </context>
 </TS>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "system/Preferences.h"
 #include "ui/language/LanguageChoice.h"
+#include "system/Preferences.h"
 #include "ui/language/Words.h"
 
 #include <QFile>
