@@ -5,9 +5,10 @@
 // how long it took until the last request was listed, and what memory is left in use afterwards, against
 // the memory before the first round. Of each round the longest stretch counts, of the rounds the median.
 //
-//   bench_burst [--check] [--requests N] [--rounds N] [--directory DIR]
+//   bench_burst [--desktop] [--check] [--requests N] [--rounds N] [--directory DIR]
 //
-// --check ends with 1 when a limit is broken. The audit log goes to a temporary folder inside DIR, by
+// --desktop shows the requests on the desktop as well: tray icon, menu, popup, notifications; without it
+// nobody looks. --check ends with 1 when a limit is broken. The audit log goes to a temporary folder inside DIR, by
 // default the system's folder for temporary files; the log lines go to syslog and /dev/null.
 
 #include "burst/BurstRequests.h"
@@ -16,12 +17,13 @@
 #include "support/Figures.h"
 
 #include "app/Core.h"
+#include "app/DesktopSession.h"
 #include "system/Clock.h"
 #include "system/MemorySecretStore.h"
 #include "system/linux/SyslogLog.h"
 
+#include <QApplication>
 #include <QCommandLineParser>
-#include <QCoreApplication>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QEventLoop>
@@ -34,6 +36,8 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <memory>
 #include <optional>
 
 #include <fcntl.h>
@@ -74,7 +78,7 @@ double memoryMiB()
 class Burst
 {
 public:
-    Burst(const QString &folder, int requests)
+    Burst(const QString &folder, int requests, bool onDesktop)
         : m_requests(requests)
         , m_log(bram::SyslogLog::Syslog | bram::SyslogLog::StandardError)
     {
@@ -86,11 +90,19 @@ public:
             }
         }
         const QString url = QString::fromUtf8(m_server.readLine()).trimmed();
-        m_core.emplace(bram::Core::World {.places = bram::Places::ofPractice(folder, url),
-                                          .secrets = m_secrets,
-                                          .clock = m_clock,
-                                          .log = m_log,
-                                          .commandLine = bram::CommandLineUse::Never});
+        if (onDesktop) {
+            m_desktop.emplace(m_clock, m_log);
+        }
+        m_core.emplace(
+            bram::Core::World {.places = bram::Places::ofPractice(folder, url),
+                               .secrets = m_secrets,
+                               .clock = m_clock,
+                               .log = m_log,
+                               .ports = m_desktop ? m_desktop->ports() : bram::MonitorPorts {},
+                               .commandLine = bram::CommandLineUse::Never});
+        if (m_desktop) {
+            m_desktop->start(*m_core);
+        }
         QEventLoop loop;
         QObject::connect(&m_core->status(), &bram::GatewayStatus::statusLinesChanged, &loop, [&] {
             if (m_core->status().lines().connectionIndicator == bram::IndicatorState::Green) {
@@ -103,6 +115,9 @@ public:
 
     ~Burst()
     {
+        if (m_desktop) {
+            m_desktop->finish();
+        }
         m_server.closeWriteChannel();
         m_server.waitForFinished();
     }
@@ -165,6 +180,7 @@ private:
     bram::SyslogLog m_log;
     bram::MemorySecretStore m_secrets;
     QProcess m_server;
+    std::optional<bram::DesktopSession> m_desktop;
     std::optional<bram::Core> m_core;
 };
 
@@ -188,9 +204,9 @@ double worst(const std::vector<double> &values)
     return *std::ranges::max_element(values);
 }
 
-Figures measure(const QString &folder, int requests, int rounds)
+Figures measure(const QString &folder, int requests, int rounds, bool onDesktop)
 {
-    Burst burst(folder, requests);
+    Burst burst(folder, requests, onDesktop);
     rest();
     const double memoryBefore = memoryMiB();
     Figures figures;
@@ -237,17 +253,27 @@ void sendStandardErrorToNull()
 
 int main(int argc, char **argv)
 {
-    QCoreApplication application(argc, argv);
+    const bool onDesktop = std::any_of(argv, argv + argc, [](const char *argument) {
+        return std::strcmp(argument, "--desktop") == 0;
+    });
+    std::unique_ptr<QCoreApplication> application;
+    if (onDesktop) {
+        application = std::make_unique<QApplication>(argc, argv);
+        QApplication::setQuitOnLastWindowClosed(false);
+    } else {
+        application = std::make_unique<QCoreApplication>(argc, argv);
+    }
     QCommandLineParser parser;
     parser.addHelpOption();
     parser.addOptions({
+        {u"desktop"_s, u"With the desktop front-end."_s},
         {u"check"_s, u"End with 1 when a limit is broken."_s},
         {u"requests"_s, u"How many requests a burst."_s, u"N"_s, u"10000"_s},
         {u"rounds"_s, u"How many bursts."_s, u"N"_s, u"5"_s},
         {u"directory"_s, u"Where to write."_s, u"DIR"_s, QDir::tempPath()},
         {u"server"_s, u"Used by the benchmark itself: be the server."_s},
     });
-    parser.process(application);
+    parser.process(*application);
     if (parser.isSet(u"server"_s)) {
         prctl(PR_SET_PDEATHSIG, SIGKILL);
         return runBurstServer();
@@ -256,7 +282,7 @@ int main(int argc, char **argv)
     const QTemporaryDir folder(parser.value(u"directory"_s) + "/bench-burst-XXXXXX"_L1);
     const int requests = std::max(1, parser.value(u"requests"_s).toInt());
     const int rounds = std::max(1, parser.value(u"rounds"_s).toInt());
-    const Figures figures = measure(folder.path(), requests, rounds);
+    const Figures figures = measure(folder.path(), requests, rounds, onDesktop);
 
     std::printf("%d bursts of %d requests; medians, and the worst of all\n", rounds, requests);
     report("until the last request is listed", figures.listedMs, "ms ");

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "app/Application.h"
 
-#include "ui/terminal/TerminalInput.h"
+#include "app/DesktopSession.h"
+#include "app/TerminalSession.h"
 
 #include <chrono>
 
@@ -17,7 +18,6 @@ namespace
 /// How long the end of the program waits for decisions under way, and then for tasks to notice the end.
 constexpr auto decisionsLimit = 5s;
 constexpr auto tasksLimit = 1s;
-constexpr int outputLimitMs = 500;
 
 bool isPerson()
 {
@@ -26,30 +26,39 @@ bool isPerson()
 
 /// Log lines stay off a terminal on which the front-end draws the line being typed; and practice leaves
 /// the operator's system log alone.
-SyslogLog::Targets logTargets(bool practice)
+SyslogLog::Targets logTargets(bool practice, SurfaceKind surface)
 {
+    const bool isDrawnOn
+        = surface == SurfaceKind::Terminal && isPerson() && isatty(STDERR_FILENO) != 0;
     SyslogLog::Targets targets;
     targets.setFlag(SyslogLog::Syslog, !practice);
-    targets.setFlag(SyslogLog::StandardError, !(isPerson() && isatty(STDERR_FILENO) != 0));
+    targets.setFlag(SyslogLog::StandardError, !isDrawnOn);
     return targets;
+}
+
+std::unique_ptr<FrontEnd> makeFrontEnd(SurfaceKind surface, const Clock &clock, SystemLog &log)
+{
+    if (surface == SurfaceKind::Desktop) {
+        return std::make_unique<DesktopSession>(clock, log);
+    }
+    return std::make_unique<TerminalSession>(clock);
 }
 
 } // namespace
 
-Application::Application(Places places, std::unique_ptr<PracticeWorld> practice, const Clock &clock)
-    : m_log(logTargets(practice != nullptr))
-    , m_practice(std::move(practice))
+Application::Application(Parts parts, const Clock &clock)
+    : m_log(logTargets(parts.practice != nullptr, parts.surface))
+    , m_practice(std::move(parts.practice))
     , m_keyring(m_log)
-    , m_core({.places = m_practice ? m_practice->places() : std::move(places),
+    , m_frontEnd(makeFrontEnd(parts.surface, clock, m_log))
+    , m_core({.places = m_practice ? m_practice->places() : std::move(parts.places),
               .secrets = m_practice ? m_practice->secrets() : static_cast<SecretStore &>(m_keyring),
               .clock = clock,
               .log = m_log,
+              .ports = m_frontEnd->ports(),
               .commandLine = m_practice ? CommandLineUse::Never : CommandLineUse::Allowed})
-    , m_output(STDOUT_FILENO)
-    , m_input(makeLineSource(STDIN_FILENO, m_output))
-    , m_frontEnd(m_core.monitor(), *m_input, m_output, clock)
 {
-    connect(&m_frontEnd, &TerminalFrontEnd::quitRequested, this, &Application::shutDown);
+    connect(m_frontEnd.get(), &FrontEnd::quitRequested, this, &Application::shutDown);
     connect(&m_signals, &TerminationSignals::requested, this, &Application::shutDown);
     m_limit.setSingleShot(true);
     connect(&m_limit, &QTimer::timeout, this, [this] {
@@ -70,7 +79,7 @@ Application::~Application() = default;
 
 void Application::start()
 {
-    m_frontEnd.start();
+    m_frontEnd->start(m_core);
     m_core.start();
 }
 
@@ -103,7 +112,7 @@ void Application::finish()
     }
     m_phase = Phase::Finished;
     m_limit.stop();
-    m_output.flush(outputLimitMs);
+    m_frontEnd->finish();
     Q_EMIT finished();
 }
 

@@ -2,13 +2,12 @@
 #pragma once
 
 #include "app/Core.h"
+#include "app/FrontEnd.h"
 #include "app/PracticeWorld.h"
+#include "app/SurfaceKind.h"
 #include "system/KeyringSecretStore.h"
 #include "system/linux/SyslogLog.h"
 #include "system/linux/TerminationSignals.h"
-#include "ui/terminal/LineSource.h"
-#include "ui/terminal/TerminalFrontEnd.h"
-#include "ui/terminal/TerminalOutput.h"
 
 #include <QObject>
 #include <QTimer>
@@ -24,8 +23,13 @@ class Application final : public QObject
     Q_OBJECT
 
 public:
-    /// With a practice world, that takes the place of the operator's; it is null otherwise.
-    Application(Places places, std::unique_ptr<PracticeWorld> practice, const Clock &clock);
+    struct Parts {
+        Places places;
+        std::unique_ptr<PracticeWorld> practice; ///< in place of the operator's world; may be null
+        SurfaceKind surface = SurfaceKind::Terminal;
+    };
+
+    Application(Parts parts, const Clock &clock);
     ~Application() override;
 
     void start();
@@ -43,10 +47,8 @@ private:
     SyslogLog m_log;
     std::unique_ptr<PracticeWorld> m_practice;
     KeyringSecretStore m_keyring;
+    std::unique_ptr<FrontEnd> m_frontEnd;
     Core m_core;
-    TerminalOutput m_output;
-    std::unique_ptr<LineSource> m_input;
-    TerminalFrontEnd m_frontEnd;
     TerminationSignals m_signals;
     QTimer m_limit; ///< of the phase of the end that is under way
 

@@ -16,9 +16,11 @@ constexpr AuditLogLimits auditLimits {
 
 Core::Core(const World &world)
     : m_log(world.log)
+    , m_environment(world.places.environment)
     , m_config(world.places.environment, world.places.account)
     , m_tasks(world.log)
     , m_preferences(world.places.preferencesFile)
+    , m_language(m_preferences)
     , m_audit(world.places.dataFolder, auditLimits, world.log)
     , m_identities(world.secrets, m_preferences, world.log)
     , m_credentials(m_config, world.secrets, m_preferences, world.log)

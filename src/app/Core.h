@@ -11,6 +11,7 @@
 #include "monitor/ApprovalMonitor.h"
 #include "system/BackgroundTasks.h"
 #include "system/Preferences.h"
+#include "ui/language/LanguageChoice.h"
 
 namespace bram
 {
@@ -47,12 +48,16 @@ public:
     AuditLogStore &audit() { return m_audit; }
     GatewaySession &session() { return m_session; }
     GatewayStatus &status() { return m_status; }
+    LanguageChoice &language() { return m_language; }
+    const Environment &environment() const { return m_environment; }
 
 private:
     SystemLog &m_log;
+    Environment m_environment;
     BrackwenConfig m_config;
     BackgroundTasks m_tasks;
     Preferences m_preferences;
+    LanguageChoice m_language;
     AuditLogStore m_audit;
     DeviceIdentityStore m_identities;
     GatewayCredentialStore m_credentials;

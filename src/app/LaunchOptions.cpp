@@ -17,8 +17,8 @@ parseLaunchOptions(const QStringList &arguments)
         "agent platform's gateway and takes back allow once, allow always or deny."_s);
     const QCommandLineOption help = parser.addHelpOption();
     const QCommandLineOption version = parser.addVersionOption();
-    const QCommandLineOption terminal(
-        u"terminal"_s, u"Ask in the terminal (also the default, as long as there is no other)."_s);
+    const QCommandLineOption terminal(u"terminal"_s,
+                                      u"Ask in the terminal, also where there is a display."_s);
     const QCommandLineOption practice(
         u"practice"_s,
         u"Try it: a practice gateway sends sample requests. Nothing is real, nothing is executed, "

@@ -5,12 +5,17 @@
 #include "app/PracticeWorld.h"
 #include "app/SingleInstanceLock.h"
 #include "system/Clock.h"
+#include "system/linux/DisplayServer.h"
 #include "system/linux/StandardStreams.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 
+#include <algorithm>
+#include <array>
 #include <csignal>
 #include <cstdio>
+#include <memory>
+#include <string_view>
 
 namespace
 {
@@ -34,7 +39,8 @@ bool wantsPractice(const bram::LaunchOptions &options, const bram::Places &place
         && !bram::BrackwenConfig(places.environment, places.account).isPresent();
 }
 
-int runApplication(QCoreApplication &application, const bram::LaunchOptions &options)
+int runProgram(QCoreApplication &application, const bram::LaunchOptions &options,
+               bram::SurfaceKind surface)
 {
     // A reader that goes away is an error of that write, not the end of this program.
     std::signal(SIGPIPE, SIG_IGN);
@@ -62,11 +68,37 @@ int runApplication(QCoreApplication &application, const bram::LaunchOptions &opt
         return EXIT_SUCCESS; // the copy that is running already wins, without a word
     }
 
-    bram::Application program(std::move(places), std::move(practice), clock);
+    bram::Application program(
+        {.places = std::move(places), .practice = std::move(practice), .surface = surface}, clock);
     QObject::connect(&program, &bram::Application::finished, &application, &QCoreApplication::quit,
                      Qt::QueuedConnection);
     program.start();
     return application.exec();
+}
+
+/// Decided before the command line can be read properly, because that needs an application object, and
+/// which one is the question.
+bram::SurfaceKind surfaceFor(int argc, char **argv)
+{
+    constexpr std::array<std::string_view, 6> forTerminal {"--terminal", "-terminal", "--help",
+                                                           "-h",         "--version", "-v"};
+    for (int i = 1; i < argc; ++i) {
+        if (std::ranges::find(forTerminal, argv[i]) != forTerminal.end()) {
+            return bram::SurfaceKind::Terminal;
+        }
+    }
+    return bram::isDisplayUsable() ? bram::SurfaceKind::Desktop : bram::SurfaceKind::Terminal;
+}
+
+std::unique_ptr<QCoreApplication> makeApplication(int &argc, char **argv, bram::SurfaceKind surface)
+{
+    if (surface == bram::SurfaceKind::Terminal) {
+        return std::make_unique<QCoreApplication>(argc, argv);
+    }
+    auto application = std::make_unique<QApplication>(argc, argv);
+    QApplication::setQuitOnLastWindowClosed(false);
+    QGuiApplication::setDesktopFileName(QStringLiteral("bram"));
+    return application;
 }
 
 } // namespace
@@ -74,7 +106,8 @@ int runApplication(QCoreApplication &application, const bram::LaunchOptions &opt
 int main(int argc, char **argv)
 {
     bram::openClosedStandardStreams();
-    QCoreApplication application(argc, argv);
+    const bram::SurfaceKind surface = surfaceFor(argc, argv);
+    const auto application = makeApplication(argc, argv, surface);
     QCoreApplication::setApplicationName(QStringLiteral("bram"));
     QCoreApplication::setApplicationVersion(QStringLiteral(BRAM_VERSION));
 
@@ -89,5 +122,5 @@ int main(int argc, char **argv)
         print(stdout, text->text);
         return EXIT_SUCCESS;
     }
-    return runApplication(application, std::get<bram::LaunchOptions>(*options));
+    return runProgram(*application, std::get<bram::LaunchOptions>(*options), surface);
 }

@@ -128,7 +128,7 @@ void StatusMenu::labelRows()
     m_window.setText(tr("Open Window…"));
     m_controlUi.setText(tr("Open Control UI"));
     m_clearPending.setText(tr("Clear Pending Approvals"));
-    m_languages.setTitle(tr("Language"));
+    m_languages.setTitle(tr("Language (언어)"));
     m_about.setText(tr("About BrackwenApprovalsMenu"));
     m_quit.setText(tr("Quit BrackwenApprovalsMenu"));
     m_english.setChecked(m_language.current() == MenuLanguage::English);

@@ -31,6 +31,9 @@ class StatusMenu final : public QObject
     Q_OBJECT
 
 public:
+    /// Gateway, token, notifications, and the lock on remote approvals.
+    static constexpr qsizetype statusRowCount = 4;
+
     StatusMenu(DesktopActions &actions, const LanguageChoice &language, MenuDrawing drawing);
 
     QMenu &menu() { return m_menu; }
@@ -41,9 +44,6 @@ public:
     void retranslate();
 
 private:
-    /// Gateway, token, notifications, and the lock on remote approvals.
-    static constexpr qsizetype statusRowCount = 4;
-
     void build();
     void buildBulkMenu();
     void buildLanguageMenu();

@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "app/FrontEnd.h"
+#include "monitor/ApprovalNotifications.h"
+#include "system/linux/DesktopNotifications.h"
+#include "ui/desktop/ApprovalPopupPresenter.h"
+#include "ui/desktop/DesktopFrontEnd.h"
+
+#include <memory>
+
+namespace bram
+{
+
+class Clock;
+class SystemLog;
+
+/// The front-end on a desktop: tray icon, menu, popup, notifications, windows.
+class DesktopSession final : public FrontEnd
+{
+    Q_OBJECT
+
+public:
+    DesktopSession(const Clock &clock, SystemLog &log);
+
+    MonitorPorts ports() override;
+    void start(Core &core) override;
+    void finish() override;
+
+private:
+    const Clock &m_clock;
+    DesktopNotifications m_notificationService;
+    ApprovalNotifications m_notifications;
+    ApprovalPopupPresenter m_popup;
+    std::unique_ptr<DesktopFrontEnd> m_frontEnd;
+};
+
+} // namespace bram

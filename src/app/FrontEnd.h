@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "monitor/MonitorPorts.h"
+
+#include <QObject>
+
+namespace bram
+{
+
+class Core;
+
+/// What the operator sees of the program: the desktop or a terminal. Made before the core, because the
+/// core calls its ports, and started once the core is there.
+class FrontEnd : public QObject
+{
+    Q_OBJECT
+
+public:
+    virtual MonitorPorts ports() { return {}; }
+    /// Shows itself. `core` lives longer than this front-end is used.
+    virtual void start(Core &core) = 0;
+    /// The end of the program: nothing is asked any more, and what was said is out.
+    virtual void finish() = 0;
+
+Q_SIGNALS:
+    void quitRequested();
+};
+
+} // namespace bram

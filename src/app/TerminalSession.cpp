@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "app/TerminalSession.h"
+
+#include "app/Core.h"
+#include "ui/terminal/TerminalInput.h"
+
+#include <unistd.h>
+
+namespace bram
+{
+
+namespace
+{
+constexpr int outputLimitMs = 500;
+} // namespace
+
+TerminalSession::TerminalSession(const Clock &clock)
+    : m_clock(clock)
+    , m_output(STDOUT_FILENO)
+    , m_input(makeLineSource(STDIN_FILENO, m_output))
+{
+}
+
+void TerminalSession::start(Core &core)
+{
+    m_dialogue = std::make_unique<TerminalFrontEnd>(core.monitor(), *m_input, m_output, m_clock);
+    connect(m_dialogue.get(), &TerminalFrontEnd::quitRequested, this, &FrontEnd::quitRequested);
+    m_dialogue->start();
+}
+
+void TerminalSession::finish()
+{
+    m_output.flush(outputLimitMs);
+}
+
+} // namespace bram

@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "app/FrontEnd.h"
+#include "ui/terminal/LineSource.h"
+#include "ui/terminal/TerminalFrontEnd.h"
+#include "ui/terminal/TerminalOutput.h"
+
+#include <memory>
+
+namespace bram
+{
+
+class Clock;
+
+/// The front-end on this process's standard input and output.
+class TerminalSession final : public FrontEnd
+{
+    Q_OBJECT
+
+public:
+    explicit TerminalSession(const Clock &clock);
+
+    void start(Core &core) override;
+    void finish() override;
+
+private:
+    const Clock &m_clock;
+    TerminalOutput m_output;
+    std::unique_ptr<LineSource> m_input;
+    std::unique_ptr<TerminalFrontEnd> m_dialogue;
+};
+
+} // namespace bram

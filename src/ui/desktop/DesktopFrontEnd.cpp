@@ -1,0 +1,214 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "ui/desktop/DesktopFrontEnd.h"
+
+#include "monitor/ApprovalMonitor.h"
+#include "monitor/ApprovalNotifications.h"
+#include "system/NextTurn.h"
+#include "ui/desktop/AboutWindow.h"
+#include "ui/desktop/ApprovalPopupPresenter.h"
+#include "ui/desktop/CrestIcon.h"
+#include "ui/desktop/RequestDetailsWindow.h"
+#include "ui/desktop/StatusWindow.h"
+#include "ui/language/LanguageChoice.h"
+
+#include <QApplication>
+
+#include <algorithm>
+#include <chrono>
+
+namespace bram
+{
+
+using namespace std::chrono_literals;
+
+namespace
+{
+constexpr auto pauseBetweenRefreshes = 100ms;
+
+void bringToFront(QWidget &window)
+{
+    window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
+    window.show();
+    window.raise();
+    window.activateWindow();
+}
+} // namespace
+
+DesktopFrontEnd::DesktopFrontEnd(const Collaborators &collaborators)
+    : m_collaborators(collaborators)
+    , m_actions({.monitor = collaborators.monitor,
+                 .language = collaborators.language,
+                 .environment = collaborators.environment,
+                 .clock = collaborators.clock})
+    , m_menu(m_actions, collaborators.language, MenuDrawing::TrayHost)
+{
+    m_pause.setSingleShot(true);
+    m_pause.setInterval(pauseBetweenRefreshes);
+    connect(&m_pause, &QTimer::timeout, this, [this] {
+        if (std::exchange(m_refreshScheduled, false)) {
+            refresh();
+        }
+    });
+    followMonitor();
+    followWishes();
+}
+
+DesktopFrontEnd::~DesktopFrontEnd() = default;
+
+void DesktopFrontEnd::followMonitor()
+{
+    const ApprovalBoard &board = m_collaborators.monitor.board();
+    connect(&board, &ApprovalBoard::displayItemsChanged, this, &DesktopFrontEnd::scheduleRefresh);
+    connect(&board, &ApprovalBoard::historyChanged, this, &DesktopFrontEnd::scheduleRefresh);
+    connect(&board, &ApprovalBoard::requestRemoved, this, &DesktopFrontEnd::onRequestRemoved);
+    connect(&m_collaborators.monitor.gatewayStatus(), &GatewayStatus::statusLinesChanged, this,
+            &DesktopFrontEnd::scheduleRefresh);
+    connect(&m_collaborators.notifications, &ApprovalNotifications::statusLinesChanged, this,
+            &DesktopFrontEnd::scheduleRefresh);
+    connect(&m_collaborators.notifications, &ApprovalNotifications::decisionChosen, this,
+            [this](const QString &approvalId, ApprovalDecision decision) {
+                m_collaborators.monitor.decisions().resolve(
+                    approvalId, decision, DecisionOrigin::local(), ActivityTracking::Record);
+            });
+    connect(&m_collaborators.language, &LanguageChoice::languageChanged, this,
+            &DesktopFrontEnd::onLanguageChanged);
+}
+
+void DesktopFrontEnd::followWishes()
+{
+    connect(&m_tray, &TrayIcon::hostedChanged, this, &DesktopFrontEnd::onTrayHosted);
+    connect(&m_tray, &TrayIcon::activated, this, &DesktopFrontEnd::showWindow);
+    connect(&m_actions, &DesktopActions::windowRequested, this, &DesktopFrontEnd::showWindow);
+    connect(&m_actions, &DesktopActions::detailsRequested, this, &DesktopFrontEnd::showDetails);
+    connect(&m_actions, &DesktopActions::changedSinceShown, this, &DesktopFrontEnd::showDetails);
+    connect(&m_actions, &DesktopActions::aboutRequested, this, &DesktopFrontEnd::showAbout);
+    connect(&m_actions, &DesktopActions::quitRequested, this, &DesktopFrontEnd::quitRequested);
+}
+
+void DesktopFrontEnd::start()
+{
+    refresh();
+    m_tray.setMenu(&m_menu.menu());
+    m_tray.start();
+    QApplication::setWindowIcon(applicationIcon());
+    m_collaborators.notifications.start();
+}
+
+void DesktopFrontEnd::scheduleRefresh()
+{
+    if (m_refreshScheduled) {
+        return;
+    }
+    m_refreshScheduled = true;
+    if (!m_pause.isActive()) {
+        inNextTurn(this, [this] {
+            if (std::exchange(m_refreshScheduled, false)) {
+                refresh();
+                m_pause.start();
+            }
+        });
+    }
+}
+
+StatusMenuContent DesktopFrontEnd::content() const
+{
+    const ApprovalBoard &board = m_collaborators.monitor.board();
+    const NotificationLine &notifications = m_collaborators.notifications.line();
+    return {
+        .status
+        = statusLines(m_collaborators.monitor.gatewayStatus().lines(),
+                      {notifications.notificationStatus, notifications.notificationIndicator},
+                      m_collaborators.language.current()),
+        .pending = board.displayItems(),
+        .history = board.history(),
+    };
+}
+
+void DesktopFrontEnd::refresh()
+{
+    const ApprovalBoard &board = m_collaborators.monitor.board();
+    const GatewayStatus::Lines &gateway = m_collaborators.monitor.gatewayStatus().lines();
+    const auto &active = board.activePopupItem();
+    m_tray.setLook({.connection = gateway.connectionIndicator,
+                    .badgeCount = board.menuBadgeCount(),
+                    .activeApprovalId = active ? active->approvalId : QString(),
+                    .toolTip = trayToolTip(gateway, board.menuBadgeCount())});
+    const qsizetype others = board.menuBadgeCount() - (active ? 1 : 0);
+    m_collaborators.popup.setWaitingCount(std::max<qsizetype>(others, 0));
+    const StatusMenuContent now = content();
+    m_menu.update(now);
+    if (m_window && m_window->isVisible()) {
+        m_window->update(now);
+    }
+}
+
+void DesktopFrontEnd::onRequestRemoved(const QString &approvalId, ApprovalHistoryState state)
+{
+    m_collaborators.popup.showOutcome(approvalId, state);
+}
+
+void DesktopFrontEnd::onLanguageChanged()
+{
+    // Windows follow by themselves.
+    m_menu.retranslate();
+    refresh();
+}
+
+void DesktopFrontEnd::onTrayHosted(bool hosted)
+{
+    if (hosted) {
+        if (m_window) {
+            m_window->setRole(StatusWindow::Role::Optional);
+            m_window->hide();
+        }
+        return;
+    }
+    StatusWindow &shown = window();
+    shown.setRole(StatusWindow::Role::OnlySurface);
+    shown.update(content());
+    // It must not take the keyboard from what the operator is doing.
+    shown.setAttribute(Qt::WA_ShowWithoutActivating, true);
+    shown.show();
+    shown.setAttribute(Qt::WA_ShowWithoutActivating, false);
+}
+
+StatusWindow &DesktopFrontEnd::window()
+{
+    if (!m_window) {
+        m_window = std::make_unique<StatusWindow>(m_actions, m_collaborators.language);
+    }
+    return *m_window;
+}
+
+void DesktopFrontEnd::showWindow()
+{
+    window().update(content());
+    bringToFront(window());
+}
+
+void DesktopFrontEnd::showDetails(const QString &approvalId)
+{
+    const ApprovalBoard &board = m_collaborators.monitor.board();
+    const auto row
+        = std::ranges::find(board.history(), approvalId, &ApprovalHistoryEntry::approvalId);
+    const ApprovalItem *pending = board.find(approvalId);
+    if (pending == nullptr && row == board.history().end()) {
+        return; // cleared meanwhile
+    }
+    const RequestDetails details
+        = pending != nullptr ? RequestDetails::of(*pending) : RequestDetails::of(*row);
+    if (!m_details) {
+        m_details = std::make_unique<RequestDetailsWindow>();
+    }
+    m_details->open(details);
+}
+
+void DesktopFrontEnd::showAbout()
+{
+    if (!m_about) {
+        m_about = std::make_unique<AboutWindow>();
+    }
+    bringToFront(*m_about);
+}
+
+} // namespace bram

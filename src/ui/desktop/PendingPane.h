@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "model/ApprovalDecision.h"
+#include "ui/desktop/PendingModel.h"
+
+#include <QLabel>
+#include <QListView>
+#include <QPushButton>
+#include <QWidget>
+
+#include <optional>
+
+namespace bram
+{
+
+class CommandTextView;
+class DesktopActions;
+
+/// The pending requests in a window: a list, and of the one that is selected the whole command and what
+/// can be done about it. Nothing is ever selected but by the operator's hand, so that no request slides
+/// under a button.
+class PendingPane final : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit PendingPane(DesktopActions &actions, QWidget *parent = nullptr);
+
+    void setItems(const QList<ApprovalItem> &items);
+    void retranslate();
+
+protected:
+    void changeEvent(QEvent *event) override;
+
+private:
+    std::optional<ApprovalItem> selected() const;
+    void build();
+    QWidget *makeDetails();
+    void showSelected();
+    void recolour();
+    void decide(ApprovalDecision decision);
+
+    DesktopActions &m_actions;
+    PendingModel m_model;
+    QLabel *m_title;
+    QListView *m_list;
+    QLabel *m_facts;
+    QLabel *m_warning;
+    CommandTextView *m_command;
+    QPushButton *m_allowOnce;
+    QPushButton *m_alwaysAllow;
+    QPushButton *m_deny;
+    QPushButton *m_copyDetails;
+    QPushButton *m_copyId;
+};
+
+} // namespace bram

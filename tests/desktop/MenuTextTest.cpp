@@ -1,0 +1,104 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "ui/desktop/MenuText.h"
+#include "ui/desktop/MenuRows.h"
+
+#include <gtest/gtest.h>
+
+namespace bram
+{
+namespace
+{
+
+using namespace Qt::StringLiterals;
+
+/// What a panel shows for a label: the toolkit turns the first "&" that is not the last character into
+/// "_"; the panel drops a "_", and shows "_" for two.
+QString shownByTrayHost(QString label)
+{
+    const qsizetype mark = label.indexOf(u'&');
+    if (mark >= 0 && mark != label.size() - 1) {
+        label[mark] = u'_';
+    }
+    QString shown;
+    for (qsizetype i = 0; i < label.size(); ++i) {
+        if (label.at(i) != u'_') {
+            shown += label.at(i);
+        } else if (i + 1 < label.size() && label.at(i + 1) == u'_') {
+            shown += label.at(++i);
+        }
+    }
+    return shown;
+}
+
+/// What a menu of this toolkit shows.
+QString shownByOwnWindow(const QString &label)
+{
+    QString shown;
+    for (qsizetype i = 0; i < label.size(); ++i) {
+        if (label.at(i) == u'&' && i + 1 < label.size()) {
+            ++i;
+        }
+        shown += label.at(i);
+    }
+    return shown;
+}
+
+TEST(MenuText, noCharacterOfACommandDisappearsFromALabel)
+{
+    for (const QString &text : {u"make all && rm -rf my_build & wait"_s, u"x&"_s, u"&"_s, u"&&"_s,
+                                u"_"_s, u"__init__.py"_s, u"_x & y_"_s, u"a_b"_s,
+                                u"curl 'http://h/?a=1&b=2'"_s, u"plain"_s, u""_s}) {
+        EXPECT_EQ(shownByTrayHost(menuLabel(text, MenuDrawing::TrayHost)), text);
+        EXPECT_EQ(shownByOwnWindow(menuLabel(text, MenuDrawing::OwnWindow)), text);
+    }
+}
+
+TEST(MenuText, aShortenedCommandSaysThatItIsShortened)
+{
+    const QString sixty(60, u'x');
+    EXPECT_EQ(shortenedCommand(sixty), sixty);
+    EXPECT_EQ(shortenedCommand(sixty + u'y'), sixty + u'…');
+    EXPECT_EQ(shortenedCommand(u"ls\nrm -rf /"_s), u"ls…"_s);
+    EXPECT_EQ(shortenedCommand(u"ls\u202E-la"_s), u"ls⟨U+202E⟩-la"_s);
+    EXPECT_TRUE(shortenedCommand(QString(1'000'000, u'x')).endsWith(u'…'));
+}
+
+TEST(MenuText, aCommandIsWholeOrSaysThatItIsNot)
+{
+    const MenuCommandRows whole = commandRows(QString(100, u'x') + u"\nsecond"_s);
+    EXPECT_TRUE(whole.isWhole);
+    EXPECT_EQ(whole.rows, (QStringList {QString(64, u'x'), QString(36, u'x'), u"second"_s}));
+
+    EXPECT_TRUE(commandRows(QString(640, u'x')).isWhole);
+    EXPECT_FALSE(commandRows(QString(641, u'x')).isWhole);
+    EXPECT_FALSE(commandRows(u"line\n"_s.repeated(3000)).isWhole);
+}
+
+ApprovalItem item(const char *id, const char *command = "ls")
+{
+    ApprovalItem made;
+    made.approvalId = QString::fromLatin1(id);
+    made.command = QString::fromLatin1(command);
+    return made;
+}
+
+TEST(MenuRows, nothingMovesInAnOpenMenu)
+{
+    const auto shown = rowsOfClosedMenu({item("a"), item("b"), item("c")});
+    // b ended, c came again with another command, d is new and the board lists it first.
+    const auto rows = rowsOfOpenMenu(shown, {item("d"), item("a"), item("c", "rm -rf /")});
+    EXPECT_EQ(rows,
+              (QList<MenuRow> {{item("a"), true},
+                               {item("b"), false},
+                               {item("c"), false},
+                               {item("d"), true},
+                               {item("c", "rm -rf /"), true}}));
+    EXPECT_EQ(rowsOfOpenMenu(rows, {item("a")}).size(), rows.size());
+    // What has ended stays so under the pointer, even when the same request is asked again.
+    const auto again = rowsOfOpenMenu(rows, {item("b")});
+    EXPECT_FALSE(again.at(1).isPending);
+    EXPECT_EQ(again.constLast(), (MenuRow {item("b"), true}));
+}
+
+} // namespace
+} // namespace bram

@@ -1,0 +1,209 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "ui/desktop/StatusMenu.h"
+#include "monitor/MonitorFixture.h"
+#include "ui/desktop/DesktopActions.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+
+namespace bram
+{
+namespace
+{
+
+using namespace Qt::StringLiterals;
+
+/// The menu over the real core, operated through its actions as a panel does.
+class StatusMenuTest : public test::MonitorFixture
+{
+protected:
+    void SetUp() override
+    {
+        makeConnectedCore();
+        actions = std::make_unique<DesktopActions>(DesktopActions::Collaborators {
+            .monitor = monitor(),
+            .language = core->language(),
+            .environment = core->environment(),
+            .clock = clock,
+        });
+        statusMenu
+            = std::make_unique<StatusMenu>(*actions, core->language(), MenuDrawing::OwnWindow);
+        QObject::connect(&board(), &ApprovalBoard::displayItemsChanged, statusMenu.get(),
+                         [this] { update(); });
+    }
+
+    void TearDown() override
+    {
+        statusMenu.reset();
+        actions.reset();
+    }
+
+    void update()
+    {
+        statusMenu->update({.status = {{u"Gateway connected"_s, IndicatorState::Green}},
+                            .pending = board().displayItems(),
+                            .history = board().history()});
+    }
+
+    void requestAndShow(const ApprovalItem &wanted)
+    {
+        request(wanted);
+        ASSERT_TRUE(test::waitUntil([&] {
+            return texts(*submenu("Pending"))
+                .join(u'|')
+                .contains(menuLabel(wanted.command, MenuDrawing::OwnWindow));
+        }));
+    }
+
+    static QStringList texts(const QMenu &menu)
+    {
+        QStringList result;
+        for (const QAction *action : menu.actions()) {
+            if (action->isVisible() && !action->isSeparator()) {
+                result += action->text();
+            }
+        }
+        return result;
+    }
+
+    static QAction *entry(const QMenu &menu, const char *beginning)
+    {
+        for (QAction *action : menu.actions()) {
+            if (action->isVisible() && action->text().startsWith(QString::fromUtf8(beginning))) {
+                return action;
+            }
+        }
+        qFatal("no menu entry begins with %s", beginning);
+    }
+
+    QMenu *submenu(const char *beginning) const
+    {
+        return entry(statusMenu->menu(), beginning)->menu();
+    }
+
+    /// The submenu of the pending request in this row.
+    QMenu *requestMenu(qsizetype row) const
+    {
+        return submenu("Pending")->actions().at(row)->menu();
+    }
+
+    std::unique_ptr<DesktopActions> actions;
+    std::unique_ptr<StatusMenu> statusMenu;
+};
+
+TEST_F(StatusMenuTest, eachEntryOfARequestDoesWhatItSays)
+{
+    struct Case {
+        const char *entry;
+        ApprovalDecision decision;
+    };
+    int number = 0;
+    for (const Case &tried : {Case {"Allow Once", ApprovalDecision::AllowOnce},
+                              Case {"Always Allow", ApprovalDecision::AllowAlways},
+                              Case {"Deny", ApprovalDecision::Deny}}) {
+        const QByteArray id = "request-" + QByteArray::number(++number);
+        requestAndShow(item(id.constData(), "make_all && run"));
+        entry(*requestMenu(0), tried.entry)->trigger();
+        ASSERT_TRUE(waitSettled(number));
+        EXPECT_EQ(settled.constLast().approvalId, QString::fromLatin1(id));
+        EXPECT_EQ(settled.constLast().decision, tried.decision);
+        ASSERT_TRUE(test::waitUntil([&] { return board().displayItems().isEmpty(); }));
+    }
+    requestAndShow(item("copied", "copy me"));
+    entry(*requestMenu(0), "Copy Details")->trigger();
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), item("copied", "copy me").pretty());
+    entry(*requestMenu(0), "Copy Approval ID")->trigger();
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), u"copied"_s);
+    entry(*submenu("All Pending"), "Copy all")->trigger();
+    EXPECT_TRUE(QGuiApplication::clipboard()->text().contains(u"Count: 1\n\n[1]\nID: copied\n"_s));
+}
+
+TEST_F(StatusMenuTest, decidesOnlyWhatWasRead)
+{
+    requestAndShow(item("changing", "harmless"));
+    QStringList refused;
+    QObject::connect(actions.get(), &DesktopActions::changedSinceShown, actions.get(),
+                     [&](const QString &id) { refused += id; });
+    Q_EMIT statusMenu->menu().aboutToShow();
+    QAction *allow = entry(*requestMenu(0), "Allow Once");
+    request(item("late", "rm -rf /"));
+    gateway.announce(item("changing", "rm -rf /"));
+    ASSERT_TRUE(
+        test::waitUntil([&] { return board().find(u"changing"_s)->command == u"rm -rf /"_s; }));
+
+    allow->trigger();
+    EXPECT_EQ(refused, QStringList {u"changing"_s});
+    entry(*submenu("All Pending"), "Approve All")->trigger();
+    EXPECT_TRUE(monitor().decisions().isIdle()) << "one had changed and one came later";
+
+    // Once the menu is opened anew, it is about what it shows then.
+    Q_EMIT statusMenu->menu().aboutToHide();
+    ASSERT_TRUE(test::waitUntil([&] {
+        return texts(*submenu("Pending"))
+            == QStringList {u"HIGH RISK · main: rm -rf /"_s, u"HIGH RISK · main: rm -rf /"_s};
+    }));
+    Q_EMIT statusMenu->menu().aboutToShow();
+    entry(*submenu("All Pending"), "Approve All")->trigger();
+    ASSERT_TRUE(waitSettled(2));
+    EXPECT_EQ(received.size(), 2);
+}
+
+TEST_F(StatusMenuTest, anOpenMenuFollowsWithoutMoving)
+{
+    requestAndShow(item("first", "one"));
+    requestAndShow(item("second", "two"));
+    const QStringList before = texts(*submenu("Pending"));
+    Q_EMIT statusMenu->menu().aboutToShow();
+    const auto rowsOfTop = texts(statusMenu->menu()).size();
+
+    gateway.resolveElsewhere(u"second"_s);
+    requestAndShow(item("third", "three"));
+    const QStringList open = texts(*submenu("Pending"));
+    ASSERT_EQ(open.size(), 3);
+    EXPECT_EQ(open.constLast(), u"main: three"_s);
+    const qsizetype ended = before.indexOf(u"main: two"_s);
+    EXPECT_EQ(open.at(ended), u"(ended) main: two"_s);
+    EXPECT_FALSE(submenu("Pending")->actions().at(ended)->isEnabled());
+    EXPECT_EQ(open.at(1 - ended), before.at(1 - ended));
+    EXPECT_EQ(texts(statusMenu->menu()).size(), rowsOfTop);
+
+    Q_EMIT statusMenu->menu().aboutToHide();
+    EXPECT_TRUE(test::waitUntil([&] { return texts(*submenu("Pending")).size() == 2; }));
+}
+
+TEST_F(StatusMenuTest, manyRequestsAreListedUpToALimitThatIsSaid)
+{
+    for (int i = 0; i < 60; ++i) {
+        gateway.announce(item(qPrintable(u"request-%1"_s.arg(i)), "ls"));
+    }
+    ASSERT_TRUE(test::waitUntil(
+        [&] { return !board().history().isEmpty() && board().history().size() == 60; }));
+    update();
+    const QStringList rows = texts(*submenu("Pending"));
+    const qsizetype pending = board().displayItems().size();
+    EXPECT_EQ(rows.size(), std::min<qsizetype>(pending, 50) + (pending > 50 ? 1 : 0));
+    const QStringList history = texts(*submenu("Recent History"));
+    EXPECT_EQ(history.size(), HistoryMenu::mostRows + 2);
+}
+
+TEST_F(StatusMenuTest, anotherLanguageRelabelsEverything)
+{
+    requestAndShow(item("request", "harmless"));
+    const QStringList english
+        = texts(statusMenu->menu()) + texts(*requestMenu(0)) + texts(*submenu("All Pending"));
+    QMenu *pending = submenu("Pending");
+    QMenu *bulk = submenu("All Pending");
+    ASSERT_TRUE(core->language().choose(MenuLanguage::Korean));
+    statusMenu->retranslate();
+    const QStringList korean
+        = texts(statusMenu->menu()) + texts(*pending->actions().at(0)->menu()) + texts(*bulk);
+    ASSERT_EQ(korean.size(), english.size());
+    for (qsizetype i = 0; i < english.size(); ++i) {
+        const bool isFixed
+            = english.at(i) == u"Gateway connected"_s || english.at(i) == u"harmless"_s;
+        EXPECT_EQ(korean.at(i) == english.at(i), isFixed) << qPrintable(english.at(i));
+    }
+}
+
+} // namespace
+} // namespace bram
