@@ -2,6 +2,7 @@
 #include "ui/desktop/BadgeIcon.h"
 #include "ui/desktop/CrestIcon.h"
 
+#include <QFile>
 #include <QPainter>
 #include <QTemporaryDir>
 
@@ -160,8 +161,12 @@ TEST_P(Scales, everySizeOfTheCrestIsDrawnForItself)
     const int scale = GetParam();
     const QImage crest = crestBaseIcon().image(scale);
     EXPECT_EQ(crest.size(), QSize(22, 22) * scale);
-    const QImage drawn(u":/crest/MenuBarCrest-%1.png"_s.arg(QString::number(22 * scale)));
-    ASSERT_FALSE(drawn.isNull());
+    QFile file(u":/crest/MenuBarCrest-%1.argb"_s.arg(QString::number(22 * scale)));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QByteArray pixels = file.readAll();
+    ASSERT_EQ(pixels.size(), crest.sizeInBytes());
+    const QImage drawn(reinterpret_cast<const uchar *>(pixels.constData()), 22 * scale, 22 * scale,
+                       QImage::Format_ARGB32_Premultiplied);
     EXPECT_EQ(crest.convertToFormat(QImage::Format_ARGB32),
               drawn.convertToFormat(QImage::Format_ARGB32));
     // What a host gets for that size is that picture, not another one scaled.
@@ -223,7 +228,11 @@ TEST(CrestIcon, whereTheArtworkIsMissingTheNextPictureTakesItsPlace)
     icon.fill(Qt::magenta);
     ASSERT_TRUE(icon.save(folder.filePath(u"AppIcon-32.png"_s)));
     EXPECT_EQ(at(crestBaseIcon(folder.path()), 1, 11, 11), QColor(Qt::magenta));
-    ASSERT_TRUE(icon.scaled(22, 22).save(folder.filePath(u"MenuBarCrest-22.png"_s)));
+    // One file of three is not enough.
+    QFile one(folder.filePath(u"MenuBarCrest-22.argb"_s));
+    ASSERT_TRUE(one.open(QIODevice::WriteOnly));
+    one.write(QByteArray(22 * 22 * 4, '\0'));
+    one.close();
     EXPECT_EQ(at(crestBaseIcon(folder.path()), 1, 11, 11), QColor(Qt::magenta));
     EXPECT_FALSE(crestBaseIcon(folder.path()).isTemplate());
 

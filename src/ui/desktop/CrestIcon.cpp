@@ -15,6 +15,7 @@ using namespace Qt::StringLiterals;
 namespace
 {
 constexpr QSizeF baseSize(22, 22);
+const auto appIconWidths = {22, 32, 48, 64, 128, 256};
 constexpr qreal badgeDiameter = 12.0;
 constexpr qreal serviceDotDiameter = 7.5;
 
@@ -44,6 +45,18 @@ QIcon iconFromFiles(const QString &folder, const QString &name, std::initializer
     return icon;
 }
 
+/// A picture that the build has drawn; nothing when it is not there.
+QImage imageFromPixels(const QString &folder, QSize size)
+{
+    QFile file(u"%1/MenuBarCrest-%2.argb"_s.arg(folder, QString::number(size.width())));
+    QImage image(size, QImage::Format_ARGB32_Premultiplied);
+    if (!file.open(QIODevice::ReadOnly) || file.size() != image.sizeInBytes()
+        || file.read(reinterpret_cast<char *>(image.bits()), file.size()) != file.size()) {
+        return {};
+    }
+    return image;
+}
+
 int caseNumber(IndicatorState state)
 {
     switch (state) {
@@ -63,17 +76,18 @@ int caseNumber(IndicatorState state)
 PointImage crestBaseIcon(const QString &artworkFolder)
 {
     // One file for each scale, drawn pixel for pixel.
+    bool isComplete = true;
     PointImage crest(baseSize, [&](QPainter &painter, int scale) {
-        const QImage image(u"%1/MenuBarCrest-%2.png"_s.arg(
-            artworkFolder, QString::number(qRound(baseSize.width()) * scale)));
+        const QImage image = imageFromPixels(artworkFolder, baseSize.toSize() * scale);
+        isComplete = isComplete && !image.isNull();
         painter.drawImage(QRectF({}, baseSize), image);
     });
-    if (QFile::exists(u"%1/MenuBarCrest-22.png"_s.arg(artworkFolder))) {
+    if (isComplete) {
         return crest;
     }
-    for (const QIcon &icon : {QGuiApplication::windowIcon(),
-                              iconFromFiles(artworkFolder, u"AppIcon"_s, {32, 48, 64, 128, 256}),
-                              QIcon::fromTheme(u"bell"_s, QIcon::fromTheme(u"notifications"_s))}) {
+    for (const QIcon &icon :
+         {QGuiApplication::windowIcon(), iconFromFiles(artworkFolder, u"AppIcon"_s, appIconWidths),
+          QIcon::fromTheme(u"bell"_s, QIcon::fromTheme(u"notifications"_s))}) {
         if (!icon.isNull()) {
             return drawn(icon);
         }
@@ -116,12 +130,7 @@ QString iconRenderKey(qsizetype menuBadgeCount, IndicatorState connection,
 
 QIcon applicationIcon()
 {
-    const QString folder = u":/crest"_s;
-    QIcon icon = iconFromFiles(folder, u"MenuBarCrest"_s, {22});
-    for (const int width : {32, 48, 64, 128, 256}) {
-        icon.addFile(u"%1/AppIcon-%2.png"_s.arg(folder, QString::number(width)));
-    }
-    return icon;
+    return iconFromFiles(u":/crest"_s, u"AppIcon"_s, appIconWidths);
 }
 
 } // namespace bram

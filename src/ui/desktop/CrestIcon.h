@@ -25,7 +25,8 @@ PointImage menuBarIcon(IndicatorState connection, qsizetype menuBadgeCount);
 QString iconRenderKey(qsizetype menuBadgeCount, IndicatorState connection,
                       const QString &activeApprovalId);
 
-/// The crest for windows and the about text, from 22 to 256 pixels.
+/// The crest for windows and the about text, from 22 to 256 pixels. Looks for image formats, which takes
+/// about 2 ms once: not for the start of the program.
 QIcon applicationIcon();
 
 } // namespace bram
