@@ -42,13 +42,14 @@ void ApprovalRecorder::recordRequested(const ApprovalItem &item)
     m_createdAtMs.insert(item.approvalId, item.createdAtMs);
     ++m_metrics.requestedCount;
     logMetricsSnapshot(u"requested"_s, std::nullopt);
+    const auto &[command, risk, preview] = factsOf(item.command);
     m_collaborators.audit.append({.timestampMs = m_collaborators.clock.nowMs(),
                                   .kind = AuditKind::approvalRequested,
                                   .approvalId = item.approvalId,
                                   .agentId = item.agentId,
                                   .source = u"gateway"_s,
-                                  .risk = rawText(commandRiskLevel(item.command)),
-                                  .commandPreview = recordedPreview(item.command)});
+                                  .risk = risk,
+                                  .commandPreview = preview});
 }
 
 void ApprovalRecorder::recordDecisionRequested(const ApprovalItem &item, ApprovalDecision decision,
@@ -127,21 +128,23 @@ void ApprovalRecorder::recordExternalResolved(const QString &approvalId, const Q
     ++m_metrics.externalResolvedCount;
     const auto latencyMs = consumeLatencyMs(approvalId);
     logMetricsSnapshot(u"external"_s, latencyMs);
+    const auto &[command, risk, preview] = factsOf(item->command);
     m_collaborators.audit.append({.timestampMs = m_collaborators.clock.nowMs(),
                                   .kind = AuditKind::approvalResolvedExternal,
                                   .approvalId = approvalId,
                                   .agentId = item->agentId,
                                   .decision = u"resolved"_s,
                                   .source = source,
-                                  .risk = rawText(commandRiskLevel(item->command)),
+                                  .risk = risk,
                                   .latencyMs = latencyMs,
-                                  .commandPreview = recordedPreview(item->command)});
+                                  .commandPreview = preview});
 }
 
 AuditEventRecord ApprovalRecorder::decisionRecord(QLatin1StringView kind, const ApprovalItem &item,
                                                   ApprovalDecision decision,
-                                                  const DecisionOrigin &origin) const
+                                                  const DecisionOrigin &origin)
 {
+    const auto &[command, risk, preview] = factsOf(item.command);
     return {.timestampMs = m_collaborators.clock.nowMs(),
             .kind = kind,
             .approvalId = item.approvalId,
@@ -149,8 +152,16 @@ AuditEventRecord ApprovalRecorder::decisionRecord(QLatin1StringView kind, const 
             .decision = rawText(decision),
             .source = origin.source,
             .actor = origin.actor,
-            .risk = rawText(commandRiskLevel(item.command)),
-            .commandPreview = recordedPreview(item.command)};
+            .risk = risk,
+            .commandPreview = preview};
+}
+
+const ApprovalRecorder::CommandFacts &ApprovalRecorder::factsOf(const QString &command)
+{
+    if (!m_lastFacts || m_lastFacts->command != command) {
+        m_lastFacts = {command, rawText(commandRiskLevel(command)), recordedPreview(command)};
+    }
+    return *m_lastFacts;
 }
 
 std::optional<qint64> ApprovalRecorder::consumeLatencyMs(const QString &approvalId)

@@ -63,13 +63,21 @@ public:
 
 private:
     AuditEventRecord decisionRecord(QLatin1StringView kind, const ApprovalItem &item,
-                                    ApprovalDecision decision, const DecisionOrigin &origin) const;
+                                    ApprovalDecision decision, const DecisionOrigin &origin);
+    /// What of a command goes on record.
+    struct CommandFacts {
+        QString command;
+        QString risk;
+        QString preview;
+    };
+    const CommandFacts &factsOf(const QString &command);
     std::optional<qint64> consumeLatencyMs(const QString &approvalId);
     void logMetricsSnapshot(const QString &reason, std::optional<qint64> latencyMs);
 
     Collaborators m_collaborators;
     ApprovalMetrics m_metrics;
     QHash<QString, qint64> m_createdAtMs; ///< by approval id, while pending
+    std::optional<CommandFacts> m_lastFacts; ///< the events of one request often follow each other
 };
 
 /// The preview of a command as it may stand on record: with what looks like a secret masked.
