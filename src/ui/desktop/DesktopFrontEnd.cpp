@@ -90,7 +90,6 @@ void DesktopFrontEnd::start()
     refresh();
     m_tray.setMenu(&m_menu.menu());
     m_tray.start();
-    QApplication::setWindowIcon(applicationIcon());
     m_collaborators.notifications.start();
 }
 
@@ -156,6 +155,8 @@ void DesktopFrontEnd::onLanguageChanged()
 
 void DesktopFrontEnd::onTrayHosted(bool hosted)
 {
+    // Not earlier: to read it takes as long as a tenth of the whole start.
+    QApplication::setWindowIcon(applicationIcon());
     if (hosted) {
         if (m_window) {
             m_window->setRole(StatusWindow::Role::Optional);

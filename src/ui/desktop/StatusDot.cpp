@@ -37,6 +37,9 @@ QPixmap dotPixmap(IndicatorState state, int scale)
     painter.setPen(Qt::NoPen);
     painter.setBrush(colourOf(state));
     painter.drawEllipse(QRectF((side - diameter) / 2, (side - diameter) / 2, diameter, diameter));
+    painter.end();
+    // An icon chooses among its pictures by their sizes in pixels.
+    pixmap.setDevicePixelRatio(1);
     return pixmap;
 }
 } // namespace
