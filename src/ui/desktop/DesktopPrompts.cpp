@@ -1,0 +1,211 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "ui/desktop/DesktopPrompts.h"
+
+#include "system/Preferences.h"
+#include "system/Reply.h"
+
+#include <QDesktopServices>
+#include <QDir>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QUrl>
+
+#include <utility>
+
+namespace bram
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+constexpr auto positionProperty = "bramPosition"; ///< of a button: which answer it is
+
+QMessageBox *makeMessageBox(const QString &title, const QString &text)
+{
+    auto *box = new QMessageBox(nullptr); // deletes itself when it is closed
+    box->setWindowTitle(u"BrackwenApprovalsMenu"_s);
+    box->setTextFormat(Qt::PlainText);
+    box->setText(title);
+    box->setInformativeText(text);
+    return box;
+}
+
+/// In the order given, which the platform's own order of roles would not keep. The harmless one is what
+/// Escape and Enter mean.
+QMessageBox *makeQuestionBox(const Question &question)
+{
+    QMessageBox *box = makeMessageBox(question.title, question.text);
+    box->setIcon(QMessageBox::Question);
+    for (qsizetype i = 0; i < question.buttons.size(); ++i) {
+        QPushButton *button = box->addButton(question.buttons.at(i), QMessageBox::ActionRole);
+        button->setAutoDefault(false);
+        button->setProperty(positionProperty, i);
+        if (i == question.harmless) {
+            box->setEscapeButton(button);
+            box->setDefaultButton(button);
+        }
+    }
+    return box;
+}
+
+QFileDialog *makeFileDialog(const FileQuestion &question, const QString &folder)
+{
+    auto *dialog = new QFileDialog(nullptr, question.title, folder); // deletes itself when closed
+    switch (question.kind) {
+    case FileQuestion::Kind::SaveFile:
+        dialog->setAcceptMode(QFileDialog::AcceptSave);
+        dialog->setFileMode(QFileDialog::AnyFile);
+        dialog->selectFile(question.suggestedName);
+        break;
+    case FileQuestion::Kind::OpenFile:
+        dialog->setFileMode(QFileDialog::ExistingFile);
+        break;
+    case FileQuestion::Kind::Folder:
+        dialog->setFileMode(QFileDialog::Directory);
+        dialog->setOption(QFileDialog::ShowDirsOnly);
+        break;
+    }
+    if (!question.acceptLabel.isEmpty()) {
+        dialog->setLabelText(QFileDialog::Accept, question.acceptLabel);
+    }
+    return dialog;
+}
+} // namespace
+
+DesktopPrompts::DesktopPrompts(Preferences &preferences)
+    : m_preferences(preferences)
+{
+}
+
+DesktopPrompts::~DesktopPrompts()
+{
+    stop();
+}
+
+QCoro::Task<> DesktopPrompts::inform(Alert alert)
+{
+    co_await open(alert);
+}
+
+QCoro::Task<qsizetype> DesktopPrompts::ask(Question question)
+{
+    const qsizetype answer = co_await open(question);
+    co_return answer;
+}
+
+QCoro::Task<std::optional<QString>> DesktopPrompts::askForFile(FileQuestion question)
+{
+    const QPointer self(this);
+    const std::optional<QString> answer = co_await open(question);
+    if (self && answer) {
+        self->rememberFolder(question.rememberedAs, *answer);
+    }
+    co_return answer;
+}
+
+Reply<bool> DesktopPrompts::open(const Alert &alert)
+{
+    const ReplySource<bool> source(false);
+    enqueue([alert, source] {
+        QMessageBox *box = makeMessageBox(alert.title, alert.text);
+        box->setIcon(QMessageBox::Information);
+        box->addButton(QMessageBox::Ok);
+        connect(box, &QDialog::finished, box, [source] { source.answer(true); });
+        return box;
+    });
+    return source.reply();
+}
+
+Reply<qsizetype> DesktopPrompts::open(const Question &question)
+{
+    const ReplySource<qsizetype> source(question.harmless);
+    enqueue([question, source] {
+        QMessageBox *box = makeQuestionBox(question);
+        connect(box, &QDialog::finished, box, [box, question, source] {
+            const QAbstractButton *clicked = box->clickedButton();
+            source.answer(clicked == nullptr ? question.harmless
+                                             : clicked->property(positionProperty).toLongLong());
+        });
+        return box;
+    });
+    return source.reply();
+}
+
+Reply<std::optional<QString>> DesktopPrompts::open(const FileQuestion &question)
+{
+    const ReplySource<std::optional<QString>> source {std::nullopt};
+    enqueue([this, question, source] {
+        QFileDialog *dialog = makeFileDialog(question, lastFolder(question.rememberedAs));
+        connect(dialog, &QDialog::finished, dialog, [dialog, source](int result) {
+            source.answer(result == QDialog::Accepted
+                              ? std::optional(dialog->selectedFiles().value(0))
+                              : std::nullopt);
+        });
+        return dialog;
+    });
+    return source.reply();
+}
+
+QCoro::Task<bool> DesktopPrompts::openFile(QString path)
+{
+    co_return QDesktopServices::openUrl(QUrl::fromLocalFile(path));
+}
+
+void DesktopPrompts::stop()
+{
+    m_isStopped = true;
+    m_waiting.clear(); // their sources answer by going
+    delete m_open;
+}
+
+void DesktopPrompts::enqueue(MakeDialog make)
+{
+    if (m_isStopped) {
+        return;
+    }
+    m_waiting.push_back(std::move(make));
+    if (m_open == nullptr) {
+        showNext();
+    }
+}
+
+void DesktopPrompts::showNext()
+{
+    if (m_waiting.empty()) {
+        return;
+    }
+    const MakeDialog make = std::move(m_waiting.front());
+    m_waiting.pop_front();
+    m_open = make();
+    m_open->setAttribute(Qt::WA_DeleteOnClose);
+    m_open->setAttribute(Qt::WA_QuitOnClose, false);
+    m_open->setModal(false);
+    connect(m_open, &QObject::destroyed, this, [this] {
+        if (!m_isStopped) {
+            showNext();
+        }
+    });
+    m_open->show();
+    m_open->raise();
+    m_open->activateWindow();
+}
+
+QString DesktopPrompts::lastFolder(const QString &operation) const
+{
+    const QString stored
+        = m_preferences.text(u"dialogs.last-folder."_s + operation).value_or(QString());
+    return QFileInfo(stored).isDir() ? stored : QDir::homePath();
+}
+
+void DesktopPrompts::rememberFolder(const QString &operation, const QString &chosenPath)
+{
+    const QFileInfo chosen(chosenPath);
+    const QString folder = chosen.isDir() ? chosenPath : chosen.absolutePath();
+    m_preferences.setText(u"dialogs.last-folder."_s + operation, folder);
+    m_preferences.save();
+}
+
+} // namespace bram

@@ -1,0 +1,143 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "ui/desktop/DesktopPrompts.h"
+#include "support/Waiting.h"
+#include "system/Preferences.h"
+
+#include <QApplication>
+#include <QFile>
+#include <QFileDialog>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+namespace bram
+{
+namespace
+{
+
+using namespace Qt::StringLiterals;
+using test::waitUntil;
+
+template<typename T>
+QCoro::Task<> keep(QCoro::Task<T> task, std::optional<T> *answer)
+{
+    answer->emplace(co_await task);
+}
+
+class DesktopPromptsTest : public testing::Test
+{
+protected:
+    /// The dialog that is on the screen.
+    template<typename Dialog>
+    static Dialog *shown()
+    {
+        Dialog *found = nullptr;
+        EXPECT_TRUE(waitUntil([&] {
+            for (QWidget *window : QApplication::topLevelWidgets()) {
+                if (window->isVisible() && qobject_cast<Dialog *>(window) != nullptr) {
+                    found = qobject_cast<Dialog *>(window);
+                }
+            }
+            return found != nullptr;
+        }));
+        return found;
+    }
+
+    static Question question()
+    {
+        return {.title = u"Clear?"_s,
+                .text = u"<b>no markup</b>"_s,
+                .buttons = {u"Both"_s, u"App only"_s, u"Cancel"_s},
+                .harmless = 2};
+    }
+
+    QTemporaryDir folder;
+    Preferences preferences {folder.filePath(u"preferences.ini"_s)};
+    DesktopPrompts prompts {preferences};
+};
+
+TEST_F(DesktopPromptsTest, everyButtonIsItsAnswerAndTurningAwayIsTheHarmlessOne)
+{
+    for (qsizetype wanted = 0; wanted < 3; ++wanted) {
+        std::optional<qsizetype> answer;
+        const auto task = keep(prompts.ask(question()), &answer);
+        auto *box = shown<QMessageBox>();
+        ASSERT_EQ(box->informativeText(), u"<b>no markup</b>"_s);
+        ASSERT_EQ(box->textFormat(), Qt::PlainText);
+        EXPECT_FALSE(box->isModal()) << "requests must stay decidable";
+        for (QAbstractButton *button : box->buttons()) {
+            if (button->text() == question().buttons.at(wanted)) {
+                button->click();
+                break;
+            }
+        }
+        ASSERT_TRUE(waitUntil([&] { return answer.has_value(); }));
+        EXPECT_EQ(*answer, wanted);
+    }
+    std::optional<qsizetype> answer;
+    const auto task = keep(prompts.ask(question()), &answer);
+    shown<QMessageBox>()->close();
+    ASSERT_TRUE(waitUntil([&] { return answer.has_value(); }));
+    EXPECT_EQ(*answer, 2);
+}
+
+TEST_F(DesktopPromptsTest, oneComesAfterTheOtherAndTheEndAnswersAll)
+{
+    std::optional<qsizetype> first;
+    std::optional<qsizetype> second;
+    std::optional<std::optional<QString>> third;
+    const auto taskOne = keep(prompts.ask(question()), &first);
+    const auto taskTwo = keep(prompts.ask(question()), &second);
+    const auto taskThree = keep(prompts.askForFile({}), &third);
+    auto *box = shown<QMessageBox>();
+    const auto boxes = std::ranges::count_if(QApplication::topLevelWidgets(), [](QWidget *window) {
+        return window->isVisible() && qobject_cast<QMessageBox *>(window) != nullptr;
+    });
+    EXPECT_EQ(boxes, 1);
+    box->buttons().constFirst()->click();
+    ASSERT_TRUE(waitUntil([&] { return first.has_value(); }));
+    shown<QMessageBox>();
+    EXPECT_FALSE(second.has_value());
+
+    prompts.stop();
+    ASSERT_TRUE(waitUntil([&] { return second.has_value() && third.has_value(); }));
+    EXPECT_EQ(*second, 2);
+    EXPECT_EQ(*third, std::nullopt);
+    std::optional<qsizetype> late;
+    const auto taskLate = keep(prompts.ask(question()), &late);
+    EXPECT_TRUE(waitUntil([&] { return late.has_value(); }));
+}
+
+TEST_F(DesktopPromptsTest, eachOperationRemembersItsFolder)
+{
+    const QString chosen = folder.filePath(u"backup.txt"_s);
+    QFile file(chosen);
+    ASSERT_TRUE(file.open(QFile::WriteOnly));
+    file.close();
+    std::optional<std::optional<QString>> answer;
+    const FileQuestion restore {.kind = FileQuestion::Kind::OpenFile,
+                                .title = u"Restore"_s,
+                                .suggestedName = {},
+                                .acceptLabel = {},
+                                .rememberedAs = u"restore"_s};
+    const auto task = keep(prompts.askForFile(restore), &answer);
+    auto *dialog = shown<QFileDialog>();
+    EXPECT_NE(dialog->directory().path(), folder.path());
+    dialog->setDirectory(folder.path());
+    dialog->selectFile(chosen);
+    QMetaObject::invokeMethod(dialog, "accept");
+    ASSERT_TRUE(waitUntil([&] { return answer.has_value(); }));
+    EXPECT_EQ(*answer, std::optional(chosen));
+
+    std::optional<std::optional<QString>> again;
+    const auto taskAgain = keep(prompts.askForFile(restore), &again);
+    EXPECT_EQ(shown<QFileDialog>()->directory().path(), folder.path());
+    shown<QFileDialog>()->close();
+    ASSERT_TRUE(waitUntil([&] { return again.has_value(); }));
+    EXPECT_EQ(*again, std::nullopt);
+}
+
+} // namespace
+} // namespace bram
