@@ -58,6 +58,11 @@ int runProgram(QCoreApplication &application, const bram::LaunchOptions &options
         print(stdout,
               QStringLiteral("Practice mode: made-up requests; nothing is executed, nothing of "
                              "yours is touched.\n"));
+        if (surface == bram::SurfaceKind::Desktop) {
+            print(stdout,
+                  QStringLiteral("The first request comes in a popup; the menu of the shield in "
+                                 "the tray has everything else.\n"));
+        }
         auto world = bram::PracticeWorld::create(clock);
         if (!world) {
             print(stderr, QStringLiteral("bram: ") + world.error().message + u'\n');

@@ -2,8 +2,10 @@
 #include "system/KeyringSecretStore.h"
 
 #include "system/SystemLog.h"
+#include "system/linux/SecretServiceLock.h"
 
 #include <QCoreApplication>
+#include <QPointer>
 #include <QUtf8StringView>
 
 #include <qt6keychain/keychain.h>
@@ -25,6 +27,11 @@ std::unique_ptr<Job> makeJob(const QString &service, const QString &account)
     job->setKey(account);
     return job;
 }
+
+KeychainError lockedError()
+{
+    return {QKeychain::AccessDenied, u"the keyring is locked"_s};
+}
 } // namespace
 
 KeyringSecretStore::KeyringSecretStore(SystemLog &log)
@@ -35,6 +42,7 @@ KeyringSecretStore::KeyringSecretStore(SystemLog &log)
 KeyringSecretStore::KeyringSecretStore(SystemLog &log, TimeLimits limits)
     : m_log(log)
     , m_limits(limits)
+    , m_lock(std::make_unique<SecretServiceLock>())
 {
     m_noticeTimer.setSingleShot(true);
     m_limitTimer.setSingleShot(true);
@@ -50,8 +58,16 @@ KeyringSecretStore::~KeyringSecretStore()
 QCoro::Task<std::expected<std::optional<QString>, KeychainError>>
 KeyringSecretStore::get(QString service, QString account)
 {
+    const QPointer self(this);
     const Outcome outcome = co_await enqueue(makeJob<QKeychain::ReadPasswordJob>(service, account));
     if (outcome.status == QKeychain::EntryNotFound) {
+        bool isHeldBack = true;
+        if (self) {
+            isHeldBack = co_await self->askWhetherHeldBack(service, account);
+        }
+        if (isHeldBack) {
+            co_return std::unexpected(lockedError());
+        }
         co_return std::nullopt;
     }
     if (const auto result = toResult(outcome); !result) {
@@ -69,7 +85,7 @@ KeyringSecretStore::set(QString service, QString account, QString value,
 {
     auto job = makeJob<QKeychain::WritePasswordJob>(service, account);
     job->setTextData(value);
-    co_return toResult(co_await enqueue(std::move(job)));
+    co_return toResult(co_await enqueue(std::move(job), Overwrite::UnlessLocked));
 }
 
 QCoro::Task<std::expected<void, KeychainError>> KeyringSecretStore::remove(QString service,
@@ -83,12 +99,23 @@ QCoro::Task<std::expected<void, KeychainError>> KeyringSecretStore::remove(QStri
     co_return toResult(outcome);
 }
 
+Reply<bool> KeyringSecretStore::askWhetherHeldBack(const QString &service, const QString &account)
+{
+    // What could not be found out must not look absent: so says a source that goes unanswered.
+    const ReplySource<bool> source(true);
+    if (m_lock != nullptr) {
+        m_lock->ask(service, account, [source](bool isHeldBack) { source.answer(isHeldBack); });
+    }
+    return source.reply();
+}
+
 void KeyringSecretStore::stop()
 {
     m_state = State::Stopped;
+    m_lock.reset();
     m_noticeTimer.stop();
     m_limitTimer.stop();
-    if (m_running) {
+    if (m_running && m_isWithKeyring) {
         // The keyring still holds the job's address: it may only go away once it has come back.
         disconnect(m_running.get(), nullptr, this, nullptr);
         m_running->setAutoDelete(true);
@@ -106,13 +133,14 @@ std::expected<void, KeychainError> KeyringSecretStore::toResult(const Outcome &o
 }
 
 /// Not a coroutine, so that no waiting frame holds the source that answers it.
-Reply<KeyringSecretStore::Outcome> KeyringSecretStore::enqueue(std::unique_ptr<QKeychain::Job> job)
+Reply<KeyringSecretStore::Outcome> KeyringSecretStore::enqueue(std::unique_ptr<QKeychain::Job> job,
+                                                               Overwrite overwrite)
 {
     const ReplySource<Outcome> source(
         Outcome {QKeychain::OtherError, u"the keyring is no longer in use"_s, {}});
     switch (m_state) {
     case State::Working:
-        m_waiting.push_back({std::move(job), source});
+        m_waiting.push_back({std::move(job), source, overwrite});
         startNext();
         break;
     case State::Hung:
@@ -132,22 +160,46 @@ void KeyringSecretStore::startNext()
     }
     m_running = std::move(m_waiting.front().job);
     m_runningSource = std::move(m_waiting.front().source);
+    const Overwrite overwrite = m_waiting.front().overwrite;
     m_waiting.pop_front();
     m_noticeTimer.start(m_limits.notice);
     m_limitTimer.start(m_limits.operation);
     connect(m_running.get(), &QKeychain::Job::finished, this, &KeyringSecretStore::onFinished);
+    if (overwrite == Overwrite::Always) {
+        startRunning();
+        return;
+    }
+    // The library would ask for the password, and then overwrite what could not be read before.
+    m_lock->ask(m_running->service(), m_running->key(), [this](bool isHeldBack) {
+        if (isHeldBack || m_state != State::Working) {
+            finish({QKeychain::AccessDenied, lockedError().platformMessage, {}});
+        } else {
+            startRunning();
+        }
+    });
+}
+
+void KeyringSecretStore::startRunning()
+{
+    m_isWithKeyring = true;
     m_running->start();
 }
 
 void KeyringSecretStore::onFinished(QKeychain::Job *job)
 {
-    m_noticeTimer.stop();
-    m_limitTimer.stop();
-    m_state = State::Working;
     Outcome outcome {job->error(), job->errorString(), {}};
     if (const auto *read = qobject_cast<QKeychain::ReadPasswordJob *>(job)) {
         outcome.data = read->binaryData();
     }
+    finish(std::move(outcome));
+}
+
+void KeyringSecretStore::finish(Outcome outcome)
+{
+    m_noticeTimer.stop();
+    m_limitTimer.stop();
+    m_state = State::Working;
+    m_isWithKeyring = false;
     // The job is still emitting. It is destroyed in the next turn, also when there is none any
     // more.
     QMetaObject::invokeMethod(

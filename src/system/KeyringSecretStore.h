@@ -19,10 +19,12 @@ class Job;
 namespace bram
 {
 
+class SecretServiceLock;
 class SystemLog;
 
 /// The secrets in the desktop's keyring (Secret Service or wallet). Nothing is ever stored outside
-/// of it: without a keyring every operation fails at once.
+/// of it: without a keyring every operation fails at once. A secret that a locked keyring holds back is an
+/// error, not an absent one, and is not overwritten.
 ///
 /// One operation is with the keyring at a time, in the order they were asked for. One that has not
 /// come back after `TimeLimits::operation` fails, and so do all that wait behind it and all that
@@ -58,16 +60,25 @@ private:
         QString message;
         QByteArray data; ///< what a read has found
     };
+    enum class Overwrite {
+        Always,
+        UnlessLocked, ///< a secret that a locked keyring holds back stays
+    };
     struct Operation {
         std::unique_ptr<QKeychain::Job> job;
         ReplySource<Outcome> source;
+        Overwrite overwrite;
     };
 
+    Reply<bool> askWhetherHeldBack(const QString &service, const QString &account);
     static std::expected<void, KeychainError> toResult(const Outcome &outcome);
 
-    Reply<Outcome> enqueue(std::unique_ptr<QKeychain::Job> job);
+    Reply<Outcome> enqueue(std::unique_ptr<QKeychain::Job> job,
+                           Overwrite overwrite = Overwrite::Always);
     void startNext();
+    void startRunning();
     void onFinished(QKeychain::Job *job);
+    void finish(Outcome outcome);
     void onNotice();
     void onTimeLimit();
     void failAll(const QString &message);
@@ -82,8 +93,10 @@ private:
     TimeLimits m_limits;
     State m_state = State::Working;
     std::unique_ptr<QKeychain::Job> m_running; ///< never destroyed before it has come back
+    bool m_isWithKeyring = false; ///< `m_running` has been handed over
     std::optional<ReplySource<Outcome>> m_runningSource;
     std::deque<Operation> m_waiting;
+    std::unique_ptr<SecretServiceLock> m_lock; ///< null once stopped
     QTimer m_noticeTimer;
     QTimer m_limitTimer;
 };

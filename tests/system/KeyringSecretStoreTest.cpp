@@ -101,7 +101,8 @@ TEST_F(Keyring, LockedKeyringBlocksNothingAndIsUsableOnceUnlocked)
     const test::LoopStall stall;
     // Nobody can be asked for the password here, so the keyring gives up by itself.
     const auto read = get(u"locked"_s);
-    EXPECT_FALSE(read && *read);
+    ASSERT_FALSE(read) << "a secret that is held back is not an absent one";
+    EXPECT_EQ(get(u"never stored"_s).value(), std::nullopt);
     EXPECT_FALSE(set(u"locked"_s, u"overwritten"_s));
     EXPECT_LT(stall.worstMs(), 500);
 
