@@ -465,6 +465,25 @@
     </message>
 </context>
 <context>
+    <name>bram::AgentSelection</name>
+    <message>
+        <source>Confirm Unrestricted Mode</source>
+        <translation>제한 해제 모드 확인</translation>
+    </message>
+    <message>
+        <source>Selecting All agents (unrestricted) expands approval surface. Do you want to continue?</source>
+        <translation>전체 에이전트(제한해제)를 선택하면 승인 표면이 넓어집니다. 정말 진행하시겠습니까?</translation>
+    </message>
+    <message>
+        <source>Apply Unrestricted</source>
+        <translation>제한 해제 적용</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>취소</translation>
+    </message>
+</context>
+<context>
     <name>bram::ApprovalPopupView</name>
     <message>
         <source>Agent: %1</source>

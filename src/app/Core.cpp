@@ -21,6 +21,7 @@ Core::Core(const World &world)
     , m_tasks(world.log)
     , m_preferences(world.places.preferencesFile)
     , m_language(m_preferences)
+    , m_agents(m_config, m_preferences, world.log)
     , m_audit(world.places.dataFolder, auditLimits, world.log)
     , m_identities(world.secrets, m_preferences, world.log)
     , m_credentials(m_config, world.secrets, m_preferences, world.log)
@@ -32,13 +33,22 @@ Core::Core(const World &world)
     , m_monitor({.client = m_client,
                  .session = m_session,
                  .status = m_status,
+                 .agents = m_agents,
                  .audit = m_audit,
                  .tasks = m_tasks,
                  .clock = world.clock,
                  .log = world.log,
-                 .ports = world.ports,
+                 .ports = allPorts(world.ports),
                  .commandLine = world.commandLine})
 {
+}
+
+MonitorPorts Core::allPorts(MonitorPorts ports)
+{
+    if (ports.agentFilter == nullptr) {
+        ports.agentFilter = &m_agents;
+    }
+    return ports;
 }
 
 void Core::start()

@@ -30,7 +30,7 @@ public:
         SecretStore &secrets;
         const Clock &clock;
         SystemLog &log;
-        MonitorPorts ports {};
+        MonitorPorts ports {}; ///< those of the front-end
         CommandLineUse commandLine = CommandLineUse::Allowed;
     };
 
@@ -48,16 +48,20 @@ public:
     AuditLogStore &audit() { return m_audit; }
     GatewaySession &session() { return m_session; }
     GatewayStatus &status() { return m_status; }
+    AgentSelection &agents() { return m_agents; }
     LanguageChoice &language() { return m_language; }
     const Environment &environment() const { return m_environment; }
 
 private:
+    MonitorPorts allPorts(MonitorPorts ports);
+
     SystemLog &m_log;
     Environment m_environment;
     BrackwenConfig m_config;
     BackgroundTasks m_tasks;
     Preferences m_preferences;
     LanguageChoice m_language;
+    AgentSelection m_agents;
     AuditLogStore m_audit;
     DeviceIdentityStore m_identities;
     GatewayCredentialStore m_credentials;

@@ -103,13 +103,22 @@ QStringList BrackwenConfig::candidatePaths() const
     return paths;
 }
 
+QList<BrackwenConfig::File> BrackwenConfig::loadFiles() const
+{
+    QList<File> files;
+    for (const QString &path : candidatePaths()) {
+        if (const auto object = readObject(path)) {
+            files.append({path, *object});
+        }
+    }
+    return files;
+}
+
 QList<QJsonObject> BrackwenConfig::loadObjects() const
 {
     QList<QJsonObject> objects;
-    for (const QString &path : candidatePaths()) {
-        if (const auto object = readObject(path)) {
-            objects.append(*object);
-        }
+    for (const File &file : loadFiles()) {
+        objects.append(file.content);
     }
     return objects;
 }

@@ -37,8 +37,16 @@ public:
     /// The files it may be, in the order in which they count; no place is named twice.
     QStringList candidatePaths() const;
 
-    /// The content of every candidate that is a readable regular file of at most 16 MiB and holds a
-    /// JSON object, in the order of the candidates. The others are skipped silently.
+    /// A candidate and what it holds.
+    struct File {
+        QString path;
+        QJsonObject content;
+    };
+
+    /// Every candidate that is a readable regular file of at most 16 MiB and holds a JSON object, in the
+    /// order of the candidates. The others are skipped silently.
+    QList<File> loadFiles() const;
+    /// Of these, only the content.
     QList<QJsonObject> loadObjects() const;
 
     /// Whether there is a configuration at all: some candidate is a readable regular file.

@@ -9,6 +9,7 @@
 #include <QPointer>
 
 #include <algorithm>
+#include <ranges>
 
 namespace bram
 {
@@ -87,23 +88,71 @@ void ApprovalBoard::add(const ApprovalItem &item)
     addToHistory(item);
     refreshDerivedDisplays();
     if (!passesFilter(item)) {
+        // It may have been another agent's request, which was asked about.
+        withdrawNotification(item.approvalId);
+        if (m_popups.remove(item.approvalId)) {
+            dismissPopup();
+            presentNextPopupIfNeeded();
+        }
         return;
     }
+    const bool isNotified = m_notifiedIds.contains(item.approvalId);
+    ask(item);
+    if (isNotified && isChanged && m_ports.notifier != nullptr) {
+        // Its buttons decide about the request as it is now: it must not show an older one.
+        m_ports.notifier->update(item);
+    }
+}
+
+void ApprovalBoard::ask(const ApprovalItem &item)
+{
     if (m_popups.enqueue(item)) {
         presentNextPopupIfNeeded();
     } else if (m_popups.activeItem() && m_popups.activeItem()->approvalId == item.approvalId) {
         presentActive();
     }
-    const bool isNotified = m_notifiedIds.contains(item.approvalId);
-    m_notifiedIds.insert(item.approvalId);
-    if (m_ports.notifier == nullptr) {
-        return;
+    if (!m_notifiedIds.contains(item.approvalId)) {
+        m_notifiedIds.insert(item.approvalId);
+        if (m_ports.notifier != nullptr) {
+            m_ports.notifier->schedule(item);
+        }
     }
-    if (!isNotified) {
-        m_ports.notifier->schedule(item);
-    } else if (isChanged) {
-        // Its buttons decide about the request as it is now: it must not show an older one.
-        m_ports.notifier->update(item);
+}
+
+void ApprovalBoard::applyAgentChoice()
+{
+    const auto notified = m_notifiedIds;
+    for (const QString &approvalId : notified) {
+        const auto *item = find(approvalId);
+        if (item != nullptr && !passesFilter(*item)) {
+            withdrawNotification(approvalId);
+        }
+    }
+    if (m_popups.retain([this](const ApprovalItem &item) { return passesFilter(item); })) {
+        dismissPopup();
+    }
+    // In the order of arrival.
+    for (const ApprovalItem &item : m_pending.items() | std::views::reverse) {
+        if (passesFilter(item) && !m_popups.wasQueued(item.approvalId)) {
+            ask(item);
+        }
+    }
+    refreshDerivedDisplays();
+    presentNextPopupIfNeeded();
+}
+
+void ApprovalBoard::withdrawNotification(const QString &approvalId)
+{
+    if (m_notifiedIds.remove(approvalId) && m_ports.notifier != nullptr) {
+        m_ports.notifier->withdraw(approvalId);
+    }
+}
+
+void ApprovalBoard::dismissPopup()
+{
+    ++m_presentationSerial; // an answer that is on its way counts no more
+    if (m_ports.popup != nullptr) {
+        m_ports.popup->dismiss();
     }
 }
 
@@ -125,12 +174,10 @@ void ApprovalBoard::remove(const QString &approvalId, ApprovalHistoryState state
 {
     const bool wasListed = find(approvalId) != nullptr;
     m_pending.remove(approvalId);
-    if (m_popups.remove(approvalId) && m_ports.popup != nullptr) {
-        m_ports.popup->dismiss();
+    if (m_popups.remove(approvalId)) {
+        dismissPopup();
     }
-    if (m_notifiedIds.remove(approvalId) && m_ports.notifier != nullptr) {
-        m_ports.notifier->withdraw(approvalId);
-    }
+    withdrawNotification(approvalId);
     m_history.update(approvalId, state, m_clock.nowMs());
     Q_EMIT historyChanged();
     refreshDerivedDisplays();
@@ -168,9 +215,7 @@ void ApprovalBoard::recordActivity(ActivityActor actor, ActivityAction action,
 void ApprovalBoard::dismissPopups()
 {
     m_popups.reset();
-    if (m_ports.popup != nullptr) {
-        m_ports.popup->dismiss();
-    }
+    dismissPopup();
     refreshDerivedDisplays();
 }
 

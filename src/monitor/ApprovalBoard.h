@@ -65,8 +65,10 @@ public:
     void recordActivity(ActivityActor actor, ActivityAction action, const QString &detail);
     /// Empties the popup's queue and takes the popup off the screen.
     void dismissPopups();
-    /// To be called when the choice of agent has changed.
-    void refreshDerivedDisplays();
+    /// To be called when the choice of agent has changed: what the popup and notifications show of other
+    /// agents goes, undecided; pending requests of the chosen one come as if they had just arrived,
+    /// but not to the popup if they were closed or answered there.
+    void applyAgentChoice();
 
 Q_SIGNALS:
     void displayItemsChanged();
@@ -80,6 +82,11 @@ Q_SIGNALS:
 
 private:
     bool passesFilter(const ApprovalItem &item) const;
+    /// Derives the list anew and publishes it.
+    void refreshDerivedDisplays();
+    void ask(const ApprovalItem &item);
+    void withdrawNotification(const QString &approvalId);
+    void dismissPopup();
     /// For a request that may have left its last list: nobody could tell any more what it is about.
     void withdrawNotificationUnlessListed(const QString &approvalId);
     void presentNextPopupIfNeeded();

@@ -36,6 +36,8 @@ ApprovalMonitor::ApprovalMonitor(const Collaborators &collaborators)
             &ApprovalMonitor::handleConnectionState);
     connect(&collaborators.client, &GatewayClient::handshakeCompleted, this,
             [this] { m_supervision.handleHandshakeCompleted(); });
+    connect(&collaborators.agents, &AgentSelection::selectedAgentChanged, &m_board,
+            &ApprovalBoard::applyAgentChoice);
     connect(&m_board, &ApprovalBoard::requestRemoved, this,
             [this](const QString &approvalId) { m_recorder.forget(approvalId); });
     connect(&m_board, &ApprovalBoard::displayItemsChanged, this,
@@ -58,7 +60,9 @@ QCoro::Task<> ApprovalMonitor::startUp(QPointer<ApprovalMonitor> self)
     if (!self) {
         co_return;
     }
+    self->m_collaborators.agents.start();
     self->m_collaborators.session.connectGateway();
+    Q_EMIT self->started();
 }
 
 void ApprovalMonitor::stop()

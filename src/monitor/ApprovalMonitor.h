@@ -3,6 +3,7 @@
 
 #include "gateway/ConnectionSupervision.h"
 #include "model/GatewayEvent.h"
+#include "monitor/AgentSelection.h"
 #include "monitor/ApprovalBoard.h"
 #include "monitor/ApprovalRecorder.h"
 #include "monitor/DecisionResolver.h"
@@ -25,6 +26,7 @@ public:
         GatewayClient &client;
         GatewaySession &session;
         GatewayStatus &status;
+        AgentSelection &agents;
         AuditLogStore &audit;
         BackgroundTasks &tasks;
         const Clock &clock;
@@ -44,6 +46,8 @@ public:
     const ApprovalBoard &board() const { return m_board; }
     const GatewayStatus &gatewayStatus() const { return m_collaborators.status; }
     const ApprovalMetrics &metrics() const { return m_recorder.metrics(); }
+    const ConnectionSupervision &supervision() const { return m_supervision; }
+    AgentSelection &agents() { return m_collaborators.agents; }
     DecisionResolver &decisions() { return m_resolver; }
 
     /// Connects anew, on the operator's wish.
@@ -58,6 +62,10 @@ public:
     void handleGatewayEvent(const GatewayEvent &event);
     /// Takes a report of the connection in, from the client or from a simulation.
     void handleConnectionState(const GatewayConnectionState &state);
+
+Q_SIGNALS:
+    /// The steps of the start have been gone through; the connection may still be on its way.
+    void started();
 
 private:
     static QCoro::Task<> startUp(QPointer<ApprovalMonitor> self);

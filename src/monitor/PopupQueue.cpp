@@ -64,6 +64,23 @@ bool PopupQueue::remove(const QString &approvalId)
     return true;
 }
 
+bool PopupQueue::retain(const std::function<bool(const ApprovalItem &)> &isKept)
+{
+    m_waiting.removeIf([&](const ApprovalItem &item) {
+        const bool isOut = !isKept(item);
+        if (isOut) {
+            m_queuedIds.remove(item.approvalId);
+        }
+        return isOut;
+    });
+    if (!m_active || isKept(*m_active)) {
+        return false;
+    }
+    m_queuedIds.remove(m_active->approvalId);
+    m_active.reset();
+    return true;
+}
+
 void PopupQueue::reset()
 {
     m_waiting.clear();

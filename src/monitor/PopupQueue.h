@@ -6,6 +6,7 @@
 #include <QList>
 #include <QSet>
 
+#include <functional>
 #include <optional>
 
 namespace bram
@@ -27,6 +28,8 @@ public:
     {
         return m_queuedIds.contains(approvalId) && !m_finishedIds.contains(approvalId);
     }
+    /// Whether it was ever queued, and not removed since.
+    bool wasQueued(const QString &approvalId) const { return m_queuedIds.contains(approvalId); }
     /// The request on the screen or waiting for it; null when it is neither.
     const ApprovalItem *find(const QString &approvalId) const;
 
@@ -38,6 +41,10 @@ public:
 
     /// Forgets a request that is no longer pending. True when it was the one on the screen.
     bool remove(const QString &approvalId);
+
+    /// Takes out what `isKept` is false for, as if it had never been queued. True when that was the one on
+    /// the screen.
+    bool retain(const std::function<bool(const ApprovalItem &)> &isKept);
 
     void reset();
 

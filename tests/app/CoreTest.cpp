@@ -128,7 +128,7 @@ TEST_F(CoreTest, StoppingWhileTheKeyringAsksLeavesNoNewIdentityBehind)
     secrets.readsFail = true;
     secrets.endPrompts();
     ASSERT_TRUE(isIdle());
-    EXPECT_FALSE(QFile::exists(folder.filePath(u"preferences.ini"_s)));
+    EXPECT_FALSE(Preferences(folder.filePath(u"preferences.ini"_s)).text(u"gateway.device.id"_s));
     EXPECT_TRUE(secrets.operations.filter(u"set "_s).isEmpty());
 }
 
