@@ -1,15 +1,21 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "audit/AuditLogFiles.h"
 
+#include "audit/AuditLineReader.h"
 #include "system/SystemLog.h"
 
 #include <QFile>
 
 #include <algorithm>
-#include <array>
+#include <cerrno>
 #include <chrono>
 #include <optional>
 #include <string>
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace bram
 {
@@ -21,7 +27,6 @@ namespace
 {
 constexpr std::string_view archivePrefix = "audit-events-";
 constexpr std::string_view archiveSuffix = ".jsonl";
-constexpr std::size_t maxLineBytes = 16 * 1024 * 1024;
 
 struct Archive {
     fs::path path;
@@ -99,51 +104,6 @@ fs::path freeArchivePath(const fs::path &directory)
         }
     }
 }
-
-/// Cuts the bytes that arrive in pieces of any size into lines.
-class LineCutter
-{
-public:
-    explicit LineCutter(const std::function<void(std::string_view)> &consume)
-        : m_consume(consume)
-    {
-    }
-
-    void feed(std::string_view bytes)
-    {
-        for (auto end = bytes.find('\n'); end != bytes.npos; end = bytes.find('\n')) {
-            keep(bytes.substr(0, end));
-            finish();
-            bytes.remove_prefix(end + 1);
-        }
-        keep(bytes);
-    }
-
-    /// Ends the line that is open, if there is one.
-    void finish()
-    {
-        if (!m_tooLong && !m_line.empty()) {
-            m_consume(m_line);
-        }
-        m_line.clear();
-        m_tooLong = false;
-    }
-
-private:
-    void keep(std::string_view bytes)
-    {
-        m_tooLong = m_tooLong || m_line.size() + bytes.size() > maxLineBytes;
-        if (m_tooLong) {
-            m_line.clear();
-        } else {
-            m_line += bytes;
-        }
-    }
-
-    const std::function<void(std::string_view)> &m_consume;
-    std::string m_line;
-    bool m_tooLong = false;
-};
 } // namespace
 
 fs::path currentAuditLogFile(const fs::path &directory)
@@ -165,34 +125,55 @@ std::vector<fs::path> auditLogFilesForSummary(const fs::path &directory)
     return files;
 }
 
+std::expected<AuditLogFile, Error> AuditLogFile::open(const fs::path &path)
+{
+    const auto failure = [&path](int errorNumber) {
+        return std::unexpected(Error {describe(path, {errorNumber, std::generic_category()})});
+    };
+    // Without O_NONBLOCK, opening a FIFO waits for a writer. It changes nothing for regular files.
+    AuditLogFile file;
+    file.m_path = path;
+    file.m_descriptor = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
+    if (file.m_descriptor < 0) {
+        return failure(errno);
+    }
+    struct stat status = {};
+    if (::fstat(file.m_descriptor, &status) != 0) {
+        return failure(errno);
+    }
+    if (!S_ISREG(status.st_mode)) {
+        return std::unexpected(
+            Error {u"%1: not a regular file"_s.arg(QFile::decodeName(path.c_str()))});
+    }
+    file.m_size = static_cast<std::size_t>(status.st_size);
+    return file;
+}
+
+AuditLogFile::AuditLogFile(AuditLogFile &&other) noexcept
+    : m_path(std::move(other.m_path))
+    , m_size(other.m_size)
+    , m_descriptor(std::exchange(other.m_descriptor, -1))
+{
+}
+
+AuditLogFile::~AuditLogFile()
+{
+    if (m_descriptor >= 0) {
+        ::close(m_descriptor);
+    }
+}
+
 std::expected<void, Error> streamAuditLogLines(const fs::path &path,
                                                const std::function<void(std::string_view)> &consume)
 {
-    QFile file(QFile::decodeName(path.c_str()));
-    const auto failure = [&file](const QString &why) {
-        return std::unexpected(Error {u"%1: %2"_s.arg(file.fileName(), why)});
-    };
-    std::error_code error;
-    const fs::file_status status = fs::status(path, error);
-    if (fs::exists(status) && !fs::is_regular_file(status)) {
-        return failure(u"not a regular file"_s);
+    const auto file = AuditLogFile::open(path);
+    if (!file) {
+        return std::unexpected(file.error());
     }
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
-        return failure(file.errorString());
+    if (const auto read = AuditLineReader().read(*file, consume); !read) {
+        return std::unexpected(
+            Error {u"%1: %2"_s.arg(QFile::decodeName(path.c_str()), read.error().message)});
     }
-    LineCutter lines(consume);
-    std::array<char, 65'536> chunk;
-    while (true) {
-        const qint64 count = file.read(chunk.data(), chunk.size());
-        if (count < 0) {
-            return failure(file.errorString());
-        }
-        if (count == 0) {
-            break;
-        }
-        lines.feed({chunk.data(), static_cast<std::size_t>(count)});
-    }
-    lines.finish();
     return {};
 }
 

@@ -29,6 +29,31 @@ struct AuditLogLimits {
     quint64 maxPendingBytes = 268'435'456;
 };
 
+/// A file of the log, open for reading: what it held when it was opened can be read from then on, also after it
+/// has been rotated away or pruned.
+class AuditLogFile
+{
+public:
+    /// Fails when it is no regular file or cannot be read. Waits for nobody: a FIFO or device is refused.
+    static std::expected<AuditLogFile, Error> open(const std::filesystem::path &path);
+
+    AuditLogFile(AuditLogFile &&other) noexcept;
+    ~AuditLogFile();
+    AuditLogFile &operator=(AuditLogFile &&) = delete;
+
+    const std::filesystem::path &path() const { return m_path; }
+    /// In bytes, when it was opened.
+    std::size_t size() const { return m_size; }
+    int descriptor() const { return m_descriptor; }
+
+private:
+    AuditLogFile() = default;
+
+    std::filesystem::path m_path;
+    std::size_t m_size = 0;
+    int m_descriptor = -1;
+};
+
 // The steps of keeping the audit log, each for itself and without state, on the calling thread:
 // the audit store's own. The folder holds the current file, "audit-events.jsonl", and archives,
 // which are all regular files named "audit-events-" … ".jsonl"; anything else in it is never

@@ -118,6 +118,21 @@ QList<QUrl> AuditLogStore::diagnosticLogFileURLs()
     return urls;
 }
 
+std::vector<AuditLogFile> AuditLogStore::openLogFiles()
+{
+    std::vector<AuditLogFile> files;
+    runInOrder([&] {
+        for (const auto &path : auditLogFilesForSummary(m_directory)) {
+            if (auto file = AuditLogFile::open(path)) {
+                files.push_back(*std::move(file));
+            } else {
+                logAuditFailure(m_log, u"read", file.error().message);
+            }
+        }
+    });
+    return files;
+}
+
 void AuditLogStore::flush()
 {
     runInOrder([] {});

@@ -15,6 +15,7 @@
 #include <mutex>
 #include <string>
 #include <thread>
+#include <vector>
 
 namespace bram
 {
@@ -56,6 +57,11 @@ public:
     /// The files of the log, for a copy of it: the current one if it exists, then the archives,
     /// oldest first. Sees everything appended before, as `records` does.
     QList<QUrl> diagnosticLogFileURLs();
+
+    /// The same files, opened for reading: the log as it was at this moment, to be gone through while the store
+    /// goes on writing, rotating and pruning. A file that cannot be read is logged and left out. Waits for the
+    /// disk.
+    std::vector<AuditLogFile> openLogFiles();
 
     /// Waits until everything appended before is written, or has failed to be.
     void flush();

@@ -157,13 +157,6 @@ std::size_t maxLineBytes(const AuditEventRecord &record)
     return bytes;
 }
 
-QString toText(std::string_view utf8)
-{
-    // Not fromUtf8: that takes a U+FEFF at the beginning for a mark of the encoding and drops it.
-    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom);
-    return decoder(QByteArrayView(utf8.data(), static_cast<qsizetype>(utf8.size())));
-}
-
 /// Puts an optional text where it belongs. False when the value is neither a text nor null.
 bool readTextField(std::string_view key, simdjson::dom::element value, AuditEventRecord &record)
 {
@@ -175,7 +168,7 @@ bool readTextField(std::string_view key, simdjson::dom::element value, AuditEven
     if (value.get(text) != simdjson::SUCCESS) {
         return false;
     }
-    record.*(field->member) = toText(text);
+    record.*(field->member) = auditText(text);
     return true;
 }
 } // namespace
@@ -194,6 +187,13 @@ void appendAuditLine(const AuditEventRecord &record, std::string &lines)
         out = writeTextFields(out, record, fieldsAfterLatency);
         return writeBytes(out, "}\n") - begin;
     });
+}
+
+QString auditText(std::string_view utf8)
+{
+    // Not fromUtf8: that takes a U+FEFF at the beginning for a mark of the encoding and drops it.
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom);
+    return decoder(QByteArrayView(utf8.data(), static_cast<qsizetype>(utf8.size())));
 }
 
 struct AuditRecordDecoder::Parser {
@@ -229,7 +229,7 @@ std::optional<AuditEventRecord> AuditRecordDecoder::decode(std::string_view line
         } else if (key == "kind") {
             std::string_view kind;
             hasKind = value.get(kind) == simdjson::SUCCESS;
-            record.kind = toText(kind);
+            record.kind = auditText(kind);
         } else if (key == "latencyMs") {
             if (value.is_null()) {
                 continue;

@@ -18,6 +18,9 @@ namespace bram
 /// caller's buffer because this is what an event costs the main thread.
 void appendAuditLine(const AuditEventRecord &record, std::string &lines);
 
+/// Text of the audit log's files, which are in UTF-8, as it stands: a U+FEFF at its beginning is kept.
+QString auditText(std::string_view utf8);
+
 /// Reads lines of the audit log back. Keeps its buffers from line to line, so one decoder serves a
 /// whole run; not safe to share between threads.
 class AuditRecordDecoder
