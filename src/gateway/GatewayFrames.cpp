@@ -64,13 +64,23 @@ bool isSingleValue(const QByteArray &utf8)
     return values.size() == 1 && !values.first().isObject() && !values.first().isArray();
 }
 
+/// The parser takes a U+FEFF at the beginning of any text for a mark of the encoding and drops it; a command
+/// would be shown, and allowed, without it. Escaped it stays. Behind a quote it can only be the first
+/// character of a text, or stand behind an escaped quote, where it means the same.
+QByteArray withInitialMarksEscaped(const QByteArray &utf8)
+{
+    constexpr QByteArrayView mark("\"\xef\xbb\xbf");
+    return utf8.contains(mark) ? QByteArray(utf8).replace(mark, "\"\\ufeff") : utf8;
+}
+
 bool isPlain(QChar character)
 {
-    return character >= u' ' && character != u'"' && character != u'\\' && !character.isSurrogate();
+    return character >= u' ' && character != u'"' && character != u'\\'
+        && character != QChar::ByteOrderMark && !character.isSurrogate();
 }
 
 /// As the inside of a JSON text. Escapes halves of surrogate pairs as well, which UTF-8 cannot carry (and
-/// whole pairs with them).
+/// whole pairs with them), and U+FEFF, which readers drop at the beginning of a text.
 QString escaped(const QString &text)
 {
     if (std::ranges::all_of(text, isPlain)) {
@@ -100,8 +110,9 @@ ResponseFrame toResponse(const QString &id, const QJsonObject &frame)
 }
 } // namespace
 
-std::expected<IncomingFrame, Error> parseFrame(const QByteArray &utf8)
+std::expected<IncomingFrame, Error> parseFrame(const QByteArray &received)
 {
+    const QByteArray utf8 = withInitialMarksEscaped(received);
     QJsonParseError parseError;
     const QJsonDocument document = QJsonDocument::fromJson(utf8, &parseError);
     if (parseError.error == QJsonParseError::IllegalValue && isSingleValue(utf8)) {

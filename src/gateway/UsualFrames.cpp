@@ -50,7 +50,7 @@ std::optional<T> as(const std::optional<element> &field)
     return field && field->get(value) == simdjson::SUCCESS ? std::optional(value) : std::nullopt;
 }
 
-/// Nothing also for a text that begins with U+FEFF, which may be a part of it or a mark of the encoding.
+/// Nothing also for a text that begins with U+FEFF: the conversion would take that for a mark of the encoding.
 std::optional<QString> textOf(const std::optional<element> &field)
 {
     const auto utf8 = as<std::string_view>(field);

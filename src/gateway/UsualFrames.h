@@ -13,7 +13,8 @@ namespace bram
 /// It is sure of what it reads. Whatever is unusual is nothing here: a number with a fraction, a key that
 /// comes twice, half a surrogate pair, a request of nobody, a failed answer, any other event, a frame that is
 /// not JSON. That is left to `parseFrame`, which alone says what frames mean; what is read here reads alike
-/// there. Keeps its buffers from frame to frame.
+/// there (but for a frame in which some number that does not matter is too small for a double, which only the
+/// general parser refuses). Keeps its buffers from frame to frame.
 class UsualFrameReader
 {
 public:

@@ -27,7 +27,9 @@ constexpr qsizetype maxOutputBytes = 4 * 1024;
 QString jsonString(const QString &text)
 {
     const QByteArray array = QJsonDocument(QJsonArray {text}).toJson(QJsonDocument::Compact);
-    return QString::fromUtf8(array.sliced(1, array.size() - 2));
+    // Readers take one at the beginning of a text for a mark of the encoding.
+    return QString::fromUtf8(array.sliced(1, array.size() - 2))
+        .replace(QChar(QChar::ByteOrderMark), u"\\ufeff"_s);
 }
 
 Result failure(const QString &message)
@@ -82,6 +84,28 @@ Reply<CommandLineTool::Result> CommandLineTool::resolve(const QString &approvalI
                                                         ApprovalDecision decision)
 {
     const ReplySource<Result> source(failure(u"it was abandoned"_s));
+    m_waiting.enqueue({approvalId, decision, source});
+    startWaiting();
+    return source.reply();
+}
+
+void CommandLineTool::stop()
+{
+    m_waiting.clear(); // their sources answer by going
+    Q_EMIT stopping();
+}
+
+void CommandLineTool::startWaiting()
+{
+    while (m_runningCount < mostAtOnce && !m_waiting.isEmpty()) {
+        start(m_waiting.dequeue());
+    }
+}
+
+void CommandLineTool::start(const Call &call)
+{
+    ++m_runningCount;
+    const ReplySource<Result> source = call.source;
     const auto output = std::make_shared<QByteArray>();
     // Goes when it has ended, never before: destroying a running one would wait for it.
     auto *const tool = new QProcess(this);
@@ -95,17 +119,18 @@ Reply<CommandLineTool::Result> CommandLineTool::resolve(const QString &approvalI
     tool->setChildProcessModifier(keepStandardStreamsOnly);
     connect(tool, &QProcess::readyRead, tool, [tool, output] { collectOutput(tool, output); });
     connect(tool, &QProcess::finished, tool,
-            [source, tool, output](int exitCode, QProcess::ExitStatus status) {
+            [this, source, tool, output](int exitCode, QProcess::ExitStatus status) {
                 collectOutput(tool, output);
                 source.answer(toResult(exitCode, status, *output));
-                tool->deleteLater();
+                onEnded(tool);
             });
-    connect(tool, &QProcess::errorOccurred, tool, [source, tool](QProcess::ProcessError error) {
-        if (error == QProcess::FailedToStart) {
-            source.answer(failure(tool->errorString()));
-            tool->deleteLater();
-        }
-    });
+    connect(tool, &QProcess::errorOccurred, tool,
+            [this, source, tool](QProcess::ProcessError error) {
+                if (error == QProcess::FailedToStart) {
+                    source.answer(failure(tool->errorString()));
+                    onEnded(tool);
+                }
+            });
     connect(this, &CommandLineTool::stopping, tool,
             [endWith] { endWith(u"it was ended together with this program"_s); });
     QTimer::singleShot(m_timeLimit, tool, [endWith, limit = m_timeLimit] {
@@ -113,8 +138,15 @@ Reply<CommandLineTool::Result> CommandLineTool::resolve(const QString &approvalI
     });
     tool->start(u"/usr/bin/env"_s,
                 {u"brackwen"_s, u"gateway"_s, u"call"_s, u"exec.approval.resolve"_s, u"--json"_s,
-                 u"--params"_s, commandLineParams(approvalId, decision)});
-    return source.reply();
+                 u"--params"_s, commandLineParams(call.approvalId, call.decision)});
+}
+
+void CommandLineTool::onEnded(QProcess *tool)
+{
+    tool->deleteLater();
+    --m_runningCount;
+    // In a later turn: a tool that cannot be started ends inside its start.
+    QMetaObject::invokeMethod(this, &CommandLineTool::startWaiting, Qt::QueuedConnection);
 }
 
 } // namespace bram

@@ -6,10 +6,13 @@
 #include "system/Reply.h"
 
 #include <QObject>
+#include <QQueue>
 #include <QString>
 
 #include <chrono>
 #include <expected>
+
+class QProcess;
 
 namespace bram
 {
@@ -27,19 +30,34 @@ class CommandLineTool final : public QObject
 public:
     explicit CommandLineTool(std::chrono::milliseconds timeLimit = std::chrono::seconds(60));
 
-    /// Nothing on success, which is exit status 0; else the tool's output, or what else went wrong. One
+    /// A few at a time; the others wait. Nothing on success, which is exit status 0; else the tool's output, or what else went wrong. One
     /// that has not ended within the time limit is ended and counts as failed.
     using Result = std::expected<void, GatewayClientError>;
     Reply<Result> resolve(const QString &approvalId, ApprovalDecision decision);
 
-    /// Ends what is running; those calls fail.
-    void stop() { Q_EMIT stopping(); }
+    /// Ends what is running and forgets what waits; those calls fail.
+    void stop();
 
 Q_SIGNALS:
     void stopping();
 
 private:
+    /// A gateway that dies can send many decisions this way at once.
+    static constexpr int mostAtOnce = 4;
+
+    struct Call {
+        QString approvalId;
+        ApprovalDecision decision;
+        ReplySource<Result> source;
+    };
+
+    void startWaiting();
+    void start(const Call &call);
+    void onEnded(QProcess *tool);
+
     std::chrono::milliseconds m_timeLimit;
+    QQueue<Call> m_waiting;
+    int m_runningCount = 0;
 };
 
 } // namespace bram

@@ -6,6 +6,7 @@
 #include <QElapsedTimer>
 #include <QPointer>
 
+#include <iterator>
 #include <utility>
 #include <vector>
 
@@ -14,8 +15,9 @@ namespace bram
 
 namespace
 {
-/// What work puts off in its turn goes on at once as long as all of it together is quicker than this: to ask
-/// the kernel for events in between would cost more than the work. After that the events come first.
+/// Work that waits, and what it puts off in its turn, goes on as long as all of it together is quicker than
+/// this: to ask the kernel for events in between would cost more than the work. After that the events come
+/// first.
 constexpr qint64 quickNs = 1'000'000;
 
 /// Runs what waits between two turns of the loop. The loop tells of both ends of that time: of its beginning
@@ -61,12 +63,23 @@ private:
                 QMetaObject::invokeMethod(this, &TurnQueue::goOn, Qt::QueuedConnection);
                 return;
             }
-            for (const auto &work : std::exchange(m_waiting, {})) {
-                if (work.context) {
-                    work.run();
-                }
-            }
+            runSome(timer);
         }
+    }
+
+    /// What there is no time for stays, before all that was put off meanwhile.
+    void runSome(const QElapsedTimer &timer)
+    {
+        std::vector<Work> batch = std::exchange(m_waiting, {});
+        auto work = batch.begin();
+        do {
+            if (work->context) {
+                work->run();
+            }
+            ++work;
+        } while (work != batch.end() && timer.nsecsElapsed() < quickNs);
+        m_waiting.insert(m_waiting.begin(), std::make_move_iterator(work),
+                         std::make_move_iterator(batch.end()));
     }
 
     void goOn()
@@ -85,6 +98,9 @@ void inNextTurn(QObject *context, std::function<void()> work)
     // One for the program; goes with the application object, and comes back with the next one in tests.
     static QPointer<TurnQueue> queue;
     if (!queue) {
+        if (QCoreApplication::eventDispatcher() == nullptr) {
+            return; // before or after the program's own time: nothing turns any more
+        }
         queue = new TurnQueue(QCoreApplication::instance());
     }
     queue->add(context, std::move(work));

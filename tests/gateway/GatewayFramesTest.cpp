@@ -175,11 +175,25 @@ TEST(GatewayFrames, UsualOnesAreReadQuicklyAndAlikeAndAllOthersAreLeft)
     }
 }
 
+TEST(GatewayFrames, NothingThatIsInvisibleIsLostAtTheBeginningOfAText)
+{
+    const QByteArray mark("\xef\xbb\xbf");
+    const QString shown(QChar(0xfeff));
+    EXPECT_EQ(requestWith(R"("ls")", '"' + mark + "ls\"")->command, shown + QStringLiteral("ls"));
+    EXPECT_EQ(requestWith(R"("ls")", '"' + mark + mark + "ls\"")->command,
+              shown + shown + QStringLiteral("ls"));
+    EXPECT_EQ(requestWith(R"("ls")", R"("\")" + mark + "ls\"")->command,
+              QStringLiteral("\"") + shown + QStringLiteral("ls"));
+    EXPECT_EQ(requestWith(R"("a")", '"' + mark + "a\"")->approvalId, shown + QStringLiteral("a"));
+    EXPECT_NE(requestWith(R"("main")", '"' + mark + "main\"")->agentId, QStringLiteral("main"));
+}
+
 TEST(GatewayFrames, ADecisionNamesTheRequestExactly)
 {
     for (const QString &approvalId :
-         {QStringLiteral("9b2f-1"), QStringLiteral("\"},\\ \n\u0001\u007f/"),
-          QStringLiteral("결제 🚀"), QString(QChar(0xd800)) + QChar(u'x'), QString()}) {
+         {QStringLiteral("9b2f-1"), QStringLiteral("\ufeffa"),
+          QStringLiteral("\"},\\ \n\u0001\u007f/"), QStringLiteral("결제 🚀"),
+          QString(QChar(0xd800)) + QChar(u'x'), QString()}) {
         const QString frame
             = encodeResolveRequest(QStringLiteral("7"), approvalId, ApprovalDecision::AllowAlways);
         const QJsonObject expected {

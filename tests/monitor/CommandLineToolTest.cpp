@@ -55,7 +55,7 @@ TEST(CommandLineParams, PlainForOrdinaryIdsAndEscapedForOthers)
               QStringLiteral(R"({"id":"8c1f-42","decision":"allow-once"})"));
     for (const QString &id :
          {QStringLiteral("a\",\"decision\":\"deny"), QStringLiteral("back\\slash"),
-          QStringLiteral("line\nfeed"), QStringLiteral("승인")}) {
+          QStringLiteral("line\nfeed"), QStringLiteral("\ufeffa"), QStringLiteral("승인")}) {
         const auto object
             = QJsonDocument::fromJson(commandLineParams(id, ApprovalDecision::Deny).toUtf8())
                   .object();

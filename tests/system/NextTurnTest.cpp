@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 
 namespace bram
@@ -92,6 +93,29 @@ TEST(NextTurn, EventsComeBetweenWorkThatNeverEnds)
     QMetaObject::invokeMethod(
         &context, [&] { posted = true; }, Qt::QueuedConnection);
     EXPECT_TRUE(test::waitUntil([&] { return timer && posted; }));
+}
+
+TEST(NextTurn, EventsComeBetweenTheWorkOfOneTurnInItsOrder)
+{
+    QObject context;
+    QList<int> done;
+    qsizetype doneAtTimer = -1;
+    for (int i = 0; i < 300; ++i) {
+        inNextTurn(&context, [&, i] {
+            QElapsedTimer timer;
+            timer.start();
+            while (timer.nsecsElapsed() < 200'000) { }
+            done.append(i);
+            if (i == 0) {
+                inNextTurn(&context, [&] { done.append(1000); });
+            }
+        });
+    }
+    QTimer::singleShot(1, &context, [&] { doneAtTimer = done.size(); });
+    ASSERT_TRUE(test::waitUntil([&] { return done.size() == 301; }));
+    EXPECT_TRUE(std::ranges::is_sorted(done));
+    EXPECT_GE(doneAtTimer, 0);
+    EXPECT_LT(doneAtTimer, 300);
 }
 
 TEST(NextTurn, WorkMayDeleteObjectsLater)
