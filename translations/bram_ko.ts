@@ -718,6 +718,63 @@
     </message>
 </context>
 <context>
+    <name>bram::RecordOperations</name>
+    <message>
+        <source>Save last 7 days audit data</source>
+        <translation>최근 7일 감사 데이터 저장</translation>
+    </message>
+    <message>
+        <source>The audit data could not be saved</source>
+        <translation>감사 데이터를 저장하지 못했습니다</translation>
+    </message>
+    <message>
+        <source>Saved</source>
+        <translation>저장됨</translation>
+    </message>
+    <message>
+        <source>Saved last 7 days audit data.</source>
+        <translation>최근 7일 감사 데이터를 저장했습니다.</translation>
+    </message>
+    <message>
+        <source>no program opened %1</source>
+        <translation>%1 파일을 연 프로그램이 없습니다</translation>
+    </message>
+    <message>
+        <source>Weekly audit report</source>
+        <translation>주간 감사 리포트</translation>
+    </message>
+    <message>
+        <source>Preview failed: %1</source>
+        <translation>미리보기 실패: %1</translation>
+    </message>
+    <message>
+        <source>Select destination for diagnostics bundle</source>
+        <translation>진단 번들 저장 위치 선택</translation>
+    </message>
+    <message>
+        <source>Save</source>
+        <translation>저장</translation>
+    </message>
+    <message>
+        <source>The diagnostics bundle could not be saved</source>
+        <translation>진단 번들을 저장하지 못했습니다</translation>
+    </message>
+    <message>
+        <source>Diagnostics bundle saved</source>
+        <translation>진단 번들 저장됨</translation>
+    </message>
+    <message>
+        <source>Saved to:
+%1</source>
+        <translation>저장 위치:
+%1</translation>
+    </message>
+    <message>
+        <source>Save failed: %1</source>
+        <translation>저장 실패: %1</translation>
+    </message>
+</context>
+<context>
     <name>bram::RequestDetailsWindow</name>
     <message>
         <source>Request details</source>

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "app/Core.h"
 
+#include "monitor/DiagnosticsSnapshot.h"
 #include "system/SystemLog.h"
+
+#include <QJsonArray>
 
 namespace bram
 {
@@ -40,6 +43,12 @@ Core::Core(const World &world)
                  .log = world.log,
                  .ports = allPorts(world.ports),
                  .commandLine = world.commandLine})
+    , m_record({.monitor = m_monitor,
+                .audit = m_audit,
+                .clock = world.clock,
+                .log = world.log,
+                .dataFolder = world.places.dataFolder,
+                .settings = [this] { return settingsForDiagnostics(); }})
 {
 }
 
@@ -49,6 +58,20 @@ MonitorPorts Core::allPorts(MonitorPorts ports)
         ports.agentFilter = &m_agents;
     }
     return ports;
+}
+
+/// By name, never all of them: the preferences can hold secrets.
+QJsonObject Core::settingsForDiagnostics() const
+{
+    return {
+        {u"language"_s, rawText(m_language.current())},
+        {u"agent"_s, m_agents.selectedAgentId()},
+        {u"availableAgents"_s, QJsonArray::fromStringList(m_agents.availableAgentIds())},
+        {u"gatewayAddress"_s,
+         addressWithoutSecrets(
+             m_environment.trimmed(u"BRACKWEN_GATEWAY_URL"_s).value_or(defaultGatewayUrl))},
+        {u"configurationProblems"_s, m_config.problems().size()},
+    };
 }
 
 void Core::start()
@@ -62,6 +85,7 @@ void Core::start()
 void Core::stop()
 {
     m_identities.stop();
+    m_record.cancel();
     m_monitor.stop();
 }
 

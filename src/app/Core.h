@@ -9,6 +9,7 @@
 #include "gateway/GatewaySession.h"
 #include "gateway/GatewayStatus.h"
 #include "monitor/ApprovalMonitor.h"
+#include "monitor/RecordOperations.h"
 #include "system/BackgroundTasks.h"
 #include "system/Preferences.h"
 #include "ui/language/LanguageChoice.h"
@@ -46,6 +47,7 @@ public:
     ApprovalMonitor &monitor() { return m_monitor; }
     BackgroundTasks &tasks() { return m_tasks; }
     AuditLogStore &audit() { return m_audit; }
+    RecordOperations &record() { return m_record; }
     GatewaySession &session() { return m_session; }
     GatewayStatus &status() { return m_status; }
     AgentSelection &agents() { return m_agents; }
@@ -53,6 +55,7 @@ public:
     const Environment &environment() const { return m_environment; }
 
 private:
+    QJsonObject settingsForDiagnostics() const;
     MonitorPorts allPorts(MonitorPorts ports);
 
     SystemLog &m_log;
@@ -69,6 +72,7 @@ private:
     GatewayClient m_client;
     GatewaySession m_session;
     ApprovalMonitor m_monitor;
+    RecordOperations m_record;
 };
 
 } // namespace bram

@@ -174,7 +174,7 @@ std::optional<WeeklyAuditFindings> aggregateAuditLog(const std::vector<AuditLogF
                                                      const AggregationOptions &options,
                                                      AggregationProgress &progress, SystemLog &log)
 {
-    progress.bytesTotal = sizeOfAll(files);
+    progress.bytesTotal += sizeOfAll(files);
     FileQueue queue(files.size());
     const auto threads = std::clamp<std::size_t>(
         files.size(), 1, static_cast<std::size_t>(std::max(options.threads, 1)));

@@ -226,4 +226,17 @@ QString weeklyAuditReportMarkdown(const WeeklyAuditFindings &findings, qint64 ge
     return report.text();
 }
 
+std::optional<QString> weeklyAuditReport(const std::vector<AuditLogFile> &files, qint64 nowMs,
+                                         MenuLanguage language, AggregationProgress &progress,
+                                         SystemLog &log)
+{
+    const AggregationOptions options {.sinceMs = nowMs - weeklyAuditWindowMs,
+                                      .maxRows = weeklyAuditMaxRows};
+    const auto findings = aggregateAuditLog(files, options, progress, log);
+    if (!findings) {
+        return std::nullopt;
+    }
+    return weeklyAuditReportMarkdown(*findings, nowMs, language);
+}
+
 } // namespace bram

@@ -22,6 +22,12 @@ inline constexpr qsizetype weeklyAuditMaxRows = 100;
 QString weeklyAuditReportMarkdown(const WeeklyAuditFindings &findings, qint64 generatedAtMs,
                                   MenuLanguage language);
 
+/// The report over what these files hold of the period before `nowMs`; nothing when cancelled. For a thread other
+/// than the main one.
+std::optional<QString> weeklyAuditReport(const std::vector<AuditLogFile> &files, qint64 nowMs,
+                                         MenuLanguage language, AggregationProgress &progress,
+                                         SystemLog &log);
+
 /// "2026-01-31 23:59:59", local time.
 QString auditTimestampText(qint64 ms);
 

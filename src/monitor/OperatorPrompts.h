@@ -19,6 +19,9 @@ struct Alert {
 /// A question with buttons, in their order. `harmless` is the answer of who turns away from it: Escape, a
 /// closed window, the end of the input.
 struct Question {
+    /// For `harmless`, where turning away is none of the answers offered.
+    static constexpr qsizetype noButton = -1;
+
     QString title;
     QString text;
     QStringList buttons;
@@ -54,7 +57,7 @@ public:
     virtual ~OperatorPrompts() = default;
 
     virtual QCoro::Task<> inform(Alert alert) = 0;
-    /// The index of the button.
+    /// The index of the button, or `Question::harmless`.
     virtual QCoro::Task<qsizetype> ask(Question question) = 0;
     /// An absolute path, or nothing when the operator has chosen none.
     virtual QCoro::Task<std::optional<QString>> askForFile(FileQuestion question) = 0;

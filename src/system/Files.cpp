@@ -3,6 +3,7 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QSaveFile>
 
 #include <cerrno>
 #include <fcntl.h>
@@ -76,6 +77,29 @@ std::expected<void, Error> makePrivateFolder(const QString &path)
         if (!QFileInfo(path).isDir()) {
             return failure(u"cannot make the folder"_s, path, errorNumber);
         }
+    }
+    return {};
+}
+
+std::expected<void, Error> writeWholeFile(const QString &path, const QByteArray &content)
+{
+    const auto failed = [&path](const QString &why) {
+        return std::unexpected(Error {u"cannot write %1: %2"_s.arg(path, why)});
+    };
+    const QFileInfo existing(path);
+    if (existing.exists() && !existing.isFile()) {
+        return failed(u"not a regular file"_s);
+    }
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly)) {
+        return failed(file.errorString());
+    }
+    if (!existing.exists()) {
+        file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
+    }
+    // Flushed before: a failure to write what is still buffered does not keep commit() from its work.
+    if (file.write(content) != content.size() || !file.flush() || !file.commit()) {
+        return failed(file.errorString());
     }
     return {};
 }

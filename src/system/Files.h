@@ -19,4 +19,8 @@ std::expected<QByteArray, Error> readRegularFile(const QString &path, qint64 max
 /// keeps its mode.
 std::expected<void, Error> makePrivateFolder(const QString &path);
 
+/// Writes a whole file: completely or not at all. One that is there keeps its mode, and is replaced where a
+/// symbolic link points to; a new one is for this user alone (0600).
+std::expected<void, Error> writeWholeFile(const QString &path, const QByteArray &content);
+
 } // namespace bram

@@ -9,6 +9,7 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTemporaryDir>
+#include <QTest>
 
 #include <gtest/gtest.h>
 
@@ -81,6 +82,28 @@ TEST_F(DesktopPromptsTest, everyButtonIsItsAnswerAndTurningAwayIsTheHarmlessOne)
     shown<QMessageBox>()->close();
     ASSERT_TRUE(waitUntil([&] { return answer.has_value(); }));
     EXPECT_EQ(*answer, 2);
+}
+
+TEST_F(DesktopPromptsTest, turningAwayCanBeNoneOfTheAnswers)
+{
+    for (const bool byKey : {true, false}) {
+        std::optional<qsizetype> answer;
+        const auto task = keep(prompts.ask({.title = u"Copy or save?"_s,
+                                            .text = {},
+                                            .buttons = {u"Copy"_s, u"Save"_s},
+                                            .harmless = Question::noButton}),
+                               &answer);
+        auto *box = shown<QMessageBox>();
+        const auto buttons = box->buttons();
+        EXPECT_EQ(std::ranges::count_if(buttons, &QWidget::isVisible), 2);
+        if (byKey) {
+            QTest::keyClick(box, Qt::Key_Escape);
+        } else {
+            box->close();
+        }
+        ASSERT_TRUE(waitUntil([&] { return answer.has_value(); }));
+        EXPECT_EQ(*answer, Question::noButton);
+    }
 }
 
 TEST_F(DesktopPromptsTest, oneComesAfterTheOtherAndTheEndAnswersAll)

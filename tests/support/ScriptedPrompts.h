@@ -34,7 +34,7 @@ public:
     QCoro::Task<bool> openFile(QString path) override
     {
         opened.append(path);
-        co_return true;
+        co_return canOpen;
     }
 
     QList<qsizetype> answers;
@@ -43,6 +43,7 @@ public:
     QList<Question> questions;
     QList<FileQuestion> fileQuestions;
     QStringList opened;
+    bool canOpen = true;
 };
 
 } // namespace bram::test

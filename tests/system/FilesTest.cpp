@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "system/Files.h"
 
+#include "support/FullDisk.h"
+
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
@@ -94,6 +97,33 @@ TEST(Files, MakesMissingFoldersPrivateAndLeavesTheOthers)
         ASSERT_FALSE(refused);
         EXPECT_TRUE(refused.error().message.contains(u"file"_s));
     }
+}
+
+TEST(Files, WritesWholeFilesForThisUserAlone)
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(u"new"_s);
+    const mode_t before = ::umask(0);
+    ASSERT_TRUE(writeWholeFile(path, "first"));
+    ::umask(before);
+    EXPECT_EQ(modeOf(path), 0600u);
+
+    ASSERT_EQ(::chmod(QFile::encodeName(path).constData(), 0640), 0);
+    const QString link = folder.filePath(u"link"_s);
+    ASSERT_TRUE(QFile::link(path, link));
+    ASSERT_TRUE(writeWholeFile(link, "second"));
+    EXPECT_TRUE(QFileInfo(link).isSymLink());
+    EXPECT_EQ(readRegularFile(path, 100), QByteArray("second"));
+    EXPECT_EQ(modeOf(path), 0640u);
+
+    EXPECT_FALSE(writeWholeFile(folder.path(), "x"));
+    EXPECT_FALSE(writeWholeFile(folder.filePath(u"missing/file"_s), "x"));
+    {
+        const test::FullDisk full;
+        EXPECT_FALSE(writeWholeFile(path, "third"));
+    }
+    EXPECT_EQ(readRegularFile(path, 100), QByteArray("second"));
+    EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden).size(), 2);
 }
 
 } // namespace

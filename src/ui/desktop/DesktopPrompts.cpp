@@ -48,6 +48,13 @@ QMessageBox *makeQuestionBox(const Question &question)
             box->setDefaultButton(button);
         }
     }
+    if (question.harmless == Question::noButton) {
+        // Without a button for it, a message box can neither be closed nor left by Escape.
+        QPushButton *none = box->addButton(QMessageBox::Cancel);
+        none->setProperty(positionProperty, Question::noButton);
+        none->hide();
+        box->setEscapeButton(none);
+    }
     return box;
 }
 
