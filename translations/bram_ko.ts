@@ -444,6 +444,22 @@
         <source>refused by the gateway again and again</source>
         <translation>반복 실패 (토큰 갱신 필요)</translation>
     </message>
+    <message>
+        <source>working</source>
+        <translation>정상</translation>
+    </message>
+    <message>
+        <source>under way</source>
+        <translation>진행 중</translation>
+    </message>
+    <message>
+        <source>failing</source>
+        <translation>오류</translation>
+    </message>
+    <message>
+        <source>unknown</source>
+        <translation>알 수 없음</translation>
+    </message>
 </context>
 <context>
     <name>bram::AboutWindow</name>
@@ -894,6 +910,14 @@
     <message>
         <source>Pending approvals (%1)</source>
         <translation>대기 중인 승인 (%1)</translation>
+    </message>
+    <message>
+        <source>Approve All Pending (%1)</source>
+        <translation>대기 중 모두 일시 승인 (%1)</translation>
+    </message>
+    <message>
+        <source>Always Allow All Pending (%1)</source>
+        <translation>대기 중 모두 영구 승인 (%1)</translation>
     </message>
 </context>
 <context>

@@ -74,6 +74,8 @@ TEST(MenuText, aCommandIsWholeOrSaysThatItIsNot)
     EXPECT_FALSE(commandRows(u"line\n"_s.repeated(3000)).isWhole);
 }
 
+constexpr qsizetype enough = 100;
+
 ApprovalItem item(const char *id, const char *command = "ls")
 {
     ApprovalItem made;
@@ -86,18 +88,20 @@ TEST(MenuRows, nothingMovesInAnOpenMenu)
 {
     const auto shown = rowsOfClosedMenu({item("a"), item("b"), item("c")});
     // b ended, c came again with another command, d is new and the board lists it first.
-    const auto rows = rowsOfOpenMenu(shown, {item("d"), item("a"), item("c", "rm -rf /")});
+    const auto rows = rowsOfOpenMenu(shown, {item("d"), item("a"), item("c", "rm -rf /")}, enough);
     EXPECT_EQ(rows,
               (QList<MenuRow> {{item("a"), true},
                                {item("b"), false},
                                {item("c"), false},
                                {item("d"), true},
                                {item("c", "rm -rf /"), true}}));
-    EXPECT_EQ(rowsOfOpenMenu(rows, {item("a")}).size(), rows.size());
+    EXPECT_EQ(rowsOfOpenMenu(rows, {item("a")}, enough).size(), rows.size());
     // What has ended stays so under the pointer, even when the same request is asked again.
-    const auto again = rowsOfOpenMenu(rows, {item("b")});
+    const auto again = rowsOfOpenMenu(rows, {item("b")}, enough);
     EXPECT_FALSE(again.at(1).isPending);
     EXPECT_EQ(again.constLast(), (MenuRow {item("b"), true}));
+    // However much comes and goes meanwhile.
+    EXPECT_EQ(rowsOfOpenMenu(rows, {item("e"), item("f"), item("g")}, 6).size(), 6);
 }
 
 } // namespace

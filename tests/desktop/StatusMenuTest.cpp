@@ -148,6 +148,38 @@ TEST_F(StatusMenuTest, decidesOnlyWhatWasRead)
     EXPECT_EQ(received.size(), 2);
 }
 
+TEST_F(StatusMenuTest, whatComesAfterTheOpeningIsInNoBulkAction)
+{
+    requestAndShow(item("seen", "harmless"));
+    Q_EMIT statusMenu->menu().aboutToShow();
+    // A panel sends these three one by one, and the program goes on between them.
+    requestAndShow(item("unseen", "rm -rf /"));
+    Q_EMIT statusMenu->menu().aboutToHide();
+    QCoreApplication::processEvents();
+    update();
+    QAction *approveAll = entry(*submenu("All Pending"), "Approve All");
+    EXPECT_EQ(approveAll->text(), u"Approve All Pending (1)"_s);
+    approveAll->trigger();
+    ASSERT_TRUE(waitSettled(1));
+    EXPECT_EQ(received.size(), 1);
+    EXPECT_EQ(received.constFirst().approvalId, u"seen"_s);
+    EXPECT_TRUE(monitor().decisions().isIdle());
+}
+
+TEST_F(StatusMenuTest, isUpToDateWhenOpenedAgainThoughNobodySaidThatItWasClosed)
+{
+    requestAndShow(item("old", "first"));
+    Q_EMIT statusMenu->menu().aboutToShow();
+    gateway.resolveElsewhere(u"old"_s);
+    requestAndShow(item("new", "second"));
+    ASSERT_EQ(texts(*submenu("Pending")),
+              (QStringList {u"(ended) main: first"_s, u"main: second"_s}));
+    Q_EMIT statusMenu->menu().aboutToShow();
+    EXPECT_EQ(texts(*submenu("Pending")), QStringList {u"main: second"_s});
+    EXPECT_EQ(texts(*submenu("Recent History")).size(), 4);
+    EXPECT_EQ(texts(*submenu("All Pending")).constFirst(), u"Approve All Pending (1)"_s);
+}
+
 TEST_F(StatusMenuTest, anOpenMenuFollowsWithoutMoving)
 {
     requestAndShow(item("first", "one"));

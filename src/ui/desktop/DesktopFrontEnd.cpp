@@ -157,10 +157,13 @@ void DesktopFrontEnd::onTrayHosted(bool hosted)
 {
     // Not earlier: to read it takes as long as a tenth of the whole start.
     QApplication::setWindowIcon(applicationIcon());
+    m_menu.setDrawing(m_tray.drawsMenuItself() ? MenuDrawing::OwnWindow : MenuDrawing::TrayHost);
     if (hosted) {
         if (m_window) {
             m_window->setRole(StatusWindow::Role::Optional);
-            m_window->hide();
+            if (!m_window->isActiveWindow()) { // else somebody is at work in it
+                m_window->hide();
+            }
         }
         return;
     }

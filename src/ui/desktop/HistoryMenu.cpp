@@ -66,8 +66,9 @@ void HistoryMenu::show(const QList<ApprovalHistoryEntry> &rows)
     m_clear.setEnabled(!m_entries.isEmpty());
 }
 
-void HistoryMenu::retranslate()
+void HistoryMenu::retranslate(MenuDrawing drawing)
 {
+    m_drawing = drawing;
     labelFixedRows();
     const auto entries = std::exchange(m_entries, {});
     show(entries);

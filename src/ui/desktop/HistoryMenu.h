@@ -32,7 +32,8 @@ public:
     QMenu &menu() { return m_menu; }
 
     void update(const QList<ApprovalHistoryEntry> &entries, MenuState state);
-    void retranslate();
+    /// Writes every text anew, after a change of the language or of who draws.
+    void retranslate(MenuDrawing drawing);
 
 private:
     void show(const QList<ApprovalHistoryEntry> &rows);

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ui/desktop/MenuRows.h"
 
-#include <algorithm>
+#include <QHash>
+#include <QSet>
 
 namespace bram
 {
@@ -16,15 +17,27 @@ QList<MenuRow> rowsOfClosedMenu(const QList<ApprovalItem> &items)
     return rows;
 }
 
-QList<MenuRow> rowsOfOpenMenu(const QList<MenuRow> &shown, const QList<ApprovalItem> &items)
+QList<MenuRow> rowsOfOpenMenu(const QList<MenuRow> &shown, const QList<ApprovalItem> &items,
+                              qsizetype mostRows)
 {
+    QHash<QStringView, const ApprovalItem *> pending;
+    for (const ApprovalItem &item : items) {
+        pending.insert(item.approvalId, &item);
+    }
     QList<MenuRow> rows = shown;
+    QSet<QStringView> shownIds;
     for (MenuRow &row : rows) {
-        row.isPending = row.isPending && items.contains(row.item);
+        const ApprovalItem *now = pending.value(row.item.approvalId);
+        row.isPending = row.isPending && now != nullptr && *now == row.item;
+        if (row.isPending) {
+            shownIds.insert(row.item.approvalId);
+        }
     }
     for (const ApprovalItem &item : items) {
-        const auto isItsRow = [&](const MenuRow &row) { return row.isPending && row.item == item; };
-        if (std::ranges::none_of(rows, isItsRow)) {
+        if (rows.size() >= mostRows) {
+            break;
+        }
+        if (!shownIds.contains(item.approvalId)) {
             rows.append({item, true});
         }
     }

@@ -25,7 +25,9 @@ enum class MenuState {
 QList<MenuRow> rowsOfClosedMenu(const QList<ApprovalItem> &items);
 
 /// The rows for `items` where `shown` is in a menu that is open: nothing moves under the pointer. What is
-/// no longer pending, or has changed, keeps its row as ended; what is new comes after the last row.
-QList<MenuRow> rowsOfOpenMenu(const QList<MenuRow> &shown, const QList<ApprovalItem> &items);
+/// no longer pending, or has changed, keeps its row as ended; what is new comes after the last row, up to
+/// `mostRows` in all.
+QList<MenuRow> rowsOfOpenMenu(const QList<MenuRow> &shown, const QList<ApprovalItem> &items,
+                              qsizetype mostRows);
 
 } // namespace bram

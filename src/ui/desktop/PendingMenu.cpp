@@ -4,6 +4,8 @@
 #include "model/HonestDisplay.h"
 #include "ui/desktop/DesktopActions.h"
 
+#include <algorithm>
+
 namespace bram
 {
 
@@ -20,13 +22,13 @@ PendingMenu::~PendingMenu() = default;
 
 void PendingMenu::update(const QList<ApprovalItem> &items, MenuState state)
 {
-    const QList<ApprovalItem> listed = items.first(std::min(mostRows, items.size()));
     QList<MenuRow> shown;
     for (const Row &row : m_rows) {
         shown.append(row.content);
     }
-    const QList<MenuRow> wanted
-        = state == MenuState::Open ? rowsOfOpenMenu(shown, listed) : rowsOfClosedMenu(listed);
+    const QList<MenuRow> wanted = state == MenuState::Open
+        ? rowsOfOpenMenu(shown, items, mostRowsWhileOpen)
+        : rowsOfClosedMenu(items.first(std::min(mostRows, items.size())));
     std::vector<Row> rows;
     for (const MenuRow &content : wanted) {
         const auto same = std::ranges::find_if(m_rows, [&](const Row &row) {
@@ -54,11 +56,14 @@ void PendingMenu::update(const QList<ApprovalItem> &items, MenuState state)
         }
         successor = action;
     }
-    labelLastRow(items.size() - listed.size());
+    labelLastRow(items.size() - std::ranges::count_if(m_rows, [](const Row &row) {
+                     return row.content.isPending;
+                 }));
 }
 
-void PendingMenu::retranslate()
+void PendingMenu::retranslate(MenuDrawing drawing)
 {
+    m_drawing = drawing;
     for (Row &row : m_rows) {
         row.menu->clear();
         fill(*row.menu, row.content.item);

@@ -17,14 +17,15 @@ namespace bram
 class DesktopActions;
 
 /// The submenu of pending requests: a submenu for each, with its command and what can be done about it.
-/// While it is open nothing moves; see `rowsOfOpenMenu`. Only the first 50 requests have rows; a last
-/// row leads to the window that lists the others.
+/// While it is open nothing moves; see `rowsOfOpenMenu`. Only the first 50 requests have rows, and 50 more
+/// while it is open, because ended ones keep theirs; a last row leads to the window that lists the others.
 class PendingMenu final : public QObject
 {
     Q_OBJECT
 
 public:
     static constexpr qsizetype mostRows = 50;
+    static constexpr qsizetype mostRowsWhileOpen = 100;
 
     PendingMenu(DesktopActions &actions, MenuDrawing drawing);
     ~PendingMenu() override;
@@ -32,8 +33,8 @@ public:
     QMenu &menu() { return m_menu; }
 
     void update(const QList<ApprovalItem> &items, MenuState state);
-    /// Writes every text anew, after a change of the language.
-    void retranslate();
+    /// Writes every text anew, after a change of the language or of who draws.
+    void retranslate(MenuDrawing drawing);
 
 private:
     struct Row {

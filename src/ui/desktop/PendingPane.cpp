@@ -119,6 +119,7 @@ void PendingPane::retranslate()
     m_copyDetails->setText(tr("Copy Details"));
     m_copyId->setText(tr("Copy ID"));
     setItems(QList<ApprovalItem>(m_model.items()));
+    m_shown.reset();
     showSelected();
 }
 
@@ -135,6 +136,10 @@ void PendingPane::showSelected()
     for (QPushButton *button : {m_allowOnce, m_alwaysAllow, m_deny, m_copyDetails, m_copyId}) {
         button->setEnabled(item.has_value());
     }
+    if (item && item == m_shown) {
+        return; // another one came or went: the place where the reader is stays
+    }
+    m_shown = item;
     if (!item) {
         m_facts->setText(m_model.items().isEmpty() ? tr("Requests for approval appear here.")
                                                    : tr("Select a request to read it whole."));

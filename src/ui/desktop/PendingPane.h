@@ -43,6 +43,7 @@ private:
 
     DesktopActions &m_actions;
     PendingModel m_model;
+    std::optional<ApprovalItem> m_shown; ///< in the details
     QLabel *m_title;
     QListView *m_list;
     QLabel *m_facts;

@@ -16,6 +16,8 @@ using namespace std::chrono_literals;
 namespace
 {
 constexpr auto longestOpen = 2min;
+/// A panel may tell of the click after it has told that the menu is closed.
+constexpr auto clickMayFollowFor = 1s;
 } // namespace
 
 StatusMenu::StatusMenu(DesktopActions &actions, const LanguageChoice &language, MenuDrawing drawing)
@@ -29,9 +31,12 @@ StatusMenu::StatusMenu(DesktopActions &actions, const LanguageChoice &language, 
     labelRows();
     m_forgottenOpen.setSingleShot(true);
     m_forgottenOpen.setInterval(longestOpen);
-    connect(&m_forgottenOpen, &QTimer::timeout, this, &StatusMenu::onClosed);
+    connect(&m_forgottenOpen, &QTimer::timeout, this, &StatusMenu::countAsClosed);
+    m_closing.setSingleShot(true);
+    m_closing.setInterval(clickMayFollowFor);
+    connect(&m_closing, &QTimer::timeout, this, &StatusMenu::countAsClosed);
     connect(&m_menu, &QMenu::aboutToShow, this, &StatusMenu::onOpened);
-    connect(&m_menu, &QMenu::aboutToHide, this, &StatusMenu::onClosed);
+    connect(&m_menu, &QMenu::aboutToHide, this, [this] { m_closing.start(); });
     update({});
 }
 
@@ -71,7 +76,7 @@ void StatusMenu::buildBulkMenu()
     m_menu.addMenu(&m_bulk);
     const auto decideAll = [this](QAction &action, ApprovalDecision decision) {
         connect(&action, &QAction::triggered, this,
-                [this, decision] { m_actions.decideAll(m_pendingWhenOpened, decision); });
+                [this, decision] { m_actions.decideAll(m_bulkItems, decision); });
     };
     decideAll(m_approveAll, ApprovalDecision::AllowOnce);
     decideAll(m_alwaysAllowAll, ApprovalDecision::AllowAlways);
@@ -99,7 +104,7 @@ void StatusMenu::update(const StatusMenuContent &content)
 {
     m_content = content;
     if (m_state == MenuState::Closed) {
-        m_pendingWhenOpened = content.pending;
+        takeBulkItems();
     }
     showStatus();
     m_pending.update(content.pending, m_state);
@@ -110,9 +115,33 @@ void StatusMenu::update(const StatusMenuContent &content)
 void StatusMenu::retranslate()
 {
     labelRows();
-    m_pending.retranslate();
-    m_history.retranslate();
+    labelBulkRows();
+    m_pending.retranslate(m_drawing);
+    m_history.retranslate(m_drawing);
     update(StatusMenuContent(m_content));
+}
+
+void StatusMenu::setDrawing(MenuDrawing drawing)
+{
+    if (drawing != m_drawing) {
+        m_drawing = drawing;
+        retranslate();
+    }
+}
+
+void StatusMenu::takeBulkItems()
+{
+    m_bulkItems = m_content.pending;
+    labelBulkRows();
+}
+
+void StatusMenu::labelBulkRows()
+{
+    const qsizetype count = m_bulkItems.size();
+    m_approveAll.setText(count == 0 ? tr("Approve All Pending")
+                                    : tr("Approve All Pending (%1)").arg(count));
+    m_alwaysAllowAll.setText(count == 0 ? tr("Always Allow All Pending")
+                                        : tr("Always Allow All Pending (%1)").arg(count));
 }
 
 void StatusMenu::labelRows()
@@ -120,8 +149,6 @@ void StatusMenu::labelRows()
     m_reconnect.setText(tr("Reconnect Gateway"));
     m_reload.setText(tr("Reload Gateway Token"));
     m_bulk.setTitle(tr("All Pending Approvals"));
-    m_approveAll.setText(tr("Approve All Pending"));
-    m_alwaysAllowAll.setText(tr("Always Allow All Pending"));
     m_denyAll.setText(tr("Deny All pending"));
     m_copyAll.setText(tr("Copy all approval IDs and details"));
     m_history.menu().setTitle(tr("Recent History"));
@@ -159,23 +186,20 @@ void StatusMenu::showPendingCount()
     m_clearPending.setEnabled(count > 0);
 }
 
+/// Also when it counts as open already: then nobody has said that it was closed in between.
 void StatusMenu::onOpened()
 {
+    countAsClosed();
     m_state = MenuState::Open;
-    m_pendingWhenOpened = m_content.pending;
     m_forgottenOpen.start();
 }
 
-void StatusMenu::onClosed()
+void StatusMenu::countAsClosed()
 {
+    m_closing.stop();
     m_forgottenOpen.stop();
     m_state = MenuState::Closed;
-    // An entry that was clicked is triggered after the menu has closed: what it is about stays until then.
-    QTimer::singleShot(0, this, [this] {
-        if (m_state == MenuState::Closed) {
-            update(StatusMenuContent(m_content));
-        }
-    });
+    update(StatusMenuContent(m_content));
 }
 
 } // namespace bram

@@ -42,6 +42,8 @@ public:
 
     /// Writes every text anew, after a change of the language.
     void retranslate();
+    /// The same when somebody else draws the menu than was thought.
+    void setDrawing(MenuDrawing drawing);
 
 private:
     void build();
@@ -50,15 +52,18 @@ private:
     void labelRows();
     void showStatus();
     void showPendingCount();
+    void takeBulkItems();
+    void labelBulkRows();
     void onOpened();
-    void onClosed();
+    void countAsClosed();
 
     DesktopActions &m_actions;
     const LanguageChoice &m_language;
     MenuDrawing m_drawing;
     StatusMenuContent m_content;
-    QList<ApprovalItem> m_pendingWhenOpened; ///< what the bulk actions of an open menu are about
+    QList<ApprovalItem> m_bulkItems; ///< what the bulk actions are labelled with, and about
     MenuState m_state = MenuState::Closed;
+    QTimer m_closing; ///< from when the menu was closed until it counts as closed
     QTimer m_forgottenOpen; ///< a panel may fail to say that it has closed the menu
 
     QMenu m_menu;

@@ -170,6 +170,7 @@ void StatusWindow::showStatus()
             const StatusLine &line = m_content.status.at(index);
             row.dot->setPixmap(
                 statusDot(line.indicator).pixmap(QSize(dotSide, dotSide), devicePixelRatioF()));
+            row.dot->setAccessibleName(indicatorWord(line.indicator));
             row.text->setText(line.text);
         }
     }

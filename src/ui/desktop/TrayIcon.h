@@ -49,6 +49,9 @@ public:
     /// Draws the icon anew when its picture is another one.
     void setLook(const TrayLook &look);
 
+    /// Whether this process draws the icon's menu itself; else the host does. Decided with the first host.
+    bool drawsMenuItself() const { return m_kind == TrayHost::XEmbed; }
+
     /// Whether there is a host that shows the icon at this moment.
     bool isHosted() const;
 

@@ -4,6 +4,7 @@
 #include "system/Preferences.h"
 
 #include <QCoreApplication>
+#include <QLibraryInfo>
 
 namespace bram
 {
@@ -39,6 +40,7 @@ bool LanguageChoice::choose(MenuLanguage language)
 void LanguageChoice::install()
 {
     if (m_current == MenuLanguage::English) {
+        QCoreApplication::removeTranslator(&m_toolkitKorean);
         QCoreApplication::removeTranslator(&m_korean);
         return;
     }
@@ -46,6 +48,11 @@ void LanguageChoice::install()
     if (m_korean.isEmpty() && !m_korean.load(u":/i18n/bram_ko.qm"_s)) {
         return;
     }
+    if (m_toolkitKorean.isEmpty()) {
+        [[maybe_unused]] const bool isInstalled = m_toolkitKorean.load(
+            u"qtbase_ko"_s, QLibraryInfo::path(QLibraryInfo::TranslationsPath));
+    }
+    QCoreApplication::installTranslator(&m_toolkitKorean);
     QCoreApplication::installTranslator(&m_korean);
 }
 

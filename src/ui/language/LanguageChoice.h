@@ -36,6 +36,7 @@ private:
     Preferences &m_preferences;
     MenuLanguage m_current = MenuLanguage::English;
     QTranslator m_korean;
+    QTranslator m_toolkitKorean; ///< the toolkit's own texts, where its catalogue is installed
 };
 
 } // namespace bram

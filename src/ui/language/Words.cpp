@@ -14,6 +14,13 @@ struct WordRow {
     const char *word;
 };
 
+constexpr WordRow<IndicatorState> indicators[] = {
+    {IndicatorState::Green, QT_TRANSLATE_NOOP("Words", "working")},
+    {IndicatorState::Yellow, QT_TRANSLATE_NOOP("Words", "under way")},
+    {IndicatorState::Red, QT_TRANSLATE_NOOP("Words", "failing")},
+    {IndicatorState::Gray, QT_TRANSLATE_NOOP("Words", "unknown")},
+};
+
 constexpr WordRow<ApprovalHistoryState> historyStates[] = {
     {ApprovalHistoryState::Pending, QT_TRANSLATE_NOOP("Words", "pending")},
     {ApprovalHistoryState::AllowOnce, QT_TRANSLATE_NOOP("Words", "allowed once")},
@@ -74,6 +81,11 @@ QString wordFor(const WordRow<Enum> (&rows)[N], Enum value)
     Q_UNREACHABLE();
 }
 } // namespace
+
+QString indicatorWord(IndicatorState indicator)
+{
+    return wordFor(indicators, indicator);
+}
 
 QString historyStateWord(ApprovalHistoryState state)
 {

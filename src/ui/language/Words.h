@@ -4,6 +4,7 @@
 #include "gateway/TokenSyncState.h"
 #include "model/ActivityEntry.h"
 #include "model/ApprovalHistoryEntry.h"
+#include "model/IndicatorState.h"
 
 #include <QString>
 
@@ -12,6 +13,7 @@ namespace bram
 
 /// The words that every front-end uses for values that have no wording of their own.
 
+QString indicatorWord(IndicatorState indicator);
 QString historyStateWord(ApprovalHistoryState state);
 QString activityActionWord(ActivityAction action);
 QString tokenStateWords(TokenSyncState state);
