@@ -41,20 +41,20 @@ constexpr std::array optionalKeys {
 
 enum class Escapes { None, Possible };
 
-/// The parser's first pass has made sure of UTF-8 and of control characters, and leaves open how escapes are
-/// spelled; most lines have none.
-bool readText(json::value value, Escapes escapes, std::string_view &text)
+/// What is in the text; null when the value is not quite a text. The parser's first pass has made sure of UTF-8
+/// and of control characters, and leaves open how escapes are spelled; most lines have none.
+std::string_view readText(json::value value, Escapes escapes)
 {
-    text = value.raw_json_token();
+    std::string_view text = value.raw_json_token();
     if (text.size() < 2 || text.front() != '"' || text.back() != '"') {
-        return false;
+        return {};
     }
     text = text.substr(1, text.size() - 2);
     if (escapes == Escapes::Possible && text.find('\\') != text.npos) {
-        return value.get_string().get(text) == SUCCESS;
+        return value.get_string().get(text) == SUCCESS ? text : std::string_view();
     }
     // Only so that the parser need not find the end of the text once more.
-    return value.get_raw_json_string().error() == SUCCESS;
+    return value.get_raw_json_string().error() == SUCCESS ? text : std::string_view();
 }
 
 bool readNumber(json::value value, qint64 &number)
@@ -88,8 +88,8 @@ bool readOptionalField(json::field &field, Escapes escapes, std::size_t &next,
         event.latencyMs = 0;
         return readNumber(field.value(), *event.latencyMs);
     }
-    std::string_view text;
-    if (!readText(field.value(), escapes, text)) {
+    const std::string_view text = readText(field.value(), escapes);
+    if (text.data() == nullptr) {
         return false;
     }
     if (key.text != nullptr) {
@@ -117,7 +117,9 @@ bool readUsual(json::document &document, Escapes escapes, AuditEventView &event)
             isUsual
                 = isKey(field.key(), "timestampMs") && readNumber(field.value(), event.timestampMs);
         } else if (position == 1) {
-            isUsual = isKey(field.key(), "kind") && readText(field.value(), escapes, event.kind);
+            event.kind = isKey(field.key(), "kind") ? readText(field.value(), escapes)
+                                                    : std::string_view();
+            isUsual = event.kind.data() != nullptr;
         } else {
             isUsual = readOptionalField(field, escapes, next, event);
         }
@@ -127,6 +129,17 @@ bool readUsual(json::document &document, Escapes escapes, AuditEventView &event)
         ++position;
     }
     return position >= 2 && document.current_location().error() == simdjson::OUT_OF_BOUNDS;
+}
+
+/// Field by field: the compiler's way to make a new one takes a fifth of the time of reading a line.
+void clear(AuditEventView &event)
+{
+    for (const auto text :
+         {&AuditEventView::agentId, &AuditEventView::decision, &AuditEventView::risk,
+          &AuditEventView::commandPreview, &AuditEventView::note}) {
+        (event.*text).reset();
+    }
+    event.latencyMs.reset();
 }
 } // namespace
 
@@ -141,21 +154,22 @@ AuditLineScanner::AuditLineScanner()
 
 AuditLineScanner::~AuditLineScanner() = default;
 
-std::optional<AuditEventView> AuditLineScanner::scan(std::string_view line)
+const AuditEventView *AuditLineScanner::scan(std::string_view line)
 {
-    AuditEventView event;
+    clear(m_event);
     json::document document;
     const auto error
         = m_parser->json.iterate(line.data(), line.size(), line.size() + linePadding).get(document);
     const Escapes escapes = line.find('\\') == line.npos ? Escapes::None : Escapes::Possible;
-    if (error == SUCCESS && readUsual(document, escapes, event)) {
-        return event;
+    if (error == SUCCESS && readUsual(document, escapes, m_event)) {
+        return &m_event;
     }
     const auto record = m_decoder.decode(line);
     if (!record) {
-        return std::nullopt;
+        return nullptr;
     }
-    return m_decoded.emplace(*record).view();
+    m_event = m_decoded.emplace(*record).view();
+    return &m_event;
 }
 
 } // namespace bram

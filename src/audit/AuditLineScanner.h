@@ -22,15 +22,16 @@ public:
     ~AuditLineScanner();
     Q_DISABLE_COPY_MOVE(AuditLineScanner)
 
-    /// `line` is without its line feed and has `linePadding` readable bytes behind it. What the view names is
-    /// valid until the next call, and no longer than the line itself. Nothing when the line is no record.
-    std::optional<AuditEventView> scan(std::string_view line);
+    /// `line` is without its line feed and has `linePadding` readable bytes behind it. The event is valid until
+    /// the next call, and no longer than the line itself. Null when the line is no record.
+    const AuditEventView *scan(std::string_view line);
 
 private:
     struct Parser;
 
     std::unique_ptr<Parser> m_parser;
     AuditRecordDecoder m_decoder;
+    AuditEventView m_event;
     std::optional<AuditEventBytes> m_decoded;
 };
 

@@ -130,8 +130,8 @@ private:
         LinePlace place {.file = index};
         const auto consume = [&](std::string_view line) {
             ++place.line;
-            const auto event = m_scanner.scan(line);
-            if (!event || event->timestampMs < m_options.sinceMs) {
+            const AuditEventView *event = m_scanner.scan(line);
+            if (event == nullptr || event->timestampMs < m_options.sinceMs) {
                 return;
             }
             fold.add(*event);
