@@ -18,6 +18,9 @@ namespace
 {
 using Popup = test::PopupFixture;
 
+constexpr Qt::KeyboardModifiers shortcutKeys
+    = Qt::ControlModifier | Qt::AltModifier | Qt::ShiftModifier;
+
 MATCHER_P(Says, text, "")
 {
     return arg.contains(text);
@@ -69,7 +72,7 @@ TEST_F(Popup, NothingAnswersBeforeItIsArmed)
     ASSERT_TRUE(isActive());
     const auto &allow = button(ApprovalDecision::AllowOnce);
     click(allow);
-    key(Qt::Key_O, Qt::ControlModifier | Qt::ShiftModifier);
+    key(Qt::Key_O, shortcutKeys);
     key(Qt::Key_Return);
     key(Qt::Key_Escape);
     press(allow);
@@ -117,7 +120,7 @@ TEST_F(Popup, EachDecisionHasItsButtonAndItsShortcut)
         EXPECT_FALSE(shown.isDefault() || shown.autoDefault());
         click(shown);
         presentArmed(u"k"_s);
-        key(row.key, Qt::ControlModifier | Qt::ShiftModifier);
+        key(row.key, shortcutKeys);
         expected << u"b "_s + rawText(row.decision) << u"k "_s + rawText(row.decision);
     }
     EXPECT_EQ(answers, expected);
@@ -133,7 +136,7 @@ TEST_F(Popup, ReturnAndSpaceDecideOnlyOnAButtonThatWasGivenTheFocus)
     EXPECT_TRUE(isArmed());
 
     key(Qt::Key_Tab);
-    EXPECT_TRUE(button(ApprovalDecision::AllowOnce).hasFocus());
+    EXPECT_TRUE(button(ApprovalDecision::Deny).hasFocus()) << "what does no harm comes first";
     key(Qt::Key_X);
     EXPECT_FALSE(isArmed()) << "somebody is writing";
     key(Qt::Key_Space);
@@ -145,22 +148,79 @@ TEST_F(Popup, ReturnAndSpaceDecideOnlyOnAButtonThatWasGivenTheFocus)
 
     key(Qt::Key_Tab);
     key(Qt::Key_Tab);
+    ASSERT_TRUE(handsRest());
     key(Qt::Key_Return);
     presentArmed(u"b"_s);
     EXPECT_TRUE(view().commandView().hasFocus()) << "the focus does not stay for the next one";
     key(Qt::Key_Backtab);
+    ASSERT_TRUE(handsRest());
     key(Qt::Key_Space);
-    EXPECT_THAT(answers, ElementsAre(u"a allow-always"_s, u"b deny"_s));
+    EXPECT_THAT(answers, ElementsAre(u"a allow-once"_s, u"b allow-always"_s));
+}
+
+TEST_F(Popup, WhatIsTypedThroughItDecidesNothing)
+{
+    presentArmed(u"a"_s);
+    for (const auto &[move, answer] :
+         {std::pair(u"Tab"_s, u"Return"_s), {u"Tab"_s, u"space"_s}, {u"Right"_s, u"KP_Enter"_s}}) {
+        ASSERT_TRUE(isArmed());
+        ASSERT_TRUE(xdotool({u"key"_s, u"--delay"_s, u"40"_s, move, answer, answer}));
+        EXPECT_THAT(answers, IsEmpty());
+    }
+    // Hammering on it does not help either, only a rest does.
+    ASSERT_TRUE(xdotool({u"key"_s, u"--delay"_s, u"500"_s, u"Return"_s, u"Return"_s}));
+    EXPECT_THAT(answers, IsEmpty());
+    button(ApprovalDecision::Deny).setFocus();
+    ASSERT_TRUE(handsRest());
+    ASSERT_TRUE(xdotool({u"key"_s, u"Return"_s}));
+    EXPECT_TRUE(test::waitUntil([&] { return !answers.isEmpty(); }));
+    EXPECT_THAT(answers, ElementsAre(u"a deny"_s));
 }
 
 TEST_F(Popup, ClosingDecidesNothing)
 {
-    present(u"a"_s);
+    presentArmed(u"a"_s);
     window().close();
     presentArmed(u"b"_s);
     key(Qt::Key_Escape);
     EXPECT_THAT(answers, ElementsAre(u"a nothing"_s, u"b nothing"_s));
     EXPECT_FALSE(window().isVisible());
+}
+
+TEST_F(Popup, IsNotClosedUnseen)
+{
+    present(u"a"_s);
+    ASSERT_TRUE(isActive());
+    ASSERT_TRUE(xdotool({u"key"_s, u"alt+F4"_s}));
+    ASSERT_TRUE(becomesArmed());
+    ASSERT_TRUE(xdotool({u"key"_s, u"alt+F4"_s}));
+    ASSERT_TRUE(test::waitUntil([&] { return !window().isVisible(); }));
+    EXPECT_THAT(answers, ElementsAre(u"a nothing"_s));
+
+    // The second click on the title's close button falls on the next one.
+    const auto presentNext = [this](std::optional<ApprovalDecision>) {
+        answers.append(u"b nothing"_s);
+        popup.present(item(u"c"_s), record(u"c"_s));
+    };
+    popup.present(item(u"b"_s), presentNext);
+    ASSERT_TRUE(becomesArmed());
+    const QPoint at = window().frameGeometry().topRight() + QPoint(-10, 8);
+    const QStringList toClose {u"mousemove"_s, QString::number(at.x()), QString::number(at.y())};
+    ASSERT_TRUE(xdotool(
+        toClose + QStringList {u"click"_s, u"--repeat"_s, u"2"_s, u"--delay"_s, u"80"_s, u"1"_s}));
+    ASSERT_TRUE(test::waitUntil([&] { return shownId() == u"c"; }));
+    ASSERT_TRUE(becomesArmed());
+    EXPECT_THAT(answers, ElementsAre(u"a nothing"_s, u"b nothing"_s));
+
+    // One that has been in sight without the keyboard is closed by the first click.
+    QWidget other;
+    other.setGeometry(0, 0, 200, 100);
+    other.show();
+    other.activateWindow();
+    ASSERT_TRUE(test::waitUntil([&] { return other.isActiveWindow(); }));
+    ASSERT_TRUE(xdotool(toClose + QStringList {u"click"_s, u"1"_s}));
+    ASSERT_TRUE(test::waitUntil([&] { return !window().isVisible(); }));
+    EXPECT_EQ(answers.last(), u"c nothing");
 }
 
 TEST_F(Popup, AChangedFormIsArmedAnewAndOnlyTheNewestCanBeAnswered)
@@ -273,6 +333,7 @@ TEST_F(Popup, WorksTheBoardsQueue)
     board.remove(u"b"_s, ApprovalHistoryState::Resolved);
     EXPECT_THAT(words(), Says(u"was decided elsewhere"));
     ASSERT_TRUE(test::waitUntil([&] { return shownId() == u"c"; }));
+    ASSERT_TRUE(becomesArmed());
     window().close();
     EXPECT_EQ(shownId(), u"late");
 
@@ -297,7 +358,7 @@ TEST_F(Popup, RealInputOnARealScreen)
     ASSERT_TRUE(isActive());
     const QStringList click {u"click"_s, u"1"_s};
     ASSERT_TRUE(xdotool(moveTo(allow) + click));
-    ASSERT_TRUE(xdotool({u"key"_s, u"space"_s, u"Return"_s, u"ctrl+shift+o"_s}));
+    ASSERT_TRUE(xdotool({u"key"_s, u"space"_s, u"Return"_s, u"ctrl+alt+shift+o"_s}));
     EXPECT_THAT(answers, IsEmpty()) << "too early";
     ASSERT_TRUE(xdotool({u"mousedown"_s, u"1"_s, u"sleep"_s, u"1"_s, u"mouseup"_s, u"1"_s}));
     ASSERT_TRUE(becomesArmed());
@@ -308,7 +369,7 @@ TEST_F(Popup, RealInputOnARealScreen)
     EXPECT_THAT(answers, ElementsAre(u"a allow-once"_s));
 
     presentArmed(u"b"_s);
-    ASSERT_TRUE(xdotool({u"key"_s, u"ctrl+shift+d"_s}));
+    ASSERT_TRUE(xdotool({u"key"_s, u"ctrl+alt+shift+d"_s}));
     EXPECT_TRUE(test::waitUntil([&] { return answers.size() == 2; }));
     EXPECT_THAT(answers, ElementsAre(u"a allow-once"_s, u"b deny"_s));
 }
@@ -345,7 +406,8 @@ TEST_F(Popup, AppearsInTheMiddleOfTheScreenWithThePointer)
         ASSERT_TRUE(isActive());
         const QPoint off = window().frameGeometry().center() - screen->availableGeometry().center();
         EXPECT_LE(off.manhattanLength(), 40) << "but for the frame";
-        window().close();
+        popup.dismiss();
+        ASSERT_TRUE(test::waitUntil([&] { return !window().isVisible(); }));
     }
 }
 

@@ -70,6 +70,21 @@ TEST(ArmingGuard, WhatHappensBeforeItIsArmedPutsItOff)
     }
 }
 
+TEST(ArmingGuard, AKeyAnswersOnlyAfterARestSinceTheFocusCame)
+{
+    ArmingGuard guard = inSightSince(start);
+    EXPECT_FALSE(guard.answerKeyPressed(start + still - 1));
+    const qint64 moved = start + 3 * still;
+    ASSERT_TRUE(guard.isArmed(moved));
+    guard.focusMoved(moved);
+    EXPECT_TRUE(guard.isArmed(moved)) << "for the mouse and the shortcuts";
+    EXPECT_FALSE(guard.answerKeyPressed(moved + still - 1));
+    EXPECT_FALSE(guard.answerKeyPressed(moved + 2 * still - 2)) << "pressed again too soon";
+    EXPECT_TRUE(guard.answerKeyPressed(moved + 3 * still - 2));
+    guard.restart(moved + 4 * still);
+    EXPECT_FALSE(guard.answerKeyPressed(moved + 5 * still - 1));
+}
+
 TEST(ArmingGuard, APressCountsOnlyWhenItBeganArmedAndNothingChangedUnderIt)
 {
     ArmingGuard early = inSightSince(start);

@@ -140,7 +140,7 @@ TEST_F(DesktopRoad, popupNotificationAndMenuEachTakeADecisionToTheGateway)
 
     ASSERT_TRUE(popupIsThere());
     EXPECT_TRUE(decidesBy(*gateway, u"decision shortcut-2 allow-always accepted"_s,
-                          [] { key(u"ctrl+shift+a"_s); }));
+                          [] { key(u"ctrl+alt+shift+a"_s); }));
 
     ASSERT_TRUE(waitUntil([&] { return bram->errors().contains(u"requested id=notice-3"_s); }));
     ASSERT_TRUE(waitUntil([] { return shownNotifications() == 1; }));
@@ -180,7 +180,7 @@ TEST_F(DesktopRoad, whatWasMeantForSomethingElseDecidesNothing)
     ASSERT_TRUE(popupIsThere());
     // The click and the keys of somebody who was busy with something else.
     clickDeny();
-    for (const char *typed : {"Return", "space", "KP_Enter", "y", "ctrl+shift+o", "Return"}) {
+    for (const char *typed : {"Return", "space", "KP_Enter", "y", "ctrl+alt+shift+o", "Return"}) {
         key(QString::fromLatin1(typed));
     }
     ASSERT_FALSE(windowTitled(popupTitle).isEmpty());
@@ -218,7 +218,7 @@ TEST_F(DesktopRoad, survivesThatDaemonAndPanelDieAndReturn)
     EXPECT_TRUE(waitUntil([] { return !windowTitled(u"Brackwen Approvals"_s).isEmpty(); }));
     EXPECT_TRUE(decidesBy(*gateway, u"decision before-1 allow-once accepted"_s, [] {
         run({u"xdotool"_s, u"windowactivate"_s, u"--sync"_s, windowTitled(popupTitle)});
-        key(u"ctrl+shift+o"_s);
+        key(u"ctrl+alt+shift+o"_s);
     }));
 
     run({u"start-notifications"_s});

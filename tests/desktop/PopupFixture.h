@@ -121,6 +121,8 @@ protected:
         return waitUntil([&] { return process.state() == QProcess::NotRunning; })
             && process.exitCode() == 0;
     }
+    /// Longer than it takes to be armed.
+    [[nodiscard]] bool handsRest() { return xdotool({u"sleep"_s, u"0.9"_s}); }
     QStringList moveTo(const QWidget &widget) const
     {
         const QPoint at = widget.mapToGlobal(widget.rect().center()) * window().devicePixelRatioF();

@@ -46,11 +46,19 @@ void ApprovalPopupPresenter::build()
     m_window->setContent(m_view);
     m_view->setWaitingCount(m_waitingCount);
     m_watch = std::make_unique<ArmingWatch>(*m_window);
-    connect(m_window.get(), &ApprovalPopupWindow::closeRequested, this,
-            &ApprovalPopupPresenter::closeUndecided);
+    // What was meant for another window, be it Escape, Alt+F4 or the second click of a double click, must
+    // not make the question vanish unseen.
+    connect(m_window.get(), &ApprovalPopupWindow::closeRequested, this, [this] {
+        // The window manager does not say who wants it. A popup that does not have the keyboard is given
+        // it by the very click that closes it, so there the time on the screen counts.
+        if (mayClose()
+            || (m_window->isPointerOnFrame()
+                && m_shownSince.hasExpired(ArmingGuard::stillnessMs))) {
+            closeUndecided();
+        }
+    });
     connect(m_window.get(), &ApprovalPopupWindow::escapePressed, this, [this] {
-        // An Escape that was meant for another window must not make the question vanish unseen.
-        if (m_watch->isArmed() || showsMoment()) {
+        if (mayClose()) {
             closeUndecided();
         }
     });
@@ -131,6 +139,7 @@ void ApprovalPopupPresenter::showNow(Presentation presentation)
     m_window->showInFront(fittingSize());
     m_watch->setReady(m_view->commandView().isWhole());
     m_watch->restart();
+    m_shownSince.start();
     updateAnswering();
 }
 
@@ -157,6 +166,11 @@ void ApprovalPopupPresenter::decide(ApprovalDecision decision)
     if (m_shown && m_shown->completion && m_watch->isArmed()) {
         complete(decision);
     }
+}
+
+bool ApprovalPopupPresenter::mayClose() const
+{
+    return m_watch->isArmed() || showsMoment();
 }
 
 void ApprovalPopupPresenter::closeUndecided()

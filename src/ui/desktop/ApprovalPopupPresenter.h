@@ -4,6 +4,7 @@
 #include "model/ApprovalHistoryEntry.h"
 #include "monitor/MonitorPorts.h"
 
+#include <QElapsedTimer>
 #include <QObject>
 #include <QTimer>
 
@@ -55,6 +56,7 @@ private:
     void showHeldOrHide();
     void hide();
     void decide(ApprovalDecision decision);
+    bool mayClose() const;
     void closeUndecided();
     void complete(std::optional<ApprovalDecision> decision);
     void withdrawCompletion();
@@ -69,6 +71,7 @@ private:
     std::unique_ptr<ArmingWatch> m_watch;
     std::optional<Presentation> m_shown; ///< what the window shows; absent while it is hidden
     std::optional<Presentation> m_held; ///< what it will show
+    QElapsedTimer m_shownSince; ///< in this form
     quint64 m_presentCount = 0;
     qsizetype m_waitingCount = 0;
     QTimer m_moment; ///< runs while the window says what became of a request

@@ -125,13 +125,18 @@ void ApprovalPopupView::build()
     m_state = addLabel<ElidedLabel>(facts, smallPoints);
     facts->addStretch();
     foot->addStrut(3 * m_state->sizeHint().height()); // as many as there can be
-    const auto withKey = [](Qt::Key key) { return QKeySequence(Qt::CTRL | Qt::SHIFT | key); };
+    const auto withKey
+        = [](Qt::Key key) { return QKeySequence(Qt::CTRL | Qt::ALT | Qt::SHIFT | key); };
     addButton(m_allowOnce, allowOnceText, withKey(Qt::Key_O), m_actions.onAllowOnce);
     addButton(m_allowAlways, allowAlwaysText, withKey(Qt::Key_A), m_actions.onAllowAlways);
     addButton(m_deny, denyText, withKey(Qt::Key_D), m_actions.onDeny);
     for (auto *button : {m_allowOnce, m_allowAlways, m_deny}) {
         foot->addWidget(button);
     }
+    // Of the answers, Tab comes first to the one that does no harm.
+    setTabOrder(m_command, m_deny);
+    setTabOrder(m_deny, m_allowOnce);
+    setTabOrder(m_allowOnce, m_allowAlways);
 }
 
 void ApprovalPopupView::addButton(DecisionButton *&button, const QString &fixedText,

@@ -52,6 +52,12 @@ void ApprovalPopupWindow::showInFront(QSize contentSize)
     activateWindow();
 }
 
+bool ApprovalPopupWindow::isPointerOnFrame() const
+{
+    const QPoint at = QCursor::pos();
+    return frameGeometry().contains(at) && !geometry().contains(at);
+}
+
 void ApprovalPopupWindow::closeEvent(QCloseEvent *event)
 {
     event->ignore();

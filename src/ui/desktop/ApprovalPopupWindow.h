@@ -21,6 +21,9 @@ public:
     /// already, where it is; in front and with the keyboard.
     void showInFront(QSize contentSize);
 
+    /// Whether the pointer is on the title or the border that the window manager has put around it.
+    bool isPointerOnFrame() const;
+
 Q_SIGNALS:
     void closeRequested();
     void escapePressed();

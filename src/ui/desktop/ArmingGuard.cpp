@@ -45,6 +45,16 @@ void ArmingGuard::keyPressed(qint64 nowMs)
     }
 }
 
+bool ArmingGuard::answerKeyPressed(qint64 nowMs)
+{
+    const bool counts = isArmed(nowMs) && nowMs - m_focusStillSinceMs >= stillnessMs;
+    if (!counts) {
+        keyPressed(nowMs);
+        focusMoved(nowMs);
+    }
+    return counts;
+}
+
 bool ArmingGuard::isArmed(qint64 nowMs) const
 {
     return msUntilArmed(nowMs) == 0;

@@ -30,6 +30,11 @@ public:
     void keyPressed(qint64 nowMs);
     /// A key that writes: whoever is writing means another window, so it begins anew even when armed.
     void keyTyped(qint64 nowMs) { restart(nowMs); }
+    /// The focus has come to something else: keys may answer there only after another 0.7 s.
+    void focusMoved(qint64 nowMs) { m_focusStillSinceMs = nowMs; }
+    /// A key that answers where the focus is. False when it comes too early, which begins anew: no
+    /// hammering on it answers.
+    [[nodiscard]] bool answerKeyPressed(qint64 nowMs);
 
     bool isPressed() const { return m_pressed; }
     bool isArmed(qint64 nowMs) const;
@@ -44,6 +49,7 @@ private:
     bool m_pressCounts
         = false; ///< the press that is going on began when armed, and nothing changed since
     qint64 m_stillSinceMs = 0;
+    qint64 m_focusStillSinceMs = 0;
 };
 
 } // namespace bram

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ui/desktop/ArmingWatch.h"
 
+#include <QApplication>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QWidget>
@@ -11,14 +12,18 @@ namespace bram
 
 namespace
 {
+/// On a button that was given the focus.
+bool isAnswer(const QKeyEvent &event)
+{
+    return event.key() == Qt::Key_Space || event.key() == Qt::Key_Return
+        || event.key() == Qt::Key_Enter;
+}
+
 bool isTyping(const QKeyEvent &event)
 {
     switch (event.key()) {
     case Qt::Key_Tab:
     case Qt::Key_Backtab:
-    case Qt::Key_Space: // on a button that was given the focus these two are an answer
-    case Qt::Key_Return:
-    case Qt::Key_Enter:
     case Qt::Key_Escape:
         return false;
     case Qt::Key_Backspace:
@@ -42,6 +47,11 @@ ArmingWatch::ArmingWatch(QWidget &window)
         update(m_elapsed.elapsed());
     });
     window.installEventFilter(this);
+    connect(qApp, &QApplication::focusChanged, this, [this](const QWidget *, const QWidget *now) {
+        if (now != nullptr && now->window() == &m_window) {
+            m_guard.focusMoved(m_elapsed.elapsed());
+        }
+    });
 }
 
 template<typename Fact>
@@ -66,8 +76,7 @@ void ArmingWatch::setReady(bool ready)
 bool ArmingWatch::eventFilter(QObject *watched, QEvent *event)
 {
     if (watched == m_native) {
-        onWindowEvent(event);
-        return false;
+        return !onWindowEvent(event);
     }
     switch (event->type()) {
     case QEvent::Show:
@@ -104,7 +113,7 @@ void ArmingWatch::lookAtSight()
     tell([inSight](ArmingGuard &guard, qint64 nowMs) { guard.setInSight(inSight, nowMs); });
 }
 
-void ArmingWatch::onWindowEvent(QEvent *event)
+bool ArmingWatch::onWindowEvent(QEvent *event)
 {
     switch (event->type()) {
     case QEvent::Expose:
@@ -124,18 +133,24 @@ void ArmingWatch::onWindowEvent(QEvent *event)
         }
         break;
     case QEvent::KeyPress:
-        onKey(*static_cast<QKeyEvent *>(event));
-        break;
+        return onKey(*static_cast<QKeyEvent *>(event));
     default:
         break;
     }
+    return true;
 }
 
-void ArmingWatch::onKey(const QKeyEvent &event)
+bool ArmingWatch::onKey(const QKeyEvent &event)
 {
-    tell([typing = isTyping(event)](ArmingGuard &guard, qint64 nowMs) {
-        typing ? guard.keyTyped(nowMs) : guard.keyPressed(nowMs);
+    bool passes = true;
+    tell([&](ArmingGuard &guard, qint64 nowMs) {
+        if (isAnswer(event)) {
+            passes = guard.answerKeyPressed(nowMs);
+        } else {
+            isTyping(event) ? guard.keyTyped(nowMs) : guard.keyPressed(nowMs);
+        }
     });
+    return passes;
 }
 
 void ArmingWatch::endPress()

@@ -47,8 +47,10 @@ protected:
 private:
     void watchNativeWindow();
     void lookAtSight();
-    void onWindowEvent(QEvent *event);
-    void onKey(const QKeyEvent &event);
+    /// False when the widgets are not to see it.
+    bool onWindowEvent(QEvent *event);
+    /// False when the widgets are not to see it.
+    bool onKey(const QKeyEvent &event);
     void endPress();
     template<typename Fact>
     void tell(Fact fact);
