@@ -325,6 +325,126 @@
         <source>#%1: a decision is already on its way; this one was ignored.</source>
         <translation>#%1: 이미 결정을 보내는 중이므로 이번 결정은 무시했습니다.</translation>
     </message>
+    <message>
+        <source>Say which agent: agent NAME</source>
+        <translation>에이전트를 지정하세요: agent NAME</translation>
+    </message>
+    <message>
+        <source>Say which language: language eng|kor</source>
+        <translation>언어를 지정하세요: language eng|kor</translation>
+    </message>
+    <message>
+        <source>No agent has this name (`agents` lists them): </source>
+        <translation>이런 이름의 에이전트가 없습니다(`agents`로 목록 보기): </translation>
+    </message>
+    <message>
+        <source>Requests of every agent are shown.</source>
+        <translation>모든 에이전트의 요청을 표시합니다.</translation>
+    </message>
+    <message>
+        <source>Only requests of this agent are shown: </source>
+        <translation>이 에이전트의 요청만 표시합니다: </translation>
+    </message>
+    <message>
+        <source>The texts are in English now.</source>
+        <translation>이제 한국어로 표시합니다.</translation>
+    </message>
+    <message>
+        <source>This could not be remembered; it lasts until the program ends.</source>
+        <translation>저장하지 못했습니다. 프로그램이 끝날 때까지만 유지됩니다.</translation>
+    </message>
+    <message>
+        <source>Answer with the number of a choice or its words.</source>
+        <translation>선택지의 번호나 문구로 답하세요.</translation>
+    </message>
+    <message>
+        <source>Suggested name: </source>
+        <translation>제안하는 이름: </translation>
+    </message>
+    <message>
+        <source>Answer with the path of a folder, beginning with / or . or ~; an empty line means none.</source>
+        <translation>/, . 또는 ~로 시작하는 폴더 경로로 답하세요. 빈 줄은 선택하지 않음을 뜻합니다.</translation>
+    </message>
+    <message>
+        <source>Answer with the path of a file, beginning with / or . or ~; an empty line means none.</source>
+        <translation>/, . 또는 ~로 시작하는 파일 경로로 답하세요. 빈 줄은 선택하지 않음을 뜻합니다.</translation>
+    </message>
+    <message>
+        <source>Replace the file?</source>
+        <translation>파일을 바꿀까요?</translation>
+    </message>
+    <message>
+        <source>There is a file already: </source>
+        <translation>파일이 이미 있습니다: </translation>
+    </message>
+    <message>
+        <source>Replace</source>
+        <translation>바꾸기</translation>
+    </message>
+    <message>
+        <source>Keep it</source>
+        <translation>그대로 두기</translation>
+    </message>
+    <message>
+        <source>The file: </source>
+        <translation>파일: </translation>
+    </message>
+    <message>
+        <source>Neither a command nor one of the choices 1 to %1: %2</source>
+        <translation>명령도 아니고 선택지 1~%1도 아닙니다: %2</translation>
+    </message>
+    <message>
+        <source>Neither a command nor a path beginning with / or . or ~: </source>
+        <translation>명령도 아니고 /, . 또는 ~로 시작하는 경로도 아닙니다: </translation>
+    </message>
+    <message>
+        <source>Not answered: the question came after the line was begun; type it again.</source>
+        <translation>답으로 처리하지 않았습니다. 입력을 시작한 뒤에 나온 질문이므로 다시 입력하세요.</translation>
+    </message>
+    <message>
+        <source>All agents (unrestricted)</source>
+        <translation>전체 에이전트(제한해제)</translation>
+    </message>
+    <message>
+        <source>agents                  whose requests can be shown; * marks whose are</source>
+        <translation>agents                  요청을 표시할 수 있는 에이전트, *는 현재 선택</translation>
+    </message>
+    <message>
+        <source>agent NAME              show only this agent&apos;s requests; __all__: everybody&apos;s</source>
+        <translation>agent NAME              이 에이전트의 요청만 표시, __all__은 전체</translation>
+    </message>
+    <message>
+        <source>simulate                show made-up requests and a refusal by the gateway</source>
+        <translation>simulate                가상 요청과 게이트웨이 거부를 표시</translation>
+    </message>
+    <message>
+        <source>language eng|kor        the language of these texts</source>
+        <translation>language eng|kor        표시 언어</translation>
+    </message>
+    <message>
+        <source>While a question is open, any line that is no command answers it.</source>
+        <translation>질문이 열려 있을 때 명령이 아닌 줄은 그 질문의 답이 됩니다.</translation>
+    </message>
+    <message>
+        <source>This is a folder: </source>
+        <translation>폴더입니다: </translation>
+    </message>
+    <message>
+        <source>There is no folder for this file: </source>
+        <translation>이 파일을 둘 폴더가 없습니다: </translation>
+    </message>
+    <message>
+        <source>There is no such file: </source>
+        <translation>그런 파일이 없습니다: </translation>
+    </message>
+    <message>
+        <source>This is not a folder: </source>
+        <translation>폴더가 아닙니다: </translation>
+    </message>
+    <message>
+        <source>This folder cannot be made: </source>
+        <translation>이 폴더를 만들 수 없습니다: </translation>
+    </message>
 </context>
 <context>
     <name>Words</name>
@@ -791,6 +911,17 @@
     </message>
 </context>
 <context>
+    <name>bram::ReliabilityExercises</name>
+    <message>
+        <source>Simulation Executed</source>
+        <translation>시뮬레이션 실행됨</translation>
+    </message>
+    <message>
+        <source>Generated 2 synthetic approvals (low/high risk) and a token-revocation disconnect event. In Telegram dry-run mode, check payload logs for button rendering.</source>
+        <translation>가상 승인 2건(저위험/고위험)과 토큰 리보크성 연결 끊김 이벤트를 발생시켰습니다. 텔레그램 dry-run이면 버튼 payload 로그를 확인하세요.</translation>
+    </message>
+</context>
+<context>
     <name>bram::RequestDetailsWindow</name>
     <message>
         <source>Request details</source>
@@ -918,6 +1049,10 @@
     <message>
         <source>Always Allow All Pending (%1)</source>
         <translation>대기 중 모두 영구 승인 (%1)</translation>
+    </message>
+    <message>
+        <source>Run Program Simulation</source>
+        <translation>프로그램 시뮬레이션 실행</translation>
     </message>
 </context>
 <context>

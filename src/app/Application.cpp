@@ -5,6 +5,7 @@
 #include "app/TerminalSession.h"
 
 #include <chrono>
+#include <cstdlib>
 
 #include <unistd.h>
 
@@ -36,10 +37,13 @@ SyslogLog::Targets logTargets(bool practice, SurfaceKind surface)
     return targets;
 }
 
-std::unique_ptr<FrontEnd> makeFrontEnd(SurfaceKind surface, const Clock &clock, SystemLog &log)
+std::unique_ptr<FrontEnd> makeFrontEnd(SurfaceKind surface, const LaunchOptions &options,
+                                       const Clock &clock, SystemLog &log)
 {
     if (surface == SurfaceKind::Desktop) {
-        return std::make_unique<DesktopSession>(clock, log);
+        return std::make_unique<DesktopSession>(
+            clock, log,
+            options.simulationMenuEnabled ? SimulationEntry::Shown : SimulationEntry::Hidden);
     }
     return std::make_unique<TerminalSession>(clock);
 }
@@ -47,10 +51,11 @@ std::unique_ptr<FrontEnd> makeFrontEnd(SurfaceKind surface, const Clock &clock, 
 } // namespace
 
 Application::Application(Parts parts, const Clock &clock)
-    : m_log(logTargets(parts.practice != nullptr, parts.surface))
+    : m_options(parts.options)
+    , m_log(logTargets(parts.practice != nullptr, parts.surface))
     , m_practice(std::move(parts.practice))
     , m_keyring(m_log)
-    , m_frontEnd(makeFrontEnd(parts.surface, clock, m_log))
+    , m_frontEnd(makeFrontEnd(parts.surface, m_options, clock, m_log))
     , m_core({.places = m_practice ? m_practice->places() : std::move(parts.places),
               .secrets = m_practice ? m_practice->secrets() : static_cast<SecretStore &>(m_keyring),
               .clock = clock,
@@ -58,8 +63,14 @@ Application::Application(Parts parts, const Clock &clock)
               .ports = m_frontEnd->ports(),
               .commandLine = m_practice ? CommandLineUse::Never : CommandLineUse::Allowed})
 {
-    connect(m_frontEnd.get(), &FrontEnd::quitRequested, this, &Application::shutDown);
+    connect(m_frontEnd.get(), &FrontEnd::quitRequested, this, &Application::onQuitRequested);
     connect(&m_signals, &TerminationSignals::requested, this, &Application::shutDown);
+    connect(&m_core.monitor(), &ApprovalMonitor::started, this, &Application::runExercises);
+    connect(&m_core.exercises(), &ReliabilityExercises::selfTestFinished, this,
+            [this](bool success) {
+                m_selfTestSucceeded = success;
+                shutDown();
+            });
     m_limit.setSingleShot(true);
     connect(&m_limit, &QTimer::timeout, this, [this] {
         if (m_phase == Phase::WaitingForDecisions) {
@@ -83,6 +94,31 @@ void Application::start()
     m_core.start();
 }
 
+int Application::exitStatus() const
+{
+    return m_options.selfTest && !m_selfTestSucceeded ? EXIT_FAILURE : EXIT_SUCCESS;
+}
+
+void Application::runExercises()
+{
+    if (m_options.selfTest) {
+        m_core.exercises().runReliabilitySelfTest(
+            m_options.selfTestOutput.value_or(ReliabilityExercises::defaultResultPath));
+    }
+    if (m_options.startupSimulation) {
+        m_core.exercises().runProgramSimulation(nullptr);
+    }
+}
+
+void Application::onQuitRequested()
+{
+    // A self-test ends by itself; a script gives it no input, and the end of that is not the end of the
+    // test.
+    if (!m_options.selfTest) {
+        shutDown();
+    }
+}
+
 void Application::shutDown()
 {
     if (m_phase != Phase::Running) {
@@ -100,6 +136,7 @@ void Application::stopCore()
 {
     m_phase = Phase::Stopping;
     m_limit.start(tasksLimit);
+    m_frontEnd->stopAsking();
     m_core.stop();
     m_keyring.stop();
     m_core.tasks().whenIdle([this] { finish(); });

@@ -3,6 +3,7 @@
 
 #include "app/Core.h"
 #include "app/FrontEnd.h"
+#include "app/LaunchOptions.h"
 #include "app/PracticeWorld.h"
 #include "app/SurfaceKind.h"
 #include "system/KeyringSecretStore.h"
@@ -27,6 +28,7 @@ public:
         Places places;
         std::unique_ptr<PracticeWorld> practice; ///< in place of the operator's world; may be null
         SurfaceKind surface = SurfaceKind::Terminal;
+        LaunchOptions options {};
     };
 
     Application(Parts parts, const Clock &clock);
@@ -34,16 +36,22 @@ public:
 
     void start();
 
+    /// For the process: success, unless a self-test was asked for and did not succeed.
+    int exitStatus() const;
+
 Q_SIGNALS:
     /// Everything is at rest and the process may end.
     void finished();
 
 private:
+    void onQuitRequested();
+    void runExercises();
     /// Lets decisions under way end, for a short while, then stops everything.
     void shutDown();
     void stopCore();
     void finish();
 
+    const LaunchOptions m_options;
     SyslogLog m_log;
     std::unique_ptr<PracticeWorld> m_practice;
     KeyringSecretStore m_keyring;
@@ -59,6 +67,7 @@ private:
         Finished,
     };
     Phase m_phase = Phase::Running;
+    bool m_selfTestSucceeded = false;
 };
 
 } // namespace bram

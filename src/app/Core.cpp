@@ -49,6 +49,11 @@ Core::Core(const World &world)
                 .log = world.log,
                 .dataFolder = world.places.dataFolder,
                 .settings = [this] { return settingsForDiagnostics(); }})
+    , m_exercises({.monitor = m_monitor,
+                   .audit = m_audit,
+                   .tasks = m_tasks,
+                   .clock = world.clock,
+                   .log = world.log})
 {
 }
 
@@ -84,6 +89,7 @@ void Core::start()
 
 void Core::stop()
 {
+    m_exercises.stop();
     m_identities.stop();
     m_record.cancel();
     m_monitor.stop();

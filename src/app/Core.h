@@ -10,6 +10,7 @@
 #include "gateway/GatewayStatus.h"
 #include "monitor/ApprovalMonitor.h"
 #include "monitor/RecordOperations.h"
+#include "monitor/ReliabilityExercises.h"
 #include "system/BackgroundTasks.h"
 #include "system/Preferences.h"
 #include "ui/language/LanguageChoice.h"
@@ -51,6 +52,8 @@ public:
     GatewaySession &session() { return m_session; }
     GatewayStatus &status() { return m_status; }
     AgentSelection &agents() { return m_agents; }
+    ReliabilityExercises &exercises() { return m_exercises; }
+    Preferences &preferences() { return m_preferences; }
     LanguageChoice &language() { return m_language; }
     const Environment &environment() const { return m_environment; }
 
@@ -73,6 +76,7 @@ private:
     GatewaySession m_session;
     ApprovalMonitor m_monitor;
     RecordOperations m_record;
+    ReliabilityExercises m_exercises;
 };
 
 } // namespace bram

@@ -6,8 +6,9 @@
 namespace bram
 {
 
-DesktopSession::DesktopSession(const Clock &clock, SystemLog &log)
+DesktopSession::DesktopSession(const Clock &clock, SystemLog &log, SimulationEntry simulationEntry)
     : m_clock(clock)
+    , m_simulationEntry(simulationEntry)
     , m_notifications(m_notificationService, clock, log)
     , m_popup(clock)
 {
@@ -20,16 +21,25 @@ MonitorPorts DesktopSession::ports()
 
 void DesktopSession::start(Core &core)
 {
+    m_prompts = std::make_unique<DesktopPrompts>(core.preferences());
     m_frontEnd = std::make_unique<DesktopFrontEnd>(DesktopFrontEnd::Collaborators {
         .monitor = core.monitor(),
+        .exercises = core.exercises(),
+        .prompts = *m_prompts,
         .notifications = m_notifications,
         .popup = m_popup,
         .language = core.language(),
         .environment = core.environment(),
         .clock = m_clock,
+        .simulationEntry = m_simulationEntry,
     });
     connect(m_frontEnd.get(), &DesktopFrontEnd::quitRequested, this, &FrontEnd::quitRequested);
     m_frontEnd->start();
+}
+
+void DesktopSession::stopAsking()
+{
+    m_prompts->stop();
 }
 
 void DesktopSession::finish()

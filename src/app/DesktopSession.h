@@ -6,6 +6,7 @@
 #include "system/linux/DesktopNotifications.h"
 #include "ui/desktop/ApprovalPopupPresenter.h"
 #include "ui/desktop/DesktopFrontEnd.h"
+#include "ui/desktop/DesktopPrompts.h"
 
 #include <memory>
 
@@ -21,17 +22,21 @@ class DesktopSession final : public FrontEnd
     Q_OBJECT
 
 public:
-    DesktopSession(const Clock &clock, SystemLog &log);
+    DesktopSession(const Clock &clock, SystemLog &log, SimulationEntry simulationEntry);
 
     MonitorPorts ports() override;
     void start(Core &core) override;
+    OperatorPrompts &prompts() override { return *m_prompts; }
+    void stopAsking() override;
     void finish() override;
 
 private:
     const Clock &m_clock;
+    SimulationEntry m_simulationEntry;
     DesktopNotifications m_notificationService;
     ApprovalNotifications m_notifications;
     ApprovalPopupPresenter m_popup;
+    std::unique_ptr<DesktopPrompts> m_prompts;
     std::unique_ptr<DesktopFrontEnd> m_frontEnd;
 };
 

@@ -9,6 +9,7 @@ namespace bram
 {
 
 class Core;
+class OperatorPrompts;
 
 /// What the operator sees of the program: the desktop or a terminal. Made before the core, because the
 /// core calls its ports, and started once the core is there.
@@ -20,6 +21,10 @@ public:
     virtual MonitorPorts ports() { return {}; }
     /// Shows itself. `core` lives longer than this front-end is used.
     virtual void start(Core &core) = 0;
+    /// How operations tell and ask this operator; there from the start on.
+    virtual OperatorPrompts &prompts() = 0;
+    /// What is asked, now and later, is answered as by one who turns away.
+    virtual void stopAsking() = 0;
     /// The end of the program: nothing is asked any more, and what was said is out.
     virtual void finish() = 0;
 

@@ -23,7 +23,14 @@ TerminalSession::TerminalSession(const Clock &clock)
 
 void TerminalSession::start(Core &core)
 {
-    m_dialogue = std::make_unique<TerminalFrontEnd>(core.monitor(), *m_input, m_output, m_clock);
+    m_dialogue = std::make_unique<TerminalFrontEnd>(
+        TerminalFrontEnd::Collaborators {.monitor = core.monitor(),
+                                         .exercises = core.exercises(),
+                                         .language = core.language(),
+                                         .tasks = core.tasks(),
+                                         .clock = m_clock,
+                                         .input = *m_input,
+                                         .output = m_output});
     connect(m_dialogue.get(), &TerminalFrontEnd::quitRequested, this, &FrontEnd::quitRequested);
     m_dialogue->start();
 }

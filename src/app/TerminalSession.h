@@ -22,6 +22,8 @@ public:
     explicit TerminalSession(const Clock &clock);
 
     void start(Core &core) override;
+    OperatorPrompts &prompts() override { return m_dialogue->prompts(); }
+    void stopAsking() override { m_dialogue->prompts().stop(); }
     void finish() override;
 
 private:

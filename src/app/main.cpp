@@ -70,15 +70,24 @@ int runProgram(QCoreApplication &application, const bram::LaunchOptions &options
         }
         practice = *std::move(world);
     } else if (!lock.acquire()) {
+        if (options.selfTest) {
+            // Success would tell a script that the test was made.
+            print(stderr, QStringLiteral("bram: not tested: another copy is running.\n"));
+            return EXIT_FAILURE;
+        }
         return EXIT_SUCCESS; // the copy that is running already wins, without a word
     }
 
-    bram::Application program(
-        {.places = std::move(places), .practice = std::move(practice), .surface = surface}, clock);
+    bram::Application program({.places = std::move(places),
+                               .practice = std::move(practice),
+                               .surface = surface,
+                               .options = options},
+                              clock);
     QObject::connect(&program, &bram::Application::finished, &application, &QCoreApplication::quit,
                      Qt::QueuedConnection);
     program.start();
-    return application.exec();
+    const int status = application.exec();
+    return status == EXIT_SUCCESS ? program.exitStatus() : status;
 }
 
 /// Decided before the command line can be read properly, because that needs an application object, and
@@ -116,7 +125,8 @@ int main(int argc, char **argv)
     QCoreApplication::setApplicationName(QStringLiteral("bram"));
     QCoreApplication::setApplicationVersion(QStringLiteral(BRAM_VERSION));
 
-    const auto options = bram::parseLaunchOptions(QCoreApplication::arguments());
+    const auto options
+        = bram::parseLaunchOptions(QCoreApplication::arguments(), bram::Environment::ofProcess());
     if (!options) {
         print(stderr,
               QStringLiteral("bram: ") + options.error().message

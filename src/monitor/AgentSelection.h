@@ -46,6 +46,8 @@ public:
 
     /// Reads the agents again, on the operator's wish. A selected agent that is gone is replaced.
     void refreshAvailableAgentIdsFromConfig();
+    /// The same, as it happens by itself when a file changes.
+    void followConfiguration();
     void loadSelectedAgentPreference();
     void setSelectedAgent(const QString &agentId);
 
@@ -63,7 +65,6 @@ Q_SIGNALS:
 
 private:
     void takeAgents(const QList<BrackwenConfig::File> &files);
-    void followConfiguration();
     void select(const QString &agentId, bool isExplicit);
     bool flag(const QString &key) const;
     void setFlag(const QString &key, bool value);

@@ -232,7 +232,7 @@ TEST_F(Program, TroubleIsOneLineAndTheProgramGoesOn)
 
 TEST_F(Program, CommandLineFaultsAreOneLineWithStatusTwo)
 {
-    for (const char *word : {"--unknown", "stray", "--self-test"}) {
+    for (const char *word : {"--unknown", "stray", "--self-test-output"}) {
         auto bram = startBram({QString::fromUtf8(word)});
         EXPECT_EQ(bram->ends(), 2) << word;
         EXPECT_EQ(bram->errors().count(u'\n'), 1) << word;

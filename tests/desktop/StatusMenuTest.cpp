@@ -118,6 +118,17 @@ TEST_F(StatusMenuTest, eachEntryOfARequestDoesWhatItSays)
     EXPECT_TRUE(QGuiApplication::clipboard()->text().contains(u"Count: 1\n\n[1]\nID: copied\n"_s));
 }
 
+TEST_F(StatusMenuTest, offersASimulationOnlyToWhoAskedForIt)
+{
+    EXPECT_FALSE(texts(statusMenu->menu()).contains(u"Run Program Simulation"_s));
+    StatusMenu offering(*actions, core->language(), MenuDrawing::OwnWindow, SimulationEntry::Shown);
+    int wishes = 0;
+    QObject::connect(actions.get(), &DesktopActions::simulationRequested, actions.get(),
+                     [&] { ++wishes; });
+    entry(offering.menu(), "Run Program Simulation")->trigger();
+    EXPECT_EQ(wishes, 1);
+}
+
 TEST_F(StatusMenuTest, decidesOnlyWhatWasRead)
 {
     requestAndShow(item("changing", "harmless"));

@@ -9,9 +9,15 @@ using bram::fuzz::require;
 
 namespace
 {
-/// The line one would type for a command that decides something.
-QString decidingLine(const TerminalCommand &command)
+/// The line one would type for a command that changes something.
+QString typedFor(const TerminalCommand &command)
 {
+    if (const auto *agent = std::get_if<AgentCommand>(&command)) {
+        return u"agent "_s + agent->agentId;
+    }
+    if (const auto *language = std::get_if<LanguageCommand>(&command)) {
+        return u"language "_s + rawText(language->language);
+    }
     if (const auto *one = std::get_if<DecideCommand>(&command)) {
         return rawText(one->decision) + u' ' + one->target;
     }
@@ -32,9 +38,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
                 "a refusal is one line that repeats little of what was typed");
         return 0;
     }
-    if (const QString deciding = decidingLine(*command); !deciding.isEmpty()) {
-        require(line.simplified() == deciding, "only what was typed decides");
-        require(parseCommandLine(deciding) == command, "a command survives being typed again");
+    if (const QString typed = typedFor(*command); !typed.isEmpty()) {
+        require(line.simplified() == typed.simplified(), "only what was typed is carried out");
+        require(parseCommandLine(typed) == command, "a command survives being typed again");
     }
     return 0;
 }

@@ -57,6 +57,7 @@ Q_SIGNALS:
     void detailsRequested(const QString &approvalId);
     void windowRequested();
     void aboutRequested();
+    void simulationRequested();
     void quitRequested();
 
 private:

@@ -3,6 +3,7 @@
 
 #include "monitor/ApprovalMonitor.h"
 #include "monitor/ApprovalNotifications.h"
+#include "monitor/ReliabilityExercises.h"
 #include "system/NextTurn.h"
 #include "ui/desktop/AboutWindow.h"
 #include "ui/desktop/ApprovalPopupPresenter.h"
@@ -40,7 +41,8 @@ DesktopFrontEnd::DesktopFrontEnd(const Collaborators &collaborators)
                  .language = collaborators.language,
                  .environment = collaborators.environment,
                  .clock = collaborators.clock})
-    , m_menu(m_actions, collaborators.language, MenuDrawing::TrayHost)
+    , m_menu(m_actions, collaborators.language, MenuDrawing::TrayHost,
+             collaborators.simulationEntry)
 {
     m_pause.setSingleShot(true);
     m_pause.setInterval(pauseBetweenRefreshes);
@@ -82,6 +84,8 @@ void DesktopFrontEnd::followWishes()
     connect(&m_actions, &DesktopActions::detailsRequested, this, &DesktopFrontEnd::showDetails);
     connect(&m_actions, &DesktopActions::changedSinceShown, this, &DesktopFrontEnd::showDetails);
     connect(&m_actions, &DesktopActions::aboutRequested, this, &DesktopFrontEnd::showAbout);
+    connect(&m_actions, &DesktopActions::simulationRequested, this,
+            [this] { m_collaborators.exercises.runProgramSimulation(&m_collaborators.prompts); });
     connect(&m_actions, &DesktopActions::quitRequested, this, &DesktopFrontEnd::quitRequested);
 }
 

@@ -17,6 +17,8 @@ namespace bram
 class AboutWindow;
 class ApprovalNotifications;
 class ApprovalPopupPresenter;
+class OperatorPrompts;
+class ReliabilityExercises;
 class RequestDetailsWindow;
 class StatusWindow;
 
@@ -31,11 +33,14 @@ class DesktopFrontEnd final : public QObject
 public:
     struct Collaborators {
         ApprovalMonitor &monitor;
+        ReliabilityExercises &exercises;
+        OperatorPrompts &prompts;
         ApprovalNotifications &notifications;
         ApprovalPopupPresenter &popup;
         LanguageChoice &language;
         const Environment &environment;
         const Clock &clock;
+        SimulationEntry simulationEntry = SimulationEntry::Hidden;
     };
 
     explicit DesktopFrontEnd(const Collaborators &collaborators);

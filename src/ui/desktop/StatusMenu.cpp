@@ -20,7 +20,8 @@ constexpr auto longestOpen = 2min;
 constexpr auto clickMayFollowFor = 1s;
 } // namespace
 
-StatusMenu::StatusMenu(DesktopActions &actions, const LanguageChoice &language, MenuDrawing drawing)
+StatusMenu::StatusMenu(DesktopActions &actions, const LanguageChoice &language, MenuDrawing drawing,
+                       SimulationEntry simulationEntry)
     : m_actions(actions)
     , m_language(language)
     , m_drawing(drawing)
@@ -29,6 +30,7 @@ StatusMenu::StatusMenu(DesktopActions &actions, const LanguageChoice &language, 
 {
     build();
     labelRows();
+    m_simulation.setVisible(simulationEntry == SimulationEntry::Shown);
     m_forgottenOpen.setSingleShot(true);
     m_forgottenOpen.setInterval(longestOpen);
     connect(&m_forgottenOpen, &QTimer::timeout, this, &StatusMenu::countAsClosed);
@@ -53,7 +55,7 @@ void StatusMenu::build()
     m_menu.addSeparator();
     m_menu.addMenu(&m_history.menu());
     m_menu.addSeparator();
-    m_menu.addActions({&m_window, &m_controlUi, &m_clearPending});
+    m_menu.addActions({&m_window, &m_controlUi, &m_clearPending, &m_simulation});
     m_menu.addSeparator();
     buildLanguageMenu();
     m_menu.addActions({&m_about, &m_quit});
@@ -63,6 +65,7 @@ void StatusMenu::build()
     connect(&m_window, &QAction::triggered, &m_actions, &DesktopActions::windowRequested);
     connect(&m_controlUi, &QAction::triggered, &m_actions, &DesktopActions::openControlUI);
     connect(&m_clearPending, &QAction::triggered, &m_actions, &DesktopActions::clearPending);
+    connect(&m_simulation, &QAction::triggered, &m_actions, &DesktopActions::simulationRequested);
     connect(&m_about, &QAction::triggered, &m_actions, &DesktopActions::aboutRequested);
     connect(&m_quit, &QAction::triggered, &m_actions, &DesktopActions::quitRequested);
 }
@@ -155,6 +158,7 @@ void StatusMenu::labelRows()
     m_window.setText(tr("Open Window…"));
     m_controlUi.setText(tr("Open Control UI"));
     m_clearPending.setText(tr("Clear Pending Approvals"));
+    m_simulation.setText(tr("Run Program Simulation"));
     m_languages.setTitle(tr("Language (언어)"));
     m_about.setText(tr("About BrackwenApprovalsMenu"));
     m_quit.setText(tr("Quit BrackwenApprovalsMenu"));

@@ -17,6 +17,12 @@ namespace bram
 class DesktopActions;
 class LanguageChoice;
 
+/// Whether the menu offers to simulate requests, for those who ask for it.
+enum class SimulationEntry {
+    Hidden,
+    Shown,
+};
+
 /// What the status menu shows.
 struct StatusMenuContent {
     QList<StatusLine> status;
@@ -34,7 +40,8 @@ public:
     /// Gateway, token, notifications, and the lock on remote approvals.
     static constexpr qsizetype statusRowCount = 4;
 
-    StatusMenu(DesktopActions &actions, const LanguageChoice &language, MenuDrawing drawing);
+    StatusMenu(DesktopActions &actions, const LanguageChoice &language, MenuDrawing drawing,
+               SimulationEntry simulationEntry = SimulationEntry::Hidden);
 
     QMenu &menu() { return m_menu; }
 
@@ -80,6 +87,7 @@ private:
     QAction m_window;
     QAction m_controlUi;
     QAction m_clearPending;
+    QAction m_simulation;
     QMenu m_languages;
     QAction m_english;
     QAction m_korean;

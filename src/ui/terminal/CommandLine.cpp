@@ -29,6 +29,8 @@ constexpr std::array plainCommands {
     PlainRow {u"activity", PlainCommand::Activity},
     PlainRow {u"status", PlainCommand::Status},
     PlainRow {u"metrics", PlainCommand::Metrics},
+    PlainRow {u"agents", PlainCommand::Agents},
+    PlainRow {u"simulate", PlainCommand::Simulate},
     PlainRow {u"reconnect", PlainCommand::Reconnect},
     PlainRow {u"reload-token", PlainCommand::ReloadToken},
     PlainRow {u"clear-pending", PlainCommand::ClearPending},
@@ -36,9 +38,28 @@ constexpr std::array plainCommands {
     PlainRow {u"quit", PlainCommand::Quit},
 };
 
-std::unexpected<Error> fault(const QString &message)
+using Parsed = std::expected<TerminalCommand, Error>;
+
+Parsed fault(const QString &message)
 {
     return std::unexpected(Error {message});
+}
+
+Parsed whichRequest(const QString &word, const QString &after)
+{
+    return fault(TerminalTr::tr("Say which request: %1 %2").arg(word, after));
+}
+
+Parsed parseDecision(ApprovalDecision decision, const QStringList &words)
+{
+    if (words.size() != 2) {
+        return whichRequest(words.first(), u"ID|all"_s);
+    }
+    const QString &target = words.at(1);
+    if (target == "all"_L1) {
+        return DecideAllCommand {decision};
+    }
+    return DecideCommand {decision, target};
 }
 } // namespace
 
@@ -64,23 +85,23 @@ std::expected<TerminalCommand, Error> parseCommandLine(QStringView line)
         return plain->command;
     }
 
-    const auto decision = approvalDecisionFromRawText(word);
-    if (!decision && word != "show"_L1) {
-        return fault(
-            TerminalTr::tr("Unknown command: %1 (try `help`)").arg(beginningOfTyped(word)));
+    if (const auto decision = approvalDecisionFromRawText(word)) {
+        return parseDecision(*decision, words);
     }
-    if (words.size() != 2) {
-        const QString after = decision ? u"ID|all"_s : u"ID"_s;
-        return fault(TerminalTr::tr("Say which request: %1 %2").arg(word, after));
+    const QString rest = line.trimmed().sliced(word.size()).trimmed().toString();
+    if (word == "show"_L1) {
+        return words.size() == 2 ? Parsed(ShowCommand {words.at(1)}) : whichRequest(word, u"ID"_s);
     }
-    const QString &target = words.at(1);
-    if (!decision) {
-        return ShowCommand {target};
+    if (word == "agent"_L1) {
+        return rest.isEmpty() ? fault(TerminalTr::tr("Say which agent: agent NAME"))
+                              : Parsed(AgentCommand {rest});
     }
-    if (target == "all"_L1) {
-        return DecideAllCommand {*decision};
+    if (word == "language"_L1) {
+        const auto language = menuLanguageFromRawText(rest);
+        return language ? Parsed(LanguageCommand {*language})
+                        : fault(TerminalTr::tr("Say which language: language eng|kor"));
     }
-    return DecideCommand {*decision, target};
+    return fault(TerminalTr::tr("Unknown command: %1 (try `help`)").arg(beginningOfTyped(word)));
 }
 
 } // namespace bram

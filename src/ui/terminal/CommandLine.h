@@ -3,6 +3,7 @@
 
 #include "model/ApprovalDecision.h"
 #include "model/Error.h"
+#include "model/MenuLanguage.h"
 
 #include <QString>
 
@@ -20,6 +21,8 @@ enum class PlainCommand {
     Activity,
     Status,
     Metrics,
+    Agents,
+    Simulate,
     Reconnect,
     ReloadToken,
     ClearPending,
@@ -50,7 +53,22 @@ struct DecideAllCommand {
     bool operator==(const DecideAllCommand &) const = default;
 };
 
-using TerminalCommand = std::variant<PlainCommand, ShowCommand, DecideCommand, DecideAllCommand>;
+/// `agent NAME`: all that stands after the word, blanks within it too
+struct AgentCommand {
+    QString agentId;
+
+    bool operator==(const AgentCommand &) const = default;
+};
+
+/// `language eng|kor`
+struct LanguageCommand {
+    MenuLanguage language = MenuLanguage::English;
+
+    bool operator==(const LanguageCommand &) const = default;
+};
+
+using TerminalCommand = std::variant<PlainCommand, ShowCommand, DecideCommand, DecideAllCommand,
+                                     AgentCommand, LanguageCommand>;
 
 /// Reads one line as typed. Words are told apart by blanks and compared exactly; the error is one line,
 /// in the operator's language, that says what is wrong. It may repeat what was typed as it was.

@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ui/terminal/TerminalText.h"
 
+#include "config/ConfiguredAgents.h"
 #include "model/CommandRules.h"
 #include "model/HonestDisplay.h"
 #include "model/TextRules.h"
-#include "ui/terminal/TerminalTr.h"
 #include "ui/language/Words.h"
-
-#include <algorithm>
-#include <limits>
+#include "ui/terminal/TerminalRows.h"
+#include "ui/terminal/TerminalTr.h"
 
 namespace bram
 {
@@ -21,63 +20,6 @@ constexpr qsizetype longCommandCharacters = 2000;
 constexpr qsizetype longCommandLines = 20;
 constexpr qsizetype listedIdCharacters = 12;
 constexpr qsizetype historyCommandCharacters = 80;
-constexpr int leastRoom = 8;
-
-/// Columns a character may take, rather too many than too few: too many breaks a row early, too few
-/// would leave the breaking to the terminal.
-int columnsOf(char32_t c, bool isFirst)
-{
-    const bool joinsTheOneBefore
-        = QChar::isMark(c) || (c >= 0x1160 && c <= 0x11FF) || (c >= 0xD7B0 && c <= 0xD7FB);
-    if (joinsTheOneBefore && !isFirst) {
-        return 0;
-    }
-    return c < 0x80 ? 1 : 2;
-}
-
-enum class RowBreaks {
-    Anywhere, ///< the rows put together again are the text
-    AtBlanks, ///< where there are any, and the blank goes: for sentences
-};
-
-/// Appends `text`, which holds no line feed, in rows that fit into `columns`.
-void appendRows(TerminalLines &lines, const QString &firstPrefix, const QString &nextPrefix,
-                const QString &text, LineStyle style, int columns,
-                RowBreaks breaks = RowBreaks::Anywhere)
-{
-    const auto roomBehind = [columns](const QString &prefix) {
-        return columns == 0 ? std::numeric_limits<int>::max()
-                            : std::max(leastRoom, columns - 1 - int(prefix.size()));
-    };
-    int room = roomBehind(firstPrefix);
-    QString row = firstPrefix;
-    int used = 0;
-    qsizetype wordStart = row.size(); // what follows may have to go to the next row as a whole
-    int usedByWord = 0;
-    for (const char32_t c : text.toUcs4()) {
-        const int width = columnsOf(c, used == 0);
-        const bool isBreak = breaks == RowBreaks::AtBlanks && c == U' ';
-        if (used > room - width) {
-            const bool takesWordAlong
-                = breaks == RowBreaks::AtBlanks && !isBreak && usedByWord < used;
-            const QString word = takesWordAlong ? row.sliced(wordStart) : QString();
-            lines.append({takesWordAlong ? row.first(wordStart - 1) : row, style});
-            row = nextPrefix + word;
-            room = roomBehind(nextPrefix);
-            wordStart = nextPrefix.size();
-            usedByWord = takesWordAlong ? usedByWord : 0;
-            used = usedByWord;
-            if (isBreak) {
-                continue;
-            }
-        }
-        row.append(QChar::fromUcs4(c));
-        used += width;
-        usedByWord = isBreak ? 0 : usedByWord + width;
-        wordStart = isBreak ? row.size() : wordStart;
-    }
-    lines.append({row, style});
-}
 
 QString timeLeft(const ApprovalItem &item, qint64 nowMs)
 {
@@ -249,6 +191,21 @@ TerminalLines metricsLines(const ApprovalMetrics &metrics, qsizetype pendingCoun
     return lines;
 }
 
+TerminalLines agentLines(const QStringList &agentIds, const QString &selectedAgentId, int columns)
+{
+    TerminalLines lines;
+    const auto append = [&](const QString &id, const QString &words) {
+        const bool isSelected = id == selectedAgentId;
+        appendRows(lines, isSelected ? u"* "_s : u"  "_s, u"  : "_s, honestLine(id).text + words,
+                   isSelected ? LineStyle::Strong : LineStyle::Plain, columns);
+    };
+    for (const QString &id : agentIds) {
+        append(id, {});
+    }
+    append(everyAgent, u"  "_s + TerminalTr::tr("All agents (unrestricted)"));
+    return lines;
+}
+
 TerminalLines helpLines(int columns)
 {
     const QString rows[] = {
@@ -261,16 +218,23 @@ TerminalLines helpLines(int columns)
         TerminalTr::tr("activity                what was done here, newest first"),
         TerminalTr::tr("status                  the gateway connection"),
         TerminalTr::tr("metrics                 counters of this run"),
+        TerminalTr::tr("agents                  whose requests can be shown; * marks whose are"),
+        TerminalTr::tr(
+            "agent NAME              show only this agent's requests; __all__: everybody's"),
         TerminalTr::tr("reconnect               connect to the gateway anew"),
         TerminalTr::tr(
             "reload-token            take the gateway token from the configuration again"),
         TerminalTr::tr(
             "clear-pending           forget the pending requests here, not at the gateway"),
+        TerminalTr::tr(
+            "simulate                show made-up requests and a refusal by the gateway"),
+        TerminalTr::tr("language eng|kor        the language of these texts"),
         TerminalTr::tr("help                    these lines"),
         TerminalTr::tr("quit                    end the program (so does the end of input)"),
         TerminalTr::tr("ID is a request's number (3 or #3), its id or the beginning of its id."),
         TerminalTr::tr(
             "A line never answers a request that was shown only after the line was begun."),
+        TerminalTr::tr("While a question is open, any line that is no command answers it."),
     };
     TerminalLines lines;
     for (const QString &row : rows) {

@@ -36,6 +36,8 @@ TerminalLines historyLines(const QList<ApprovalHistoryEntry> &entries, int colum
 TerminalLines activityLines(const QList<ActivityEntry> &entries, int columns);
 TerminalLines statusLines(const GatewayStatus::Lines &status, qsizetype pendingCount,
                           qsizetype notShownCount, int columns);
+/// One agent a line, the selected one marked; then every agent at once.
+TerminalLines agentLines(const QStringList &agentIds, const QString &selectedAgentId, int columns);
 TerminalLines metricsLines(const ApprovalMetrics &metrics, qsizetype pendingCount);
 TerminalLines helpLines(int columns);
 

@@ -1,0 +1,219 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "monitor/ReliabilityExercises.h"
+
+#include "audit/AuditLogStore.h"
+#include "gateway/GatewayStatus.h"
+#include "monitor/ApprovalMonitor.h"
+#include "monitor/OperatorPrompts.h"
+#include "system/BackgroundTasks.h"
+#include "system/Clock.h"
+#include "system/RandomUuid.h"
+#include "system/SystemLog.h"
+
+#include <QDateTime>
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTemporaryFile>
+#include <QTimer>
+
+#include <algorithm>
+#include <cstdio>
+
+#include <unistd.h>
+
+namespace bram
+{
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace
+{
+constexpr auto pauseBeforeDisconnect = 450ms;
+constexpr auto pauseBeforeMeasuring = 1600ms;
+const QString unnamedAgent = u"main"_s; ///< who asks when no agent is selected
+
+Alert simulationAlert()
+{
+    return {.title = ReliabilityExercises::tr("Simulation Executed"),
+            .text = ReliabilityExercises::tr(
+                "Generated 2 synthetic approvals (low/high risk) and a token-revocation disconnect "
+                "event. In Telegram dry-run mode, check payload logs for button rendering.")};
+}
+
+/// Another file in the place of what is there, also of a symbolic link: in a folder that everybody may
+/// write to, that could lead to a file of the operator's.
+bool writeResult(const QString &path, const QByteArray &content)
+{
+    QTemporaryFile file(path + u".XXXXXX"_s);
+    if (!file.open() || file.write(content) != content.size() || !file.flush()
+        || ::fsync(file.handle()) != 0) {
+        return false;
+    }
+    if (std::rename(QFile::encodeName(file.fileName()).constData(),
+                    QFile::encodeName(path).constData())
+        != 0) {
+        return false;
+    }
+    file.setAutoRemove(false);
+    return true;
+}
+} // namespace
+
+const QString ReliabilityExercises::defaultResultPath = u"/tmp/bram-self-test-result.json"_s;
+
+ReliabilityExercises::ReliabilityExercises(const Collaborators &collaborators)
+    : m_collaborators(collaborators)
+    , m_running(std::make_unique<QObject>())
+{
+}
+
+void ReliabilityExercises::stop()
+{
+    m_running.reset();
+}
+
+void ReliabilityExercises::runProgramSimulation(OperatorPrompts *prompts)
+{
+    m_collaborators.tasks.spawn(simulateForOperator(this, prompts), u"simulation"_s);
+}
+
+void ReliabilityExercises::runReliabilitySelfTest(const QString &resultPath)
+{
+    m_collaborators.tasks.spawn(testSelf(this, resultPath), u"self-test"_s);
+}
+
+QCoro::Task<> ReliabilityExercises::simulateForOperator(QPointer<ReliabilityExercises> self,
+                                                        OperatorPrompts *prompts)
+{
+    const QStringList ids = co_await simulate(self);
+    if (prompts != nullptr && !ids.isEmpty()) {
+        co_await prompts->inform(simulationAlert());
+    }
+}
+
+QCoro::Task<QStringList> ReliabilityExercises::simulate(QPointer<ReliabilityExercises> self)
+{
+    const QStringList ids {
+        self->simulateRequest(u"sim-low-"_s, u"ls -la ~/Downloads"_s),
+        self->simulateRequest(u"sim-high-"_s, u"sudo rm -rf ~/Library/Caches/brackwen-sim"_s)};
+    const bool goesOn = co_await self->pause(pauseBeforeDisconnect);
+    if (!goesOn || !self) {
+        co_return QStringList();
+    }
+    self->m_collaborators.monitor.handleConnectionState(
+        GatewayDisconnected {u"unauthorized (simulation): token revoked"_s});
+    self->m_collaborators.log.write(
+        u"[Brackwen] startup simulation executed (approval x2 + token-revocation disconnect)"_s);
+    co_return ids;
+}
+
+QString ReliabilityExercises::simulateRequest(const QString &idBeginning, const QString &command)
+{
+    const AgentSelection &agents = m_collaborators.monitor.agents();
+    const ApprovalItem item {.approvalId = idBeginning + randomUuid(),
+                             .command = command,
+                             .agentId
+                             = agents.isUnrestricted() ? unnamedAgent : agents.selectedAgentId(),
+                             .createdAtMs = m_collaborators.clock.nowMs(),
+                             .expiresAtMs = 0};
+    m_collaborators.monitor.handleGatewayEvent(ApprovalRequested {item});
+    return item.approvalId;
+}
+
+QCoro::Task<> ReliabilityExercises::testSelf(QPointer<ReliabilityExercises> self,
+                                             QString resultPath)
+{
+    QFile::remove(resultPath);
+    const bool success = co_await measure(self, resultPath);
+    if (self) {
+        Q_EMIT self->selfTestFinished(success);
+    }
+}
+
+QCoro::Task<bool> ReliabilityExercises::measure(QPointer<ReliabilityExercises> self,
+                                                QString resultPath)
+{
+    ApprovalMonitor &monitor = self->m_collaborators.monitor;
+    const qint64 startMs = self->m_collaborators.clock.nowMs();
+    const qint64 requestedBefore = monitor.metrics().requestedCount;
+    const QStringList ids = co_await simulate(self);
+    if (ids.isEmpty() || !self) {
+        co_return false;
+    }
+    monitor.handleConnectionState(
+        GatewayDisconnected {u"unauthorized (self-test): token revoked"_s});
+    const bool goesOn = co_await self->pause(pauseBeforeMeasuring);
+    if (!goesOn || !self) {
+        co_return false;
+    }
+    const AuditFindings findings = co_await self->lookIntoAudit(startMs, ids);
+    if (!self) {
+        co_return false;
+    }
+    const bool areCounted = monitor.metrics().requestedCount - requestedBefore >= ids.size();
+    const bool success = areCounted && findings.hasRequests && findings.hasAuthFailure;
+    const bool isWritten = writeResult(resultPath, self->resultJson(findings, success));
+    if (!isWritten) {
+        self->m_collaborators.log.write(
+            QString(u"[Brackwen] self-test: the result could not be written to "_s + resultPath));
+    }
+    co_return success &&isWritten;
+}
+
+QByteArray ReliabilityExercises::resultJson(const AuditFindings &findings, bool success) const
+{
+    const ApprovalMonitor &monitor = m_collaborators.monitor;
+    const GatewayStatus::Lines &status = monitor.gatewayStatus().lines();
+    return QJsonDocument(QJsonObject {
+                             {u"generatedAt"_s,
+                              QDateTime::fromMSecsSinceEpoch(m_collaborators.clock.nowMs(), Qt::UTC)
+                                  .toString(Qt::ISODateWithMs)},
+                             {u"requestedCount"_s, monitor.metrics().requestedCount},
+                             {u"resolvedCount"_s, monitor.metrics().resolvedCount},
+                             {u"pendingCount"_s, monitor.board().displayItems().size()},
+                             {u"connectionStatus"_s, status.connectionStatus},
+                             {u"tokenStatus"_s, tokenStatusText(status.tokenState)},
+                             {u"unauthorizedDisconnectCount"_s,
+                              monitor.supervision().unauthorizedDisconnectCount()},
+                             {u"hadUnauthorizedDisconnect"_s, findings.hasAuthFailure},
+                             {u"success"_s, success},
+                         })
+        .toJson();
+}
+
+Reply<bool> ReliabilityExercises::pause(std::chrono::milliseconds duration)
+{
+    const ReplySource<bool> source(false);
+    if (m_running) {
+        auto *timer = new QTimer(m_running.get());
+        timer->setSingleShot(true);
+        connect(timer, &QTimer::timeout, timer, [timer, source] {
+            source.answer(true);
+            timer->deleteLater();
+        });
+        timer->start(duration);
+    }
+    return source.reply();
+}
+
+Reply<ReliabilityExercises::AuditFindings>
+ReliabilityExercises::lookIntoAudit(qint64 sinceMs, const QStringList &approvalIds)
+{
+    return m_worker.run<AuditFindings>({}, [&audit = m_collaborators.audit, sinceMs, approvalIds] {
+        const QList<AuditEventRecord> records = audit.records(sinceMs);
+        const auto has = [&records](QLatin1StringView kind, std::optional<QString> id) {
+            return std::ranges::any_of(records, [&](const AuditEventRecord &record) {
+                return record.kind == kind && (!id || record.approvalId == id);
+            });
+        };
+        return AuditFindings {.hasAuthFailure = has(AuditKind::gatewayAuthFailure, std::nullopt),
+                              .hasRequests
+                              = std::ranges::all_of(approvalIds, [&](const QString &id) {
+                                    return has(AuditKind::approvalRequested, id);
+                                })};
+    });
+}
+
+} // namespace bram

@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "system/Reply.h"
+#include "system/Worker.h"
+
+#include <QCoro/QCoroTask>
+#include <QObject>
+#include <QPointer>
+#include <QString>
+#include <QStringList>
+
+#include <chrono>
+#include <memory>
+
+namespace bram
+{
+
+class ApprovalMonitor;
+class AuditLogStore;
+class BackgroundTasks;
+class Clock;
+class OperatorPrompts;
+class SystemLog;
+
+/// Exercises the whole approval path without an agent: made-up requests and a made-up refusal of the gateway
+/// go in where real ones do, and are shown, recorded and decided like those. Main thread.
+class ReliabilityExercises final : public QObject
+{
+    Q_OBJECT
+
+public:
+    struct Collaborators {
+        ApprovalMonitor &monitor;
+        AuditLogStore &audit;
+        BackgroundTasks &tasks;
+        const Clock &clock;
+        SystemLog &log;
+    };
+
+    /// Where the result goes when nothing else was asked for.
+    static const QString defaultResultPath;
+
+    explicit ReliabilityExercises(const Collaborators &collaborators);
+
+    /// A harmless request, one of high risk, and after a moment the end of the connection as if the
+    /// token had been revoked. `prompts`, if it is not null, then tells the operator of it.
+    void runProgramSimulation(OperatorPrompts *prompts);
+
+    /// The same unattended: looks afterwards whether all of it was counted and put on record, and writes what
+    /// it has found as a JSON object to `resultPath`. A result from before is removed at the start, so
+    /// that an absent file means failure.
+    void runReliabilitySelfTest(const QString &resultPath);
+
+    /// Ends what is under way, as failed.
+    void stop();
+
+Q_SIGNALS:
+    /// `success` says that everything was as it should be and that the result is on the disk.
+    void selfTestFinished(bool success);
+
+private:
+    /// What the audit log says about one run.
+    struct AuditFindings {
+        bool hasAuthFailure = false;
+        bool hasRequests = false; ///< each of the made-up ones
+    };
+
+    static QCoro::Task<> simulateForOperator(QPointer<ReliabilityExercises> self,
+                                             OperatorPrompts *prompts);
+    static QCoro::Task<> testSelf(QPointer<ReliabilityExercises> self, QString resultPath);
+    /// The ids of the requests; empty when the program ends meanwhile.
+    static QCoro::Task<QStringList> simulate(QPointer<ReliabilityExercises> self);
+    static QCoro::Task<bool> measure(QPointer<ReliabilityExercises> self, QString resultPath);
+    QString simulateRequest(const QString &idBeginning, const QString &command);
+    QByteArray resultJson(const AuditFindings &findings, bool success) const;
+
+    /// False when the program ends before.
+    Reply<bool> pause(std::chrono::milliseconds duration);
+    Reply<AuditFindings> lookIntoAudit(qint64 sinceMs, const QStringList &approvalIds);
+
+    Collaborators m_collaborators;
+    std::unique_ptr<QObject> m_running; ///< parent of the timers; gone after the stop
+    Worker m_worker;
+};
+
+} // namespace bram

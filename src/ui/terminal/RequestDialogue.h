@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "model/ApprovalDecision.h"
+#include "model/ApprovalHistoryEntry.h"
+#include "monitor/DecisionResolver.h"
+#include "ui/terminal/CommandLine.h"
+#include "ui/terminal/RequestNumbers.h"
+#include "ui/terminal/TerminalText.h"
+
+#include <QObject>
+#include <QSet>
+
+namespace bram
+{
+
+class ApprovalMonitor;
+class Clock;
+class TerminalVoice;
+
+/// What is said about requests, and the commands about them: shows them as they arrive, decides them, and
+/// tells what became of them.
+///
+/// A line decides only requests that the operator had been shown, exactly as they are, when the line was
+/// begun. Main thread.
+class RequestDialogue final : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// More requests than this in one turn of the event loop are summarised.
+    static constexpr qsizetype mostShownAtOnce = 20;
+
+    RequestDialogue(ApprovalMonitor &monitor, TerminalVoice &voice, const Clock &clock);
+
+    /// Follows the monitor from now on.
+    void start();
+    /// Announces nothing any more.
+    void end() { m_isEnded = true; }
+
+    /// Shows what has arrived since the last time.
+    void announce();
+
+    void show(const QString &target, DialogueMoment begunAt);
+    void decide(const DecideCommand &command, DialogueMoment begunAt);
+    void decideAll(ApprovalDecision decision, DialogueMoment begunAt);
+    void list();
+    void clearPending();
+
+    /// The displayed requests that the operator has not been shown as they are.
+    QList<ApprovalItem> notShown() const;
+
+private:
+    struct Leaving {
+        QString approvalId;
+        int number = 0;
+        ApprovalHistoryState state = ApprovalHistoryState::Pending;
+    };
+
+    std::optional<ApprovalItem> find(const QString &target, DialogueMoment begunAt);
+    void forgetVanished();
+    void onRemoved(const QString &approvalId, ApprovalHistoryState state);
+    void onSettled(const QString &approvalId, ApprovalDecision decision,
+                   const DecisionOutcome &outcome);
+    void explainLeaving();
+    void showRequests(const QList<ApprovalItem> &items, RequestOccasion occasion);
+
+    ApprovalMonitor &m_monitor;
+    TerminalVoice &m_voice;
+    const Clock &m_clock;
+    RequestNumbers m_numbers;
+    QSet<QString> m_summarised; ///< ids that were counted in one line instead of being shown
+    QList<Leaving> m_leaving; ///< removed, and not yet said why
+    bool m_isEnded = false;
+};
+
+} // namespace bram

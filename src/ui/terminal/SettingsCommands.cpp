@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "ui/terminal/SettingsCommands.h"
+
+#include "monitor/AgentSelection.h"
+#include "system/BackgroundTasks.h"
+#include "ui/language/LanguageChoice.h"
+#include "ui/terminal/CommandLine.h"
+#include "ui/terminal/TerminalText.h"
+#include "ui/terminal/TerminalTr.h"
+#include "ui/terminal/TerminalVoice.h"
+
+namespace bram
+{
+
+using namespace Qt::StringLiterals;
+
+SettingsCommands::SettingsCommands(const Collaborators &collaborators)
+    : m_collaborators(collaborators)
+{
+}
+
+void SettingsCommands::listAgents()
+{
+    AgentSelection &agents = m_collaborators.agents;
+    agents.followConfiguration();
+    TerminalVoice &voice = m_collaborators.voice;
+    voice.print(agentLines(agents.availableAgentIds(), agents.selectedAgentId(), voice.columns()));
+}
+
+void SettingsCommands::chooseAgent(const QString &agentId)
+{
+    const AgentSelection &agents = m_collaborators.agents;
+    if (agents.normalizedSelectedAgentId(agentId) != agentId) {
+        m_collaborators.voice.say(TerminalTr::tr("No agent has this name (`agents` lists them): ")
+                                      + beginningOfTyped(agentId),
+                                  LineStyle::Warning);
+        return;
+    }
+    m_collaborators.tasks.spawn(choose(this, agentId), u"choice of agent"_s);
+}
+
+QCoro::Task<> SettingsCommands::choose(QPointer<SettingsCommands> self, QString agentId)
+{
+    co_await AgentSelection::choose(&self->m_collaborators.agents, self->m_collaborators.prompts,
+                                    agentId);
+    if (self) {
+        self->sayAgent();
+    }
+}
+
+void SettingsCommands::sayAgent()
+{
+    const AgentSelection &agents = m_collaborators.agents;
+    m_collaborators.voice.say(agents.isUnrestricted()
+                                  ? TerminalTr::tr("Requests of every agent are shown.")
+                                  : TerminalTr::tr("Only requests of this agent are shown: ")
+                                      + agents.selectedAgentId());
+}
+
+void SettingsCommands::chooseLanguage(MenuLanguage language)
+{
+    const bool isKept = m_collaborators.language.choose(language);
+    m_collaborators.voice.say(TerminalTr::tr("The texts are in English now."));
+    if (!isKept) {
+        m_collaborators.voice.say(
+            TerminalTr::tr("This could not be remembered; it lasts until the program ends."),
+            LineStyle::Warning);
+    }
+}
+
+} // namespace bram

@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "model/MenuLanguage.h"
+
+#include <QCoro/QCoroTask>
+#include <QObject>
+#include <QPointer>
+#include <QString>
+
+namespace bram
+{
+
+class AgentSelection;
+class BackgroundTasks;
+class LanguageChoice;
+class OperatorPrompts;
+class TerminalVoice;
+
+/// The commands that set for whom and in which language the program works. Main thread.
+class SettingsCommands final : public QObject
+{
+    Q_OBJECT
+
+public:
+    struct Collaborators {
+        AgentSelection &agents;
+        LanguageChoice &language;
+        OperatorPrompts &prompts;
+        BackgroundTasks &tasks;
+        TerminalVoice &voice;
+    };
+
+    explicit SettingsCommands(const Collaborators &collaborators);
+
+    void listAgents();
+    void chooseAgent(const QString &agentId);
+    void chooseLanguage(MenuLanguage language);
+
+private:
+    static QCoro::Task<> choose(QPointer<SettingsCommands> self, QString agentId);
+    void sayAgent();
+
+    Collaborators m_collaborators;
+};
+
+} // namespace bram

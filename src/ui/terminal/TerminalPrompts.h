@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "monitor/OperatorPrompts.h"
+#include "system/Reply.h"
+#include "ui/terminal/RequestNumbers.h"
+#include "ui/terminal/TerminalLine.h"
+
+#include <QObject>
+
+#include <deque>
+#include <functional>
+
+namespace bram
+{
+
+class TerminalVoice;
+
+/// Tells and asks the operator in the terminal's dialogue, one question at a time. Main thread.
+///
+/// What a line means while a question is open is never in doubt: a line that is a command is
+/// one, and only another line can be an answer. The answer is the number of a choice, which is no
+/// command, or its words; of a file question, a path beginning with / or . or ~, or an empty line for none.
+/// A line that was begun before the question was shown does not answer it.
+class TerminalPrompts final : public QObject, public OperatorPrompts
+{
+    Q_OBJECT
+
+public:
+    explicit TerminalPrompts(TerminalVoice &voice);
+
+    QCoro::Task<> inform(Alert alert) override;
+    QCoro::Task<qsizetype> ask(Question question) override;
+    QCoro::Task<std::optional<QString>> askForFile(FileQuestion question) override;
+    /// There is nothing here to open it with: says where it is.
+    QCoro::Task<bool> openFile(QString path) override;
+
+    bool isAsking() const { return !m_questions.empty(); }
+    /// Takes a line, which is no command, for an answer to the open question.
+    void takeLine(const QString &text, DialogueMoment begunAt);
+
+    /// Answers all that is asked, now and later, as one who turns away.
+    void stop();
+
+private:
+    /// One that is open or waits to be.
+    struct OpenQuestion {
+        TerminalLines lines;
+        /// Takes a line; why it is no answer, empty when it was one.
+        std::function<QString(const QString &text)> takeAnswer;
+    };
+
+    Reply<qsizetype> open(const Question &question);
+    Reply<std::optional<QString>> open(const FileQuestion &question);
+    void enqueue(const OpenQuestion &question);
+    void showFirst();
+
+    TerminalVoice &m_voice;
+    std::deque<OpenQuestion> m_questions; ///< the first one is shown
+    DialogueMoment m_shownBy = 0; ///< the first one
+    bool m_isStopped = false;
+};
+
+} // namespace bram

@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "ui/terminal/TerminalVoice.h"
+
+#include "ui/terminal/LineSource.h"
+#include "ui/terminal/TerminalOutput.h"
+#include "ui/terminal/TerminalText.h"
+
+namespace bram
+{
+
+TerminalVoice::TerminalVoice(LineSource &input, TerminalOutput &output)
+    : m_input(input)
+    , m_output(output)
+{
+}
+
+void TerminalVoice::print(const TerminalLines &lines)
+{
+    m_input.printAbove([&] { m_output.write(lines); });
+}
+
+void TerminalVoice::say(const QString &message, LineStyle style)
+{
+    print(messageLines(message, columns(), style));
+}
+
+int TerminalVoice::columns() const
+{
+    return m_output.columns();
+}
+
+DialogueMoment TerminalVoice::given() const
+{
+    return m_output.given();
+}
+
+void TerminalVoice::readWaiting()
+{
+    m_input.readWaiting();
+}
+
+} // namespace bram

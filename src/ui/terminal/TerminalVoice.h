@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "ui/terminal/RequestNumbers.h"
+#include "ui/terminal/TerminalLine.h"
+
+#include <QString>
+
+namespace bram
+{
+
+class LineSource;
+class TerminalOutput;
+
+/// How the parts of the terminal front-end speak: whole lines, above the line that is being typed.
+class TerminalVoice
+{
+public:
+    TerminalVoice(LineSource &input, TerminalOutput &output);
+
+    void print(const TerminalLines &lines);
+    void say(const QString &message, LineStyle style = LineStyle::Plain);
+
+    /// Width of the terminal; 0 when it is not known.
+    int columns() const;
+    /// How far the operator will have read once everything said so far is out.
+    DialogueMoment given() const;
+    /// To be called before something is shown that a line could answer: what has been typed by now
+    /// was typed before it.
+    void readWaiting();
+
+private:
+    LineSource &m_input;
+    TerminalOutput &m_output;
+};
+
+} // namespace bram

@@ -1,0 +1,146 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "monitor/ReliabilityExercises.h"
+#include "monitor/MonitorFixture.h"
+#include "support/ScriptedPrompts.h"
+
+#include <QDir>
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+using namespace bram;
+using namespace bram::test;
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+class Exercises : public MonitorFixture
+{
+protected:
+    /// Runs the self-test to its end; whether it said that it succeeded.
+    bool testSelf()
+    {
+        std::optional<bool> said;
+        QObject::connect(&core->exercises(), &ReliabilityExercises::selfTestFinished,
+                         &core->exercises(), [&](bool success) { said = success; });
+        core->exercises().runReliabilitySelfTest(resultPath);
+        EXPECT_TRUE(waitUntil([&] { return said.has_value(); }));
+        QObject::disconnect(&core->exercises(), nullptr, &core->exercises(), nullptr);
+        return said.value_or(false);
+    }
+    QJsonObject result() const
+    {
+        QFile file(resultPath);
+        return file.open(QFile::ReadOnly) ? QJsonDocument::fromJson(file.readAll()).object()
+                                          : QJsonObject();
+    }
+    QString resultPath = folder.filePath(u"result.json"_s);
+    ScriptedPrompts prompts;
+};
+
+} // namespace
+
+TEST_F(Exercises, ASimulationTakesTheRoadOfRealRequests)
+{
+    makeConnectedCore();
+    core->exercises().runProgramSimulation(&prompts);
+    core->exercises().runProgramSimulation(nullptr);
+    ASSERT_TRUE(waitUntil([&] { return core->tasks().running().isEmpty(); }));
+    ASSERT_EQ(prompts.alerts.size(), 1);
+    EXPECT_EQ(prompts.alerts.first().title, u"Simulation Executed"_s);
+    ASSERT_EQ(board().items().size(), 4); // ids of their own each time
+    const ApprovalItem &high = board().items().first();
+    EXPECT_TRUE(high.approvalId.startsWith(u"sim-high-"_s));
+    EXPECT_EQ(high.command, u"sudo rm -rf ~/Library/Caches/brackwen-sim"_s);
+    EXPECT_EQ(high.agentId, u"main"_s);
+    EXPECT_EQ(high.createdAtMs, clock.current);
+    EXPECT_EQ(board().items().last().command, u"ls -la ~/Downloads"_s);
+    EXPECT_TRUE(core->status().lines().remoteApprovalLocked);
+    EXPECT_EQ(monitor().supervision().unauthorizedDisconnectCount(), 1);
+    EXPECT_EQ(log.lines().count(u"[Brackwen] startup simulation executed (approval x2 + "
+                                "token-revocation disconnect)"_s),
+              2);
+}
+
+TEST_F(Exercises, WithAnAgentSelectedTheRequestsAreThatAgents)
+{
+    ASSERT_TRUE(QDir(folder.path()).mkpath(u".brackwen"_s));
+    QFile config(folder.filePath(u".brackwen/brackwen.json"_s));
+    ASSERT_TRUE(config.open(QFile::WriteOnly));
+    config.write(R"({"agents":{"dev":{}}})");
+    config.close();
+    makeConnectedCore();
+    core->exercises().runProgramSimulation(nullptr);
+    EXPECT_EQ(board().displayItems().size(), 2);
+    EXPECT_EQ(board().displayItems().first().agentId, u"dev"_s);
+}
+
+TEST_F(Exercises, TheSelfTestSaysWhatItHasFound)
+{
+    QFile stale(resultPath);
+    ASSERT_TRUE(stale.open(QFile::WriteOnly));
+    stale.write("old");
+    stale.close();
+    makeConnectedCore();
+    request(item("real"));
+    EXPECT_TRUE(testSelf());
+    const QJsonObject found = result();
+    EXPECT_EQ(found.keys(),
+              (QStringList {u"connectionStatus"_s, u"generatedAt"_s, u"hadUnauthorizedDisconnect"_s,
+                            u"pendingCount"_s, u"requestedCount"_s, u"resolvedCount"_s,
+                            u"success"_s, u"tokenStatus"_s, u"unauthorizedDisconnectCount"_s}));
+    EXPECT_TRUE(found.value("success"_L1).toBool());
+    EXPECT_TRUE(found.value("hadUnauthorizedDisconnect"_L1).toBool());
+    EXPECT_EQ(found.value("requestedCount"_L1).toInt(), 3);
+    EXPECT_EQ(found.value("pendingCount"_L1).toInt(), 3);
+    EXPECT_EQ(found.value("unauthorizedDisconnectCount"_L1).toInt(), 1);
+    EXPECT_EQ(found.value("generatedAt"_L1).toString(), u"2024-06-10T06:13:20.000Z"_s);
+}
+
+TEST_F(Exercises, TheSelfTestNeedsNoGatewayButARecordAndAPlaceForItsResult)
+{
+    gateway.close();
+    makeCore();
+    monitor().start();
+    EXPECT_TRUE(testSelf());
+    EXPECT_EQ(result().value("pendingCount"_L1).toInt(), 2);
+
+    // A link in the result's place does not lead it elsewhere.
+    const QString precious = folder.filePath(u"precious"_s);
+    QFile other(precious);
+    ASSERT_TRUE(other.open(QFile::WriteOnly));
+    other.close();
+    ASSERT_TRUE(QFile::remove(resultPath) && QFile::link(precious, resultPath));
+    testSelf();
+    EXPECT_EQ(QFileInfo(precious).size(), 0);
+    EXPECT_FALSE(QFileInfo(resultPath).isSymLink());
+
+    resultPath = folder.filePath(u"no/such/folder/result.json"_s);
+    EXPECT_FALSE(testSelf());
+}
+
+TEST_F(Exercises, WithoutARecordTheSelfTestFails)
+{
+    ASSERT_TRUE(QDir(folder.path()).mkpath(u"audit-events.jsonl"_s)); // a folder in its place
+    makeConnectedCore();
+    EXPECT_FALSE(testSelf());
+    EXPECT_FALSE(result().value("success"_L1).toBool(true));
+    EXPECT_FALSE(result().value("hadUnauthorizedDisconnect"_L1).toBool(true));
+    EXPECT_EQ(result().value("requestedCount"_L1).toInt(), 2);
+}
+
+TEST_F(Exercises, EndWithTheProgram)
+{
+    makeConnectedCore();
+    bool isSuccess = true;
+    QObject::connect(&core->exercises(), &ReliabilityExercises::selfTestFinished,
+                     &core->exercises(), [&](bool success) { isSuccess = success; });
+    core->exercises().runReliabilitySelfTest(resultPath);
+    core->exercises().runProgramSimulation(&prompts);
+    core->stop();
+    ASSERT_TRUE(waitUntil([&] { return core->tasks().running().isEmpty(); }, 400));
+    EXPECT_FALSE(isSuccess);
+    EXPECT_FALSE(QFile::exists(resultPath));
+    EXPECT_TRUE(prompts.alerts.isEmpty());
+}
