@@ -445,6 +445,38 @@
         <source>This folder cannot be made: </source>
         <translation>이 폴더를 만들 수 없습니다: </translation>
     </message>
+    <message>
+        <source>Say where to: %1 %2</source>
+        <translation>경로를 지정하세요: %1 %2</translation>
+    </message>
+    <message>
+        <source>The pending requests are in: </source>
+        <translation>대기 요청을 저장했습니다: </translation>
+    </message>
+    <message>
+        <source>Going through the audit log: %1 %</source>
+        <translation>감사 로그를 읽는 중: %1 %</translation>
+    </message>
+    <message>
+        <source>Answer with the number of a choice or its words; an empty line means none.</source>
+        <translation>선택지의 번호나 문구로 답하세요. 빈 줄은 선택하지 않음을 뜻합니다.</translation>
+    </message>
+    <message>
+        <source>The question is still open.</source>
+        <translation>질문이 아직 열려 있습니다.</translation>
+    </message>
+    <message>
+        <source>export FILE             write the pending requests into a file</source>
+        <translation>export FILE             대기 요청을 파일로 저장</translation>
+    </message>
+    <message>
+        <source>report FILE             write the report of the last 7 days into a file</source>
+        <translation>report FILE             최근 7일 보고서를 파일로 저장</translation>
+    </message>
+    <message>
+        <source>diagnostics FOLDER      collect there what somebody needs who is to help</source>
+        <translation>diagnostics FOLDER      문제 해결에 필요한 자료를 폴더에 모으기</translation>
+    </message>
 </context>
 <context>
     <name>Words</name>

@@ -16,8 +16,8 @@ using namespace std::chrono_literals;
 
 namespace
 {
-/// How long the end of the program waits for decisions under way, and then for tasks to notice the end.
-constexpr auto decisionsLimit = 5s;
+/// How long the end of the program waits for decisions and reports under way, and then for tasks to notice the end.
+constexpr auto workLimit = 5s;
 constexpr auto tasksLimit = 1s;
 
 bool isPerson()
@@ -73,17 +73,20 @@ Application::Application(Parts parts, const Clock &clock)
             });
     m_limit.setSingleShot(true);
     connect(&m_limit, &QTimer::timeout, this, [this] {
-        if (m_phase == Phase::WaitingForDecisions) {
+        if (m_phase == Phase::WaitingForWork) {
             stopCore();
         } else {
             finish();
         }
     });
-    connect(&m_core.monitor().decisions(), &DecisionResolver::decisionSettled, this, [this] {
-        if (m_phase == Phase::WaitingForDecisions && m_core.monitor().decisions().isIdle()) {
+    const auto goOnWhenIdle = [this] {
+        if (m_phase == Phase::WaitingForWork && isIdle()) {
             stopCore();
         }
-    });
+    };
+    connect(&m_core.monitor().decisions(), &DecisionResolver::decisionSettled, this, goOnWhenIdle);
+    connect(&m_core.record(), &RecordOperations::workEnded, this, goOnWhenIdle,
+            Qt::QueuedConnection);
 }
 
 Application::~Application() = default;
@@ -124,12 +127,17 @@ void Application::shutDown()
     if (m_phase != Phase::Running) {
         return;
     }
-    m_phase = Phase::WaitingForDecisions;
-    if (m_core.monitor().decisions().isIdle()) {
+    m_phase = Phase::WaitingForWork;
+    if (isIdle()) {
         stopCore();
         return;
     }
-    m_limit.start(decisionsLimit);
+    m_limit.start(workLimit);
+}
+
+bool Application::isIdle()
+{
+    return m_core.monitor().decisions().isIdle() && !m_core.record().isWorking();
 }
 
 void Application::stopCore()

@@ -46,7 +46,9 @@ Q_SIGNALS:
 private:
     void onQuitRequested();
     void runExercises();
-    /// Lets decisions under way end, for a short while, then stops everything.
+    /// Nothing that the operator has asked for is under way.
+    bool isIdle();
+    /// Lets decisions and reports under way end, for a short while, then stops everything.
     void shutDown();
     void stopCore();
     void finish();
@@ -62,7 +64,7 @@ private:
 
     enum class Phase {
         Running,
-        WaitingForDecisions,
+        WaitingForWork,
         Stopping,
         Finished,
     };

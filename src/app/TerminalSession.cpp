@@ -26,6 +26,7 @@ void TerminalSession::start(Core &core)
     m_dialogue = std::make_unique<TerminalFrontEnd>(
         TerminalFrontEnd::Collaborators {.monitor = core.monitor(),
                                          .exercises = core.exercises(),
+                                         .record = core.record(),
                                          .language = core.language(),
                                          .tasks = core.tasks(),
                                          .clock = m_clock,

@@ -164,3 +164,55 @@ TEST_F(TerminalCommands, SimulatedRequestsComeAtTheStartAndOnWish)
     bram->closeInput();
     EXPECT_EQ(bram->ends(), 0);
 }
+
+TEST_F(TerminalCommands, WhatIsTakenOutIsWhollyThereAndReplacesNothingUnasked)
+{
+    auto gateway = startGateway(u"wait-client\n"
+                                "request aaa-1 main curl -H token=hunter2 example.org\n"
+                                "wait-decision aaa-1\n"_s);
+    auto bram = startBram();
+    ASSERT_TRUE(bram->says(u"  | curl"_s));
+    const QString pending = home.filePath(u"my pending.txt"_s);
+    bram->send(u"export  ~/my pending.txt "_s);
+    ASSERT_TRUE(bram->says(u"The pending requests are in: "_s));
+    QFile file(pending);
+    ASSERT_TRUE(file.open(QFile::ReadWrite));
+    EXPECT_TRUE(file.readAll().contains("curl -H token=hunter2 example.org"));
+    EXPECT_EQ(file.permissions() & (QFile::ReadGroup | QFile::ReadOther), QFile::Permissions());
+    file.resize(0);
+
+    bram->send(u"export "_s + pending);
+    ASSERT_TRUE(bram->says(u"Replace the file?"_s));
+    ASSERT_TRUE(bram->says(u"its words.\n"_s));
+    bram->send(u"keep it"_s);
+    bram->send(u"export "_s + pending);
+    ASSERT_TRUE(bram->says(u"Replace the file?"_s));
+    ASSERT_TRUE(bram->says(u"its words.\n"_s));
+    EXPECT_EQ(file.size(), 0);
+    bram->send(u"1"_s);
+    ASSERT_TRUE(bram->says(u"The pending requests are in: "_s));
+    EXPECT_TRUE(waitUntil([&] { return QFileInfo(pending).size() > 0; }));
+    bram->send(u"export "_s + home.path());
+    ASSERT_TRUE(bram->says(u"This is a folder: "_s));
+    bram->send(u"report /no/such/folder/r.md"_s);
+    ASSERT_TRUE(bram->says(u"There is no folder for this file: "_s));
+
+    bram->send(u"deny 1"_s);
+    ASSERT_TRUE(bram->says(u"#1 denied."_s));
+    const QString bundles = home.filePath(u"new/bundles"_s);
+    bram->send(u"diagnostics "_s + bundles);
+    ASSERT_TRUE(bram->says(u"Saved to:"_s));
+    const QDir made(bundles);
+    ASSERT_EQ(made.entryList(QDir::Dirs | QDir::NoDotAndDotDot).size(), 1);
+    // As in a script: what was asked for before the end of the input is done.
+    const QString report = home.filePath(u"report.md"_s);
+    bram->send(u"report "_s + report);
+    bram->closeInput();
+    EXPECT_EQ(bram->ends(), 0);
+    QFile written(report);
+    ASSERT_TRUE(written.open(QFile::ReadOnly));
+    const QByteArray text = written.readAll();
+    EXPECT_TRUE(text.startsWith("#")) << text.constData();
+    EXPECT_FALSE(text.contains("hunter2"));
+    EXPECT_TRUE(bram->output().contains(u"Saved last 7 days audit data."_s));
+}

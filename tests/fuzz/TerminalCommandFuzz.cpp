@@ -15,6 +15,10 @@ QString typedFor(const TerminalCommand &command)
     if (const auto *agent = std::get_if<AgentCommand>(&command)) {
         return u"agent "_s + agent->agentId;
     }
+    if (const auto *file = std::get_if<FileCommand>(&command)) {
+        const QStringList words {u"export "_s, u"report "_s, u"diagnostics "_s};
+        return words.at(static_cast<qsizetype>(file->purpose)) + file->path;
+    }
     if (const auto *language = std::get_if<LanguageCommand>(&command)) {
         return u"language "_s + rawText(language->language);
     }

@@ -38,6 +38,7 @@ protected:
         frontEnd = std::make_unique<TerminalFrontEnd>(
             TerminalFrontEnd::Collaborators {.monitor = monitor(),
                                              .exercises = core->exercises(),
+                                             .record = core->record(),
                                              .language = core->language(),
                                              .tasks = core->tasks(),
                                              .clock = clock,

@@ -68,7 +68,7 @@ TEST_F(Questions, AreAnsweredByNumberOrWordsOneAfterTheOther)
         typeAndHear(line, u"Neither a command nor one of the choices 1 to 3: "_s + line);
     }
     typeAndHear(u"\x1b[2J"_s, u"choices 1 to 3: ⟨U+001B⟩[2J\n"_s);
-    input.type(QString()); // not an answer, and not a mistake
+    typeAndHear(QString(), u"The question is still open."_s);
     typeAndHear(u"3"_s, u"\nThree?\n"_s);
     EXPECT_TRUE(isAnswered({0, 2}));
     input.end();
@@ -76,6 +76,19 @@ TEST_F(Questions, AreAnsweredByNumberOrWordsOneAfterTheOther)
     // Nothing is asked any more.
     ask(u"Four?"_s, {u"a"_s, u"b"_s});
     EXPECT_TRUE(isAnswered({0, 2, 1, 1}));
+}
+
+TEST_F(Questions, CanBeLeftWithAnEmptyLineWhereThatIsAnAnswer)
+{
+    core->tasks().spawn(note(frontEnd->prompts().ask({.title = u"One?"_s,
+                                                      .text = {},
+                                                      .buttons = {u"a"_s, u"b"_s},
+                                                      .harmless = Question::noButton}),
+                             &answers),
+                        u"question"_s);
+    EXPECT_TRUE(says(u"an empty line means none."_s));
+    input.type(u" "_s);
+    EXPECT_TRUE(isAnswered({-1}));
 }
 
 TEST_F(Questions, ACommandStaysACommandAndRequestsAreDecidedMeanwhile)

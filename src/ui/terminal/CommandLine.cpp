@@ -38,6 +38,18 @@ constexpr std::array plainCommands {
     PlainRow {u"quit", PlainCommand::Quit},
 };
 
+struct FileRow {
+    QStringView word;
+    FileCommand::Purpose purpose;
+    QStringView after;
+};
+
+constexpr std::array fileCommands {
+    FileRow {u"export", FileCommand::Purpose::Pending, u"FILE"},
+    FileRow {u"report", FileCommand::Purpose::WeeklyReport, u"FILE"},
+    FileRow {u"diagnostics", FileCommand::Purpose::Diagnostics, u"FOLDER"},
+};
+
 using Parsed = std::expected<TerminalCommand, Error>;
 
 Parsed fault(const QString &message)
@@ -100,6 +112,12 @@ std::expected<TerminalCommand, Error> parseCommandLine(QStringView line)
         const auto language = menuLanguageFromRawText(rest);
         return language ? Parsed(LanguageCommand {*language})
                         : fault(TerminalTr::tr("Say which language: language eng|kor"));
+    }
+    const auto file = std::ranges::find(fileCommands, QStringView(word), &FileRow::word);
+    if (file != fileCommands.end()) {
+        return rest.isEmpty()
+            ? fault(TerminalTr::tr("Say where to: %1 %2").arg(word, file->after.toString()))
+            : Parsed(FileCommand {file->purpose, rest});
     }
     return fault(TerminalTr::tr("Unknown command: %1 (try `help`)").arg(beginningOfTyped(word)));
 }

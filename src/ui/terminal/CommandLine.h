@@ -67,8 +67,21 @@ struct LanguageCommand {
     bool operator==(const LanguageCommand &) const = default;
 };
 
+/// A command about a file or a folder, whose path is all that stands after the word
+struct FileCommand {
+    enum class Purpose {
+        Pending, ///< `export FILE`
+        WeeklyReport, ///< `report FILE`
+        Diagnostics, ///< `diagnostics FOLDER`
+    };
+    Purpose purpose = Purpose::Pending;
+    QString path;
+
+    bool operator==(const FileCommand &) const = default;
+};
+
 using TerminalCommand = std::variant<PlainCommand, ShowCommand, DecideCommand, DecideAllCommand,
-                                     AgentCommand, LanguageCommand>;
+                                     AgentCommand, LanguageCommand, FileCommand>;
 
 /// Reads one line as typed. Words are told apart by blanks and compared exactly; the error is one line,
 /// in the operator's language, that says what is wrong. It may repeat what was typed as it was.

@@ -32,6 +32,11 @@ TerminalFrontEnd::TerminalFrontEnd(const Collaborators &collaborators)
                   .prompts = m_prompts,
                   .tasks = collaborators.tasks,
                   .voice = m_voice})
+    , m_record({.record = collaborators.record,
+                .language = collaborators.language,
+                .prompts = m_prompts,
+                .tasks = collaborators.tasks,
+                .voice = m_voice})
 {
     LineSource &input = collaborators.input;
     input.setMomentSource([&output = collaborators.output] { return output.written(); });
@@ -79,6 +84,7 @@ void TerminalFrontEnd::carryOut(const TerminalCommand &command, DialogueMoment b
             [&](const DecideAllCommand &wish) { m_requests.decideAll(wish.decision, begunAt); },
             [&](const AgentCommand &wish) { m_settings.chooseAgent(wish.agentId); },
             [&](const LanguageCommand &wish) { m_settings.chooseLanguage(wish.language); },
+            [&](const FileCommand &wish) { m_record.carryOut(wish); },
         },
         command);
 }

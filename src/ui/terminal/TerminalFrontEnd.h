@@ -3,6 +3,7 @@
 
 #include "ui/terminal/CommandLine.h"
 #include "ui/terminal/GatewayNews.h"
+#include "ui/terminal/RecordCommands.h"
 #include "ui/terminal/RequestDialogue.h"
 #include "ui/terminal/SettingsCommands.h"
 #include "ui/terminal/TerminalPrompts.h"
@@ -25,6 +26,7 @@ public:
     struct Collaborators {
         ApprovalMonitor &monitor;
         ReliabilityExercises &exercises;
+        RecordOperations &record;
         LanguageChoice &language;
         BackgroundTasks &tasks;
         const Clock &clock;
@@ -55,6 +57,7 @@ private:
     GatewayNews m_gatewayNews;
     RequestDialogue m_requests;
     SettingsCommands m_settings;
+    RecordCommands m_record;
     bool m_quitting = false;
 };
 

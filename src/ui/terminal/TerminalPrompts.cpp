@@ -40,9 +40,11 @@ TerminalLines linesOf(const Question &question, int columns)
                    honestLine(question.buttons.at(i)).text, LineStyle::Plain, columns,
                    RowBreaks::AtBlanks);
     }
-    appendRows(lines, u"  "_s, u"  "_s,
-               TerminalTr::tr("Answer with the number of a choice or its words."), LineStyle::Quiet,
-               columns, RowBreaks::AtBlanks);
+    const QString how = question.harmless == Question::noButton
+        ? TerminalTr::tr("Answer with the number of a choice or its words; an empty line means "
+                         "none.")
+        : TerminalTr::tr("Answer with the number of a choice or its words.");
+    appendRows(lines, u"  "_s, u"  "_s, how, LineStyle::Quiet, columns, RowBreaks::AtBlanks);
     return lines;
 }
 
@@ -96,9 +98,7 @@ TerminalPrompts::TerminalPrompts(TerminalVoice &voice)
 
 QCoro::Task<> TerminalPrompts::inform(Alert alert)
 {
-    if (!m_isStopped) {
-        m_voice.print(paragraphs(alert.title, alert.text, m_voice.columns()));
-    }
+    m_voice.print(paragraphs(alert.title, alert.text, m_voice.columns()));
     co_return;
 }
 
@@ -119,13 +119,19 @@ QCoro::Task<std::optional<QString>> TerminalPrompts::askForFile(FileQuestion que
         if (!self) {
             break;
         }
-        const Question replacing = replaceQuestion(*path);
-        const qsizetype answer = co_await self->open(replacing);
-        if (answer == 0) {
+        const bool agreed = co_await self->agreeToReplace(*path);
+        if (agreed) {
             co_return path;
         }
     }
     co_return std::nullopt;
+}
+
+QCoro::Task<bool> TerminalPrompts::agreeToReplace(QString path)
+{
+    const Question question = replaceQuestion(path);
+    const qsizetype answer = co_await open(question);
+    co_return answer == 0;
 }
 
 QCoro::Task<bool> TerminalPrompts::openFile(QString path)
@@ -138,7 +144,15 @@ Reply<qsizetype> TerminalPrompts::open(const Question &question)
 {
     const ReplySource<qsizetype> source(question.harmless);
     enqueue({.lines = linesOf(question, m_voice.columns()),
-             .takeAnswer = [buttons = question.buttons, source](const QString &line) -> QString {
+             .takeAnswer = [buttons = question.buttons, harmless = question.harmless,
+                            source](const QString &line) -> QString {
+                 if (line.trimmed().isEmpty()) {
+                     if (harmless == Question::noButton) {
+                         source.answer(harmless);
+                         return {};
+                     }
+                     return TerminalTr::tr("The question is still open.");
+                 }
                  const qsizetype choice = choiceMeant(buttons, line);
                  if (choice < 0) {
                      return TerminalTr::tr("Neither a command nor one of the choices 1 to %1: %2")

@@ -20,7 +20,7 @@ class TerminalVoice;
 ///
 /// What a line means while a question is open is never in doubt: a line that is a command is
 /// one, and only another line can be an answer. The answer is the number of a choice, which is no
-/// command, or its words; of a file question, a path beginning with / or . or ~, or an empty line for none.
+/// command, or its words, or an empty line where the question can be left without a choice; of a file question, a path beginning with / or . or ~, or an empty line for none.
 /// A line that was begun before the question was shown does not answer it.
 class TerminalPrompts final : public QObject, public OperatorPrompts
 {
@@ -35,11 +35,14 @@ public:
     /// There is nothing here to open it with: says where it is.
     QCoro::Task<bool> openFile(QString path) override;
 
+    /// Whether the file at `path`, which is there, may be replaced.
+    QCoro::Task<bool> agreeToReplace(QString path);
+
     bool isAsking() const { return !m_questions.empty(); }
     /// Takes a line, which is no command, for an answer to the open question.
     void takeLine(const QString &text, DialogueMoment begunAt);
 
-    /// Answers all that is asked, now and later, as one who turns away.
+    /// Answers all that is asked, now and later, as one who turns away. What operations tell is still said.
     void stop();
 
 private:

@@ -226,6 +226,9 @@ TerminalLines helpLines(int columns)
             "reload-token            take the gateway token from the configuration again"),
         TerminalTr::tr(
             "clear-pending           forget the pending requests here, not at the gateway"),
+        TerminalTr::tr("export FILE             write the pending requests into a file"),
+        TerminalTr::tr("report FILE             write the report of the last 7 days into a file"),
+        TerminalTr::tr("diagnostics FOLDER      collect there what somebody needs who is to help"),
         TerminalTr::tr(
             "simulate                show made-up requests and a refusal by the gateway"),
         TerminalTr::tr("language eng|kor        the language of these texts"),
