@@ -81,9 +81,10 @@ void ApprovalBoard::add(const ApprovalItem &item)
 {
     const auto *known = find(item.approvalId);
     const bool isChanged = known != nullptr && *known != item;
+    m_unlisted.remove(item.approvalId);
     const auto fallenOff = m_pending.upsert(item);
     if (fallenOff) {
-        withdrawNotificationUnlessListed(*fallenOff);
+        letGoUnlessListed(*fallenOff);
     }
     addToHistory(item);
     refreshDerivedDisplays();
@@ -106,10 +107,14 @@ void ApprovalBoard::add(const ApprovalItem &item)
 
 void ApprovalBoard::ask(const ApprovalItem &item)
 {
+    const auto active = m_popups.activeItem();
     if (m_popups.enqueue(item)) {
         presentNextPopupIfNeeded();
-    } else if (m_popups.activeItem() && m_popups.activeItem()->approvalId == item.approvalId) {
+    } else if (active && active->approvalId == item.approvalId && *active != item) {
         presentActive();
+    }
+    if (isApprovalExpired(item, m_clock.nowMs())) {
+        return; // on its way out
     }
     if (!m_notifiedIds.contains(item.approvalId)) {
         m_notifiedIds.insert(item.approvalId);
@@ -156,11 +161,18 @@ void ApprovalBoard::dismissPopup()
     }
 }
 
-void ApprovalBoard::withdrawNotificationUnlessListed(const QString &approvalId)
+void ApprovalBoard::letGoUnlessListed(const QString &approvalId)
 {
-    if (m_ports.notifier != nullptr && m_notifiedIds.contains(approvalId)
-        && m_pending.find(approvalId) == nullptr && !m_popups.contains(approvalId)) {
+    if (m_pending.find(approvalId) != nullptr || m_popups.contains(approvalId)) {
+        return;
+    }
+    if (m_ports.notifier != nullptr && m_notifiedIds.contains(approvalId)) {
         m_ports.notifier->withdraw(approvalId);
+    }
+    if (const auto forgotten = m_unlisted.add(approvalId)) {
+        m_notifiedIds.remove(*forgotten);
+        m_popups.remove(*forgotten);
+        Q_EMIT requestForgotten(*forgotten);
     }
 }
 
@@ -173,6 +185,7 @@ void ApprovalBoard::addToHistory(const ApprovalItem &item)
 void ApprovalBoard::remove(const QString &approvalId, ApprovalHistoryState state)
 {
     const bool wasListed = find(approvalId) != nullptr;
+    m_unlisted.remove(approvalId);
     m_pending.remove(approvalId);
     if (m_popups.remove(approvalId)) {
         dismissPopup();
@@ -190,6 +203,7 @@ void ApprovalBoard::remove(const QString &approvalId, ApprovalHistoryState state
 void ApprovalBoard::clearPending()
 {
     m_pending.clear();
+    m_unlisted.clear();
     const auto notified = std::exchange(m_notifiedIds, {});
     for (const auto &approvalId : notified) {
         if (m_ports.notifier != nullptr) {
@@ -238,7 +252,7 @@ void ApprovalBoard::presentNextPopupIfNeeded()
     if (m_ports.popup == nullptr) {
         return;
     }
-    if (const auto item = m_popups.takeNext()) {
+    if (const auto item = m_popups.takeNext(m_clock.nowMs())) {
         m_log.write(QString(u"[Brackwen] presenting approval popup id="_s + item->approvalId));
         presentActive();
         refreshDerivedDisplays();
@@ -270,9 +284,7 @@ void ApprovalBoard::onPopupAnswered(const QString &approvalId,
         Q_EMIT decidedInPopup(approvalId, *decision);
     }
     m_popups.finish(approvalId);
-    if (!decision) {
-        withdrawNotificationUnlessListed(approvalId);
-    }
+    letGoUnlessListed(approvalId);
     refreshDerivedDisplays();
     presentNextPopupIfNeeded();
 }

@@ -8,6 +8,7 @@
 #include "monitor/MonitorPorts.h"
 #include "monitor/PendingApprovals.h"
 #include "monitor/PopupQueue.h"
+#include "monitor/RecentIds.h"
 
 #include <QList>
 #include <QObject>
@@ -77,6 +78,8 @@ Q_SIGNALS:
     void activityChanged();
     /// A request left the list, with what became of it.
     void requestRemoved(const QString &approvalId, bram::ApprovalHistoryState state);
+    /// Nothing is known any more of a request that had fallen off every list before.
+    void requestForgotten(const QString &approvalId);
     /// A person has decided in the popup.
     void decidedInPopup(const QString &approvalId, bram::ApprovalDecision decision);
 
@@ -87,8 +90,9 @@ private:
     void ask(const ApprovalItem &item);
     void withdrawNotification(const QString &approvalId);
     void dismissPopup();
-    /// For a request that may have left its last list: nobody could tell any more what it is about.
-    void withdrawNotificationUnlessListed(const QString &approvalId);
+    /// For a request that may have left its last list: nobody could tell any more what it is about. That
+    /// it was asked about is remembered for a while.
+    void letGoUnlessListed(const QString &approvalId);
     void presentNextPopupIfNeeded();
     void presentActive();
     void onPopupAnswered(const QString &approvalId, std::optional<ApprovalDecision> decision);
@@ -104,6 +108,7 @@ private:
     PopupQueue m_popups;
     quint64 m_presentationSerial = 0; ///< of what the popup shows
     QSet<QString> m_notifiedIds;
+    RecentIds m_unlisted; ///< fell off every list
 
     mutable QList<ApprovalItem> m_displayItems;
     mutable bool m_displayStale = false; ///< to be derived anew when next read

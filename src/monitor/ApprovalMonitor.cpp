@@ -23,6 +23,7 @@ ApprovalMonitor::ApprovalMonitor(const Collaborators &collaborators)
                   .clock = collaborators.clock,
                   .alwaysAllow = collaborators.ports.alwaysAllow,
                   .commandLine = collaborators.commandLine})
+    , m_expiry(collaborators.clock)
     , m_supervision({.session = collaborators.session,
                      .status = collaborators.status,
                      .audit = collaborators.audit,
@@ -38,8 +39,20 @@ ApprovalMonitor::ApprovalMonitor(const Collaborators &collaborators)
             [this] { m_supervision.handleHandshakeCompleted(); });
     connect(&collaborators.agents, &AgentSelection::selectedAgentChanged, &m_board,
             &ApprovalBoard::applyAgentChoice);
-    connect(&m_board, &ApprovalBoard::requestRemoved, this,
-            [this](const QString &approvalId) { m_recorder.forget(approvalId); });
+    const auto forget = [this](const QString &approvalId) {
+        m_recorder.forget(approvalId);
+        m_expiry.forget(approvalId);
+    };
+    connect(&m_board, &ApprovalBoard::requestRemoved, this, forget);
+    connect(&m_board, &ApprovalBoard::requestForgotten, this, forget);
+    connect(&m_expiry, &ExpiryWatch::expired, this, &ApprovalMonitor::onExpired);
+    connect(&m_resolver, &DecisionResolver::decisionSettled, this,
+            [this](const QString &approvalId) {
+                // It may have failed after the request's time was over.
+                if (const auto *item = m_board.find(approvalId)) {
+                    m_expiry.watch(*item);
+                }
+            });
     connect(&m_board, &ApprovalBoard::displayItemsChanged, this,
             [this] { m_menuState.note(u"refresh"_s); });
     connect(&m_board, &ApprovalBoard::decidedInPopup, this,
@@ -68,6 +81,7 @@ QCoro::Task<> ApprovalMonitor::startUp(QPointer<ApprovalMonitor> self)
 void ApprovalMonitor::stop()
 {
     m_resolver.stop();
+    m_expiry.clear();
     m_collaborators.session.stop();
 }
 
@@ -88,6 +102,7 @@ void ApprovalMonitor::reloadGatewayToken()
 void ApprovalMonitor::clearPendingApprovals()
 {
     m_recorder.forgetAll();
+    m_expiry.clear();
     m_board.clearPending();
 }
 
@@ -141,6 +156,7 @@ void ApprovalMonitor::onApprovalRequested(const ApprovalItem &item)
         return;
     }
     m_board.add(item);
+    m_expiry.watch(item);
     m_menuState.note(u"approval.requested"_s);
 }
 
@@ -151,6 +167,16 @@ void ApprovalMonitor::onApprovalResolved(const QString &approvalId)
     m_recorder.recordExternalResolved(approvalId, u"gateway-event"_s);
     m_board.remove(approvalId, ApprovalHistoryState::Resolved);
     m_menuState.note(u"approval.resolved"_s);
+}
+
+void ApprovalMonitor::onExpired(const QString &approvalId)
+{
+    const auto *item = m_board.find(approvalId);
+    if (item == nullptr || m_resolver.isResolving(approvalId)) {
+        return; // a decision that was made in time still counts
+    }
+    m_recorder.recordExpired(*item);
+    m_board.remove(approvalId, ApprovalHistoryState::Canceled);
 }
 
 } // namespace bram

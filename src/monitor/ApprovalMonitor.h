@@ -7,6 +7,7 @@
 #include "monitor/ApprovalBoard.h"
 #include "monitor/ApprovalRecorder.h"
 #include "monitor/DecisionResolver.h"
+#include "monitor/ExpiryWatch.h"
 #include "monitor/MenuStateLog.h"
 
 #include <QCoro/QCoroTask>
@@ -71,12 +72,14 @@ private:
     static QCoro::Task<> startUp(QPointer<ApprovalMonitor> self);
     void onApprovalRequested(const ApprovalItem &item);
     void onApprovalResolved(const QString &approvalId);
+    void onExpired(const QString &approvalId);
     void showConnectionAsWorking();
 
     Collaborators m_collaborators;
     ApprovalBoard m_board;
     ApprovalRecorder m_recorder;
     DecisionResolver m_resolver;
+    ExpiryWatch m_expiry;
     ConnectionSupervision m_supervision;
     MenuStateLog m_menuState;
 };

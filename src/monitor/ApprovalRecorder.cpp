@@ -18,6 +18,14 @@ namespace bram
 
 using namespace Qt::StringLiterals;
 
+namespace
+{
+QString expiryNote(const ApprovalItem &item)
+{
+    return u"expiredAtMs="_s + QString::number(item.expiresAtMs);
+}
+} // namespace
+
 QString recordedPreview(const QString &command)
 {
     // The first word is a program as a rule, but it may be an assignment.
@@ -72,8 +80,21 @@ void ApprovalRecorder::recordExpired(const ApprovalItem &item, ApprovalDecision 
                                      const DecisionOrigin &origin)
 {
     auto record = decisionRecord(AuditKind::approvalExpired, item, decision, origin);
-    record.note = u"expiredAtMs="_s + QString::number(item.expiresAtMs);
+    record.note = expiryNote(item);
     m_collaborators.audit.append(record);
+}
+
+void ApprovalRecorder::recordExpired(const ApprovalItem &item)
+{
+    const auto &[command, risk, preview] = factsOf(item.command);
+    m_collaborators.audit.append({.timestampMs = m_collaborators.clock.nowMs(),
+                                  .kind = AuditKind::approvalExpired,
+                                  .approvalId = item.approvalId,
+                                  .agentId = item.agentId,
+                                  .source = DecisionOrigin::local().source,
+                                  .risk = risk,
+                                  .commandPreview = preview,
+                                  .note = expiryNote(item)});
 }
 
 void ApprovalRecorder::recordResolveFailed(const ApprovalItem &item, ApprovalDecision decision,

@@ -43,8 +43,11 @@ public:
                                  const DecisionOrigin &origin);
     void recordIgnoredDuplicate(const ApprovalItem &item, ApprovalDecision decision,
                                 const DecisionOrigin &origin);
+    /// A decision came too late.
     void recordExpired(const ApprovalItem &item, ApprovalDecision decision,
                        const DecisionOrigin &origin);
+    /// Nobody decided in time.
+    void recordExpired(const ApprovalItem &item);
     /// `failure` has been masked.
     void recordResolveFailed(const ApprovalItem &item, ApprovalDecision decision,
                              const DecisionOrigin &origin, const QString &failure);

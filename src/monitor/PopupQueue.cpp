@@ -34,12 +34,18 @@ const ApprovalItem *PopupQueue::find(const QString &approvalId) const
     return found == m_waiting.end() ? nullptr : &*found;
 }
 
-std::optional<ApprovalItem> PopupQueue::takeNext()
+std::optional<ApprovalItem> PopupQueue::takeNext(qint64 nowMs)
 {
-    if (m_active || m_waiting.isEmpty()) {
+    if (m_active) {
         return std::nullopt;
     }
-    m_active = m_waiting.takeFirst();
+    const auto next = std::ranges::find_if(
+        m_waiting, [nowMs](const ApprovalItem &item) { return !isApprovalExpired(item, nowMs); });
+    if (next == m_waiting.end()) {
+        return std::nullopt;
+    }
+    m_active = *next;
+    m_waiting.erase(next);
     return m_active;
 }
 

@@ -33,8 +33,9 @@ public:
     /// The request on the screen or waiting for it; null when it is neither.
     const ApprovalItem *find(const QString &approvalId) const;
 
-    /// Takes the next request onto the screen; nothing when one is there or none waits.
-    std::optional<ApprovalItem> takeNext();
+    /// Takes the next request whose time is not over onto the screen; nothing when one is there or none
+    /// waits.
+    std::optional<ApprovalItem> takeNext(qint64 nowMs);
 
     /// The popup for this request was answered or closed; says nothing about another one.
     void finish(const QString &approvalId);

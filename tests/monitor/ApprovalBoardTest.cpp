@@ -84,6 +84,45 @@ TEST_F(PopupOrder, AnAnswerToAnOlderFormOfTheRequestDoesNotCount)
     EXPECT_EQ(received.first().decision, ApprovalDecision::Deny);
 }
 
+TEST_F(PopupOrder, TheSameAnnouncedAgainLeavesThePopupAlone)
+{
+    makeConnectedCore();
+    const auto first = item("a", "ls");
+    request(first);
+    monitor().handleGatewayEvent(ApprovalRequested {first});
+    EXPECT_EQ(popup.shown.size(), 1);
+    auto longer = first;
+    longer.expiresAtMs = clock.current + 60'000;
+    monitor().handleGatewayEvent(ApprovalRequested {longer});
+    EXPECT_EQ(popup.shown.size(), 2);
+}
+
+TEST_F(PopupOrder, WhatFellOffEveryListIsRememberedForAWhile)
+{
+    makeCore();
+    QStringList forgotten;
+    QObject::connect(&board(), &ApprovalBoard::requestForgotten, &monitor(),
+                     [&](const QString &id) { forgotten.append(id); });
+    const auto requestAndClose = [this](int serial) {
+        monitor().handleGatewayEvent(
+            ApprovalRequested {item(QByteArray::number(serial).constData())});
+        if (!popup.completions.isEmpty()) {
+            std::exchange(popup.completions, {}).last()(std::nullopt);
+        }
+    };
+    constexpr int kept = int(PendingApprovals::maxItems + RecentIds::maxIds);
+    for (int i = 0; i < kept; ++i) {
+        requestAndClose(i);
+    }
+    requestAndClose(0);
+    EXPECT_EQ(popup.shown.size(), kept) << "not asked about again";
+    EXPECT_THAT(forgotten, testing::IsEmpty());
+    requestAndClose(kept);
+    EXPECT_EQ(forgotten, QStringList(QStringLiteral("1")));
+    requestAndClose(1);
+    EXPECT_EQ(popup.shown.last(), QStringLiteral("1"));
+}
+
 TEST_F(PopupOrder, DenyingAllTakesThePopupAwayAndDeniesEverythingOnce)
 {
     makeConnectedCore();

@@ -117,7 +117,14 @@ TEST_F(FrontEnd, RequestsThatLeaveAreExplainedOnce)
     typeAndHear(u"clear-pending"_s, u"Forgotten here: 2. The gateway was not told.\n"_s);
     typeAndHear(u"deny all"_s, u"There is nothing to decide."_s);
     typeAndHear(u"list"_s, u"No requests are pending."_s);
-    EXPECT_EQ(allSaid().count("no longer pending"_L1), 1);
+
+    ApprovalItem leftAlone = item("e-5");
+    leftAlone.expiresAtMs = clock.current + 20;
+    gateway.announce(leftAlone);
+    EXPECT_TRUE(says(u"Request #5"_s));
+    clock.current += 20;
+    EXPECT_TRUE(says(u"#5 is no longer pending.\n"_s));
+    EXPECT_EQ(allSaid().count("no longer pending"_L1), 2);
     EXPECT_TRUE(received.isEmpty());
 }
 
