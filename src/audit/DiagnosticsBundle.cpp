@@ -120,13 +120,18 @@ Step copyLog(const AuditLogFile &file, const QString &folder, AggregationProgres
 /// lead to any file of this user's.
 Step copyFileIfExists(const QString &path, const QString &folder, AggregationProgress &progress)
 {
-    struct stat status = {};
-    if (::lstat(QFile::encodeName(path).constData(), &status) != 0 || !S_ISREG(status.st_mode)
-        || status.st_uid != ::geteuid()) {
+    struct stat named = {};
+    if (::lstat(QFile::encodeName(path).constData(), &named) != 0 || !S_ISREG(named.st_mode)
+        || named.st_uid != ::geteuid()) {
         return {};
     }
     const auto file = AuditLogFile::open(QFile::encodeName(path).toStdString());
-    return file ? copyLog(*file, folder, progress) : Step();
+    struct stat opened = {};
+    if (!file || ::fstat(file->descriptor(), &opened) != 0 || opened.st_dev != named.st_dev
+        || opened.st_ino != named.st_ino) {
+        return {};
+    }
+    return copyLog(*file, folder, progress);
 }
 
 class BundleWriter

@@ -2,6 +2,7 @@
 #include "monitor/MonitorFixture.h"
 
 #include "monitor/RecordOperations.h"
+#include "support/FullDisk.h"
 #include "support/ScriptedPrompts.h"
 
 #include <QDir>
@@ -241,6 +242,12 @@ TEST_F(RecordOperationsTest, aBundleThatCannotBeWrittenIsSaid)
                                                                   MenuLanguage::English)));
     ASSERT_EQ(prompts.alerts.size(), 1);
     EXPECT_TRUE(prompts.alerts[0].text.contains(out(u"file"_s)));
+
+    const FullDisk full;
+    EXPECT_FALSE(test::waitFor(
+        record().exportDiagnosticsBundleTo(prompts, {}, outside.path(), MenuLanguage::English)));
+    ASSERT_EQ(prompts.alerts.size(), 2);
+    EXPECT_TRUE(prompts.alerts[1].text.contains(u"snapshot.json"_s));
 }
 
 TEST_F(RecordOperationsTest, cancelledWorkLeavesNothing)
