@@ -83,8 +83,11 @@ int runProgram(QCoreApplication &application, const bram::LaunchOptions &options
                                .surface = surface,
                                .options = options},
                               clock);
-    QObject::connect(&program, &bram::Application::finished, &application, &QCoreApplication::quit,
-                     Qt::QueuedConnection);
+    // Not quit(): with a desktop that would first close the windows one by one, and a window that is asking
+    // would answer, and the next request would be shown.
+    QObject::connect(
+        &program, &bram::Application::finished, &application,
+        [] { QCoreApplication::exit(EXIT_SUCCESS); }, Qt::QueuedConnection);
     program.start();
     const int status = application.exec();
     return status == EXIT_SUCCESS ? program.exitStatus() : status;

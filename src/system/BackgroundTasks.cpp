@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "system/BackgroundTasks.h"
 
+#include "system/NextTurn.h"
 #include "system/SystemLog.h"
 
+#include <QCoreApplication>
 #include <QMap>
 
 #include <exception>
@@ -61,7 +63,7 @@ QStringList BackgroundTasks::running() const
 void BackgroundTasks::whenIdle(std::function<void()> callback)
 {
     if (m_registry->running.isEmpty()) {
-        callback();
+        inNextTurn(QCoreApplication::instance(), std::move(callback));
         return;
     }
     m_registry->idleCallbacks.push_back(std::move(callback));

@@ -32,7 +32,7 @@ public:
     /// Names of the tasks that have not ended, in the order of their start.
     QStringList running() const;
 
-    /// Calls `callback` once, as soon as no task is running: at once if none is.
+    /// Calls `callback` once, in a later turn of the event loop, as soon as no task is running.
     void whenIdle(std::function<void()> callback);
 
 private:

@@ -195,6 +195,33 @@ TEST_F(DesktopRoad, whatWasMeantForSomethingElseDecidesNothing)
     EXPECT_TRUE(gateway->says(u"decision first-1 allow-once accepted"_s));
 }
 
+TEST_F(DesktopRoad, endsAtOnceWhateverIsOpen)
+{
+    const QString script = u"wait-client\n"
+                           "request one-1 main ls\n"
+                           "request two-2 main ls -la\n"
+                           "request three-3 main ls -la /\n"_s;
+    for (const bool byMenu : {true, false}) {
+        auto gateway = startGateway(script);
+        auto bram = startBram();
+        ExportedMenu tray(bram->processId());
+        ASSERT_TRUE(tray.waitForItem());
+        ASSERT_TRUE(popupIsThere());
+        ASSERT_TRUE(tray.click({u"Open Window"_s}));
+        ASSERT_TRUE(waitUntil([] { return !windowTitled(u"Brackwen Approvals"_s).isEmpty(); }));
+        ASSERT_TRUE(tray.click({u"Pending approvals (3)"_s, u"main: ls -la"_s, u"Show Details"_s}));
+        ASSERT_TRUE(waitUntil([] { return !windowTitled(u"Request details"_s).isEmpty(); }));
+        if (byMenu) {
+            ASSERT_TRUE(tray.click({u"Quit"_s}));
+        } else {
+            bram->signal(SIGTERM);
+        }
+        EXPECT_EQ(bram->ends(), 0);
+        EXPECT_FALSE(bram->errors().contains(u"presenting approval popup id=two-2"_s));
+        EXPECT_FALSE(gateway->output().contains(u"decision"_s));
+    }
+}
+
 TEST_F(DesktopRoad, survivesThatDaemonAndPanelDieAndReturn)
 {
     auto gateway = startGateway(u"wait-client\n"
