@@ -754,6 +754,33 @@
     </message>
 </context>
 <context>
+    <name>bram::DesktopFrontEnd</name>
+    <message>
+        <source>A decision was not confirmed</source>
+        <translation>결정이 확인되지 않았습니다</translation>
+    </message>
+    <message>
+        <source>%1
+
+%2
+
+The request is still pending and can be decided again.</source>
+        <translation>%1
+
+%2
+
+요청은 아직 대기 중이며 다시 결정할 수 있습니다.</translation>
+    </message>
+    <message>
+        <source>Not decided</source>
+        <translation>결정하지 않음</translation>
+    </message>
+    <message>
+        <source>The request has changed or ended since it was shown.</source>
+        <translation>표시된 뒤에 요청이 바뀌었거나 종료되었습니다.</translation>
+    </message>
+</context>
+<context>
     <name>bram::HistoryMenu</name>
     <message>
         <source>Nothing has happened yet</source>

@@ -26,6 +26,7 @@ void DesktopSession::start(Core &core)
         .monitor = core.monitor(),
         .exercises = core.exercises(),
         .prompts = *m_prompts,
+        .tasks = core.tasks(),
         .notifications = m_notifications,
         .popup = m_popup,
         .language = core.language(),
@@ -39,6 +40,7 @@ void DesktopSession::start(Core &core)
 
 void DesktopSession::stopAsking()
 {
+    m_popup.stop();
     m_prompts->stop();
 }
 

@@ -233,13 +233,6 @@ void ApprovalBoard::dismissPopups()
     refreshDerivedDisplays();
 }
 
-void ApprovalBoard::stopPresenting()
-{
-    if (auto *popup = std::exchange(m_ports.popup, nullptr)) {
-        popup->dismiss();
-    }
-}
-
 void ApprovalBoard::refreshDerivedDisplays()
 {
     m_displayStale = true;

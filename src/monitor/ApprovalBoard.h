@@ -70,8 +70,6 @@ public:
     /// agents goes, undecided; pending requests of the chosen one come as if they had just arrived,
     /// but not to the popup if they were closed or answered there.
     void applyAgentChoice();
-    /// Takes the popup off the screen for good; the program ends.
-    void stopPresenting();
 
 Q_SIGNALS:
     void displayItemsChanged();

@@ -80,7 +80,6 @@ QCoro::Task<> ApprovalMonitor::startUp(QPointer<ApprovalMonitor> self)
 
 void ApprovalMonitor::stop()
 {
-    m_board.stopPresenting();
     m_resolver.stop();
     m_expiry.clear();
     m_collaborators.session.stop();

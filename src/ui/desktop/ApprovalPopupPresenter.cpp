@@ -80,6 +80,9 @@ void ApprovalPopupPresenter::build()
 
 void ApprovalPopupPresenter::present(const ApprovalItem &item, Completion completion)
 {
+    if (m_isStopped) {
+        return;
+    }
     ++m_presentCount;
     Presentation presentation {item, std::move(completion)};
     const bool mustWait
@@ -99,6 +102,18 @@ void ApprovalPopupPresenter::dismiss()
         withdrawCompletion();
         m_closing.start(
             0); // what became of it may be said in this turn, or another one take its place
+    }
+}
+
+void ApprovalPopupPresenter::stop()
+{
+    m_isStopped = true;
+    m_held.reset();
+    if (m_shown) {
+        withdrawCompletion();
+        m_moment.stop();
+        m_closing.stop();
+        hide();
     }
 }
 

@@ -37,6 +37,9 @@ public:
     void present(const ApprovalItem &item, Completion completion) override;
     void dismiss() override;
 
+    /// Takes it off the screen for good: the program ends.
+    void stop();
+
     /// To be called in the turn of the event loop in which the request is dismissed, before or after it:
     /// says for a moment what became of the request, if it is the one shown. What is presented
     /// meanwhile comes after that moment.
@@ -72,6 +75,7 @@ private:
     std::optional<Presentation> m_shown; ///< what the window shows; absent while it is hidden
     std::optional<Presentation> m_held; ///< what it will show
     QElapsedTimer m_shownSince; ///< in this form
+    bool m_isStopped = false;
     quint64 m_presentCount = 0;
     qsizetype m_waitingCount = 0;
     QTimer m_moment; ///< runs while the window says what became of a request

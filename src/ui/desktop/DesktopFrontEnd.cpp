@@ -1,13 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ui/desktop/DesktopFrontEnd.h"
 
+#include "model/HonestDisplay.h"
 #include "monitor/ApprovalMonitor.h"
 #include "monitor/ApprovalNotifications.h"
+#include "monitor/OperatorPrompts.h"
 #include "monitor/ReliabilityExercises.h"
+#include "system/BackgroundTasks.h"
 #include "system/NextTurn.h"
 #include "ui/desktop/AboutWindow.h"
 #include "ui/desktop/ApprovalPopupPresenter.h"
 #include "ui/desktop/CrestIcon.h"
+#include "ui/desktop/MenuText.h"
 #include "ui/desktop/RequestDetailsWindow.h"
 #include "ui/desktop/StatusWindow.h"
 #include "ui/language/LanguageChoice.h"
@@ -20,11 +24,13 @@
 namespace bram
 {
 
+using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
 namespace
 {
 constexpr auto pauseBetweenRefreshes = 100ms;
+constexpr qint64 manyAtOnceMs = 5000;
 
 void bringToFront(QWidget &window)
 {
@@ -72,6 +78,8 @@ void DesktopFrontEnd::followMonitor()
                 m_collaborators.monitor.decisions().resolve(
                     approvalId, decision, DecisionOrigin::local(), ActivityTracking::Record);
             });
+    connect(&m_collaborators.monitor.decisions(), &DecisionResolver::decisionSettled, this,
+            &DesktopFrontEnd::onSettled);
     connect(&m_collaborators.language, &LanguageChoice::languageChanged, this,
             &DesktopFrontEnd::onLanguageChanged);
 }
@@ -82,7 +90,8 @@ void DesktopFrontEnd::followWishes()
     connect(&m_tray, &TrayIcon::activated, this, &DesktopFrontEnd::showWindow);
     connect(&m_actions, &DesktopActions::windowRequested, this, &DesktopFrontEnd::showWindow);
     connect(&m_actions, &DesktopActions::detailsRequested, this, &DesktopFrontEnd::showDetails);
-    connect(&m_actions, &DesktopActions::changedSinceShown, this, &DesktopFrontEnd::showDetails);
+    connect(&m_actions, &DesktopActions::changedSinceShown, this,
+            &DesktopFrontEnd::onChangedSinceShown);
     connect(&m_actions, &DesktopActions::aboutRequested, this, &DesktopFrontEnd::showAbout);
     connect(&m_actions, &DesktopActions::simulationRequested, this,
             [this] { m_collaborators.exercises.runProgramSimulation(&m_collaborators.prompts); });
@@ -148,6 +157,37 @@ void DesktopFrontEnd::refresh()
 void DesktopFrontEnd::onRequestRemoved(const QString &approvalId, ApprovalHistoryState state)
 {
     m_collaborators.popup.showOutcome(approvalId, state);
+}
+
+/// Whoever decided in the popup or a notification sees nothing of it any more and must be told. Many at once
+/// have one reason, the gateway, and are told of once.
+void DesktopFrontEnd::onSettled(const QString &approvalId,
+                                [[maybe_unused]] ApprovalDecision decision,
+                                const DecisionOutcome &outcome)
+{
+    if (outcome.kind != DecisionOutcome::Kind::Failed
+        || (m_sinceFailure.isValid() && !m_sinceFailure.hasExpired(manyAtOnceMs))) {
+        return;
+    }
+    m_sinceFailure.start();
+    const ApprovalItem *item = m_collaborators.monitor.board().find(approvalId);
+    const QString command = item != nullptr ? shortenedCommand(item->command) : QString();
+    m_collaborators.tasks.spawn(
+        m_collaborators.prompts.inform(
+            {.title = tr("A decision was not confirmed"),
+             .text = tr("%1\n\n%2\n\nThe request is still pending and can be decided again.")
+                         .arg(command, honestDisplay(outcome.message).text)}),
+        u"alert"_s);
+}
+
+void DesktopFrontEnd::onChangedSinceShown(const QString &approvalId)
+{
+    m_collaborators.tasks.spawn(
+        m_collaborators.prompts.inform(
+            {.title = tr("Not decided"),
+             .text = tr("The request has changed or ended since it was shown.")}),
+        u"alert"_s);
+    showDetails(approvalId);
 }
 
 void DesktopFrontEnd::onLanguageChanged()

@@ -2,10 +2,12 @@
 #pragma once
 
 #include "model/ApprovalHistoryEntry.h"
+#include "monitor/DecisionResolver.h"
 #include "ui/desktop/DesktopActions.h"
 #include "ui/desktop/StatusMenu.h"
 #include "ui/desktop/TrayIcon.h"
 
+#include <QElapsedTimer>
 #include <QObject>
 #include <QTimer>
 
@@ -17,6 +19,7 @@ namespace bram
 class AboutWindow;
 class ApprovalNotifications;
 class ApprovalPopupPresenter;
+class BackgroundTasks;
 class OperatorPrompts;
 class ReliabilityExercises;
 class RequestDetailsWindow;
@@ -35,6 +38,7 @@ public:
         ApprovalMonitor &monitor;
         ReliabilityExercises &exercises;
         OperatorPrompts &prompts;
+        BackgroundTasks &tasks;
         ApprovalNotifications &notifications;
         ApprovalPopupPresenter &popup;
         LanguageChoice &language;
@@ -61,6 +65,9 @@ private:
     void onTrayHosted(bool hosted);
     void onLanguageChanged();
     void onRequestRemoved(const QString &approvalId, ApprovalHistoryState state);
+    void onSettled(const QString &approvalId, ApprovalDecision decision,
+                   const DecisionOutcome &outcome);
+    void onChangedSinceShown(const QString &approvalId);
     void showWindow();
     void showDetails(const QString &approvalId);
     void showAbout();
@@ -72,6 +79,7 @@ private:
     StatusMenu m_menu;
     QTimer m_pause; ///< between two refreshes of a burst
     bool m_refreshScheduled = false;
+    QElapsedTimer m_sinceFailure; ///< since the operator was last told of a failed decision
     std::unique_ptr<StatusWindow> m_window;
     std::unique_ptr<RequestDetailsWindow> m_details;
     std::unique_ptr<AboutWindow> m_about;
