@@ -146,7 +146,9 @@ void ApprovalNotifications::schedule(const ApprovalItem &item)
 
 void ApprovalNotifications::update(const ApprovalItem &item)
 {
-    m_service.update(toNotification(item));
+    auto changed = toNotification(item);
+    changed.body.prepend(u"This request has changed. It is now:\n"_s);
+    m_service.update(changed);
     keep(item);
 }
 

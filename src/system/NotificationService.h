@@ -61,7 +61,8 @@ class NotificationService : public QObject
 public:
     virtual void start() = 0;
     virtual void show(const Notification &notification) = 0;
-    /// Changes a notification that has not been closed yet; else nothing.
+    /// Closes a notification that has not been closed yet and shows this one instead; else nothing. Its
+    /// buttons count only once there was time to see that it has changed.
     virtual void update(const Notification &notification) = 0;
     /// Takes the notification off the screen, also one that is still on its way there.
     virtual void withdraw(const QString &tag) = 0;

@@ -150,7 +150,7 @@ TEST_F(NotifiedMonitor, EachRequestIsShownOnceWithItsRiskAndItsButtons)
 
     requested(item("low", "sudo reboot"));
     EXPECT_EQ(service.showCount, 2);
-    EXPECT_EQ(shown(u"low"_s).body, u"sudo reboot"_s);
+    EXPECT_EQ(shown(u"low"_s).body, u"This request has changed. It is now:\nsudo reboot"_s);
     EXPECT_TRUE(shown(u"low"_s).isUrgent);
 }
 

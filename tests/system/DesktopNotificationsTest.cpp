@@ -20,8 +20,9 @@ namespace
 class Notifications : public testing::Test
 {
 protected:
-    explicit Notifications(std::chrono::milliseconds patience = 10s)
-        : notifications({.patience = patience})
+    explicit Notifications(std::chrono::milliseconds patience = 10s,
+                           std::chrono::milliseconds readingTime = 0s)
+        : notifications({.patience = patience, .readingTime = readingTime})
     {
     }
     void listen(DesktopNotifications &service)
@@ -100,6 +101,15 @@ protected:
     QStringList failures;
 };
 
+class UnreadNotifications : public Notifications
+{
+protected:
+    UnreadNotifications()
+        : Notifications(10s, 10min)
+    {
+    }
+};
+
 class ImpatientNotifications : public Notifications
 {
 protected:
@@ -153,14 +163,16 @@ TEST_F(Notifications, OneForEachTagWhichGoesWhenWithdrawn)
     startWithDaemon();
     const auto id = shown("a");
     notifications.update(question("a", u"rm -rf /"_s));
-    ASSERT_TRUE(waitUntil([&] { return daemon.shown.value(id).body == u"rm -rf /"_s; }));
-    EXPECT_EQ(daemon.shown.size(), 1);
+    ASSERT_TRUE(waitUntil([&] { return daemon.closed.contains(id) && daemon.shown.size() == 1; }));
+    EXPECT_EQ(daemon.shown.begin()->body, u"rm -rf /"_s);
+    const auto newId = daemon.shown.begin().key();
+    settle();
     notifications.withdraw(u"a"_s);
     notifications.withdraw(u"a"_s);
     notifications.withdraw(u"never"_s);
     ASSERT_TRUE(waitUntil([&] { return daemon.shown.isEmpty(); }));
     settle();
-    EXPECT_THAT(daemon.closed, testing::ElementsAre(id));
+    EXPECT_THAT(daemon.closed, testing::ElementsAre(id, newId));
 
     // Withdrawn before the service has said which one it is.
     daemon.answers = Answers::OnDemand;
@@ -168,7 +180,7 @@ TEST_F(Notifications, OneForEachTagWhichGoesWhenWithdrawn)
     ASSERT_TRUE(waitUntil([&] { return daemon.held.size() == 1; }));
     notifications.withdraw(u"b"_s);
     daemon.answerHeld();
-    ASSERT_TRUE(waitUntil([&] { return daemon.closed.size() == 2; }));
+    ASSERT_TRUE(waitUntil([&] { return daemon.closed.size() == 3; }));
     EXPECT_TRUE(daemon.shown.isEmpty());
 
     // Changed while on its way: the newest form is what stays.
@@ -178,7 +190,7 @@ TEST_F(Notifications, OneForEachTagWhichGoesWhenWithdrawn)
     notifications.update(question("c", u"new"_s));
     daemon.answers = Answers::AtOnce;
     daemon.answerHeld();
-    ASSERT_TRUE(waitUntil([&] { return daemon.replaced.size() == 2; }));
+    ASSERT_TRUE(waitUntil([&] { return daemon.closed.size() == 4 && !daemon.shown.isEmpty(); }));
     EXPECT_EQ(daemon.shown.size(), 1);
     EXPECT_EQ(daemon.shown.begin()->body, u"new"_s);
 }
@@ -210,9 +222,11 @@ TEST_F(Notifications, OnlyAButtonOfWhatIsShownNowCountsAndOnlyOnce)
     daemon.press(b, u"yes"_s);
     settle();
     daemon.answerHeld();
+    settle();
     daemon.press(a, u"yes"_s);
     daemon.press(a, u"no"_s);
-    daemon.press(b, u"no"_s);
+    daemon.press(b, u"yes"_s);
+    daemon.press(daemon.lastId, u"no"_s);
     ASSERT_TRUE(waitUntil([&] { return invoked.size() == 2; }));
     settle();
     EXPECT_EQ(invoked, QStringList({u"a yes"_s, u"b no"_s}));
@@ -225,6 +239,26 @@ TEST_F(Notifications, OnlyAButtonOfWhatIsShownNowCountsAndOnlyOnce)
     EXPECT_TRUE(daemon.shown.isEmpty());
     EXPECT_NE(shown("c"), c);
     QDBusConnection::disconnectFromBus(u"stranger"_s);
+}
+
+TEST_F(UnreadNotifications, AButtonPressedBeforeTheChangeCanBeSeenDoesNotCount)
+{
+    startWithDaemon();
+    const auto first = shown("a");
+    const auto other = shown("b");
+    notifications.update(question("a", u"rm -rf /"_s));
+    ASSERT_TRUE(
+        waitUntil([&] { return !daemon.shown.contains(first) && daemon.shown.size() == 2; }));
+    settle();
+    const auto second = daemon.lastId;
+    daemon.press(second, u"yes"_s);
+    daemon.dismiss(second); // as services do when a button is pressed
+    ASSERT_TRUE(waitUntil([&] { return daemon.lastId > second && daemon.shown.size() == 2; }));
+    EXPECT_EQ(daemon.shown.value(daemon.lastId).body, u"rm -rf /"_s) << "it can be answered later";
+    EXPECT_THAT(invoked, testing::IsEmpty());
+    daemon.press(other, u"no"_s);
+    ASSERT_TRUE(waitUntil([&] { return !invoked.isEmpty(); }));
+    EXPECT_EQ(invoked, QStringList(u"b no"_s)) << "one that has not changed";
 }
 
 TEST_F(Notifications, ServiceThatDiesTakesItsIdsWithItAndAnotherOneTakesOver)

@@ -93,7 +93,6 @@ public:
     Answers answers = Answers::AtOnce;
     bool inhibited = false;
     QHash<quint32, Shown> shown;
-    QList<quint32> replaced; ///< ids of notifications that others took the place of
     QList<quint32> closed; ///< ids, as asked for
     QList<QDBusMessage> held;
     qsizetype mostHeld = 0;
@@ -143,9 +142,7 @@ private:
     quint32 notify(const QVariantList &arguments)
     {
         quint32 id = arguments.at(1).toUInt();
-        if (shown.contains(id)) {
-            replaced.append(id);
-        } else {
+        if (!shown.contains(id)) {
             id = ++lastId;
         }
         shown.insert(id,

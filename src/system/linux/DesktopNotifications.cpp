@@ -19,6 +19,7 @@ namespace bram
 {
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace
 {
@@ -222,6 +223,8 @@ void DesktopNotifications::show(const Notification &notification)
         entry.isWithdrawn = false;
     } else if (entry.stage == Entry::Stage::Waiting && !isNew) {
         m_reportable.append(notification.tag);
+    } else if (entry.stage == Entry::Stage::Shown) {
+        replace(entry);
     } else {
         enqueue(notification.tag);
     }
@@ -247,6 +250,16 @@ void DesktopNotifications::enqueue(const QString &tag)
     m_entries[tag].stage = Entry::Stage::Waiting;
     m_waiting.enqueue(tag);
     m_reportable.append(tag);
+}
+
+void DesktopNotifications::replace(Entry &entry)
+{
+    if (entry.id != 0) {
+        m_tags.remove(entry.id);
+        m_server->close(std::exchange(entry.id, 0));
+    }
+    entry.isNewForm = true;
+    enqueue(entry.notification.tag);
 }
 
 void DesktopNotifications::withdraw(const QString &tag)
@@ -289,7 +302,7 @@ void DesktopNotifications::sendWaiting()
         if (entry != m_entries.end() && entry->stage == Entry::Stage::Waiting) {
             entry->stage = Entry::Stage::Sent;
             ++m_sentCount;
-            m_server->notify(entry->notification, entry->id);
+            m_server->notify(entry->notification);
         }
     }
     forgetReportable();
@@ -308,13 +321,15 @@ void DesktopNotifications::onNotified(const QString &tag, quint32 id)
 {
     --m_sentCount;
     Entry &entry = m_entries[tag];
-    setId(entry, id);
+    entry.id = id;
+    m_tags.insert(id, tag);
     if (entry.isWithdrawn) {
         close(tag);
     } else if (std::exchange(entry.isChanged, false)) {
-        enqueue(tag);
+        replace(entry);
     } else {
         entry.stage = Entry::Stage::Shown;
+        entry.unreadUntil = QDeadlineTimer(entry.isNewForm ? m_settings.readingTime : 0ms);
     }
     sendWaiting();
 }
@@ -330,7 +345,6 @@ void DesktopNotifications::onRefused(const QString &tag, const QString &reason)
         entry.isReported = false;
         enqueue(tag);
     } else {
-        // An older form may be on the screen, and its buttons would decide about the new one.
         close(tag);
     }
     sendWaiting();
@@ -359,19 +373,15 @@ void DesktopNotifications::onActionInvoked(quint32 id, const QString &actionId)
     if (std::ranges::find(actions, actionId, &NotificationAction::id) == actions.end()) {
         return;
     }
+    if (!entry->unreadUntil.hasExpired()) {
+        replace(*entry); // the service may have closed it
+        sendWaiting();
+        return;
+    }
     // Some services leave it there, with buttons that would do nothing.
     const QString tag = entry.key();
     close(tag);
     Q_EMIT actionInvoked(tag, actionId);
-}
-
-void DesktopNotifications::setId(Entry &entry, quint32 id)
-{
-    if (entry.id != id) {
-        m_tags.remove(entry.id);
-        entry.id = id;
-        m_tags.insert(id, entry.notification.tag);
-    }
 }
 
 void DesktopNotifications::close(const QString &tag)

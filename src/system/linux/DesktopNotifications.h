@@ -3,6 +3,7 @@
 
 #include "system/NotificationService.h"
 
+#include <QDeadlineTimer>
 #include <QHash>
 #include <QQueue>
 #include <QTimer>
@@ -31,6 +32,8 @@ public:
     struct Settings {
         QString connectionName {}; ///< of an open Qt D-Bus connection; empty for the session bus
         std::chrono::milliseconds patience = std::chrono::seconds(5); ///< with an open question
+        /// How long a changed form is shown before its buttons count.
+        std::chrono::milliseconds readingTime = std::chrono::milliseconds(700);
     };
 
     DesktopNotifications();
@@ -61,6 +64,9 @@ private:
         bool isChanged = false; ///< while `Sent`: `notification` is newer than what was sent
         bool isWithdrawn = false; ///< while `Sent`: to be closed as soon as its id is known
         bool isReported = false; ///< as failed, in this form
+        bool isNewForm = false; ///< of something that had been shown
+        QDeadlineTimer
+            unreadUntil {}; ///< a button pressed earlier was meant for what was there before
     };
 
     void findOwner();
@@ -70,6 +76,8 @@ private:
     void findOutWhetherStartable();
     void startService();
     void enqueue(const QString &tag);
+    /// Closes what is shown, whose buttons are about an older form, and shows the newest instead.
+    void replace(Entry &entry);
     void proceed();
     void sendWaiting();
     void onServerState();
@@ -77,7 +85,6 @@ private:
     void onRefused(const QString &tag, const QString &reason);
     void onClosed(quint32 id);
     void onActionInvoked(quint32 id, const QString &actionId);
-    void setId(Entry &entry, quint32 id);
     void close(const QString &tag);
     void failAllWaiting(const QString &reason);
     void forgetReportable();

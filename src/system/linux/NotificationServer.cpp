@@ -33,6 +33,7 @@ constexpr uchar criticalUrgency = 2;
 /// Never by itself: a question that vanished before it was answered would be a question missed. It is
 /// withdrawn when there is nothing to answer any more.
 constexpr int neverExpires = 0;
+constexpr quint32 newOne = 0; ///< takes no other one's place
 
 /// Where services tell that they hold notifications back. Both announce a change.
 struct DoNotDisturbProperty {
@@ -169,12 +170,12 @@ void NotificationServer::setDoNotDisturb(qsizetype source, const QVariant &value
         = value.typeId() == QMetaType::Bool ? std::optional(value.toBool()) : std::nullopt;
 }
 
-void NotificationServer::notify(const Notification &notification, quint32 replaces)
+void NotificationServer::notify(const Notification &notification)
 {
     const QString title = honestLine(notification.title).text;
     const QString body = honestDisplay(notification.body).text;
     const bool readsMarkup = m_capabilities.contains("body-markup"_L1);
-    await(m_proxy->Notify(applicationName, replaces, iconName, title,
+    await(m_proxy->Notify(applicationName, newOne, iconName, title,
                           readsMarkup ? escaped(body) : body, actionList(notification),
                           hints(notification, m_capabilities), neverExpires),
           [this, tag = notification.tag](const QDBusPendingCall &call) {

@@ -42,8 +42,7 @@ public:
     /// Asks for what may have changed without a signal, and again for what it has refused to tell.
     void readState();
 
-    /// `replaces` is the id of what it takes the place of; 0 for nothing.
-    void notify(const Notification &notification, quint32 replaces);
+    void notify(const Notification &notification);
     void close(quint32 id);
 
 Q_SIGNALS:
