@@ -652,6 +652,169 @@
     </message>
 </context>
 <context>
+    <name>bram::AlwaysAllowOperations</name>
+    <message>
+        <source>Always allow list backup</source>
+        <translation>영구 승인 목록 백업</translation>
+    </message>
+    <message>
+        <source>Backup failed: %1</source>
+        <translation>백업 실패: %1</translation>
+    </message>
+    <message>
+        <source>Restore Always Allow Backup</source>
+        <translation>영구 승인 목록 백업 복원</translation>
+    </message>
+    <message>
+        <source>Restore failed</source>
+        <translation>복원 실패</translation>
+    </message>
+    <message>
+        <source>No valid entries were found in the backup.</source>
+        <translation>유효한 백업 항목이 없습니다.</translation>
+    </message>
+    <message>
+        <source>Entries restored to the app list: %1.</source>
+        <translation>앱 목록에 복원된 항목: %1개.</translation>
+    </message>
+    <message>
+        <source>Refused because their ID is not 64 lower-case hexadecimal digits: %1.</source>
+        <translation>ID가 소문자 16진수 64자리가 아니어서 거부된 항목: %1개.</translation>
+    </message>
+    <message>
+        <source>Do you want to also add restored items to Brackwen always-allow lists?</source>
+        <translation>복원시 브랙웬에도 영구승인 목록을 추가하시겠습니까?</translation>
+    </message>
+    <message>
+        <source>Confirm</source>
+        <translation>확인</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>취소</translation>
+    </message>
+    <message>
+        <source>Notice</source>
+        <translation>안내</translation>
+    </message>
+    <message>
+        <source>This entry is not registered in Brackwen. It will be kept in the app list.</source>
+        <translation>브랙웬에는 등록되어 있지 않습니다. 앱 목록에 유지합니다</translation>
+    </message>
+    <message>
+        <source>Remove always-allow entry</source>
+        <translation>영구 승인 항목 삭제</translation>
+    </message>
+    <message>
+        <source>Choose which list to remove from.</source>
+        <translation>삭제 대상을 선택하세요.</translation>
+    </message>
+    <message>
+        <source>Delete from app list only</source>
+        <translation>앱 목록에서만 삭제</translation>
+    </message>
+    <message>
+        <source>Delete from Brackwen list only</source>
+        <translation>브랙웬 등록목록만 삭제</translation>
+    </message>
+    <message>
+        <source>Delete from both app and Brackwen</source>
+        <translation>앱목록, 브랙웬 등록목록 함께 삭제</translation>
+    </message>
+    <message>
+        <source>Always allow list auto-backup</source>
+        <translation>영구 승인 목록 자동 백업</translation>
+    </message>
+    <message>
+        <source>Refresh List</source>
+        <translation>리스트 갱신</translation>
+    </message>
+    <message>
+        <source>Choose whether to also load previously registered always-allow entries.</source>
+        <translation>기존 등록된 영구 승인 목록을 함께 불러올지 선택하세요.</translation>
+    </message>
+    <message>
+        <source>Include registered entries</source>
+        <translation>승인된 목록 모두 불러오기</translation>
+    </message>
+    <message>
+        <source>Refresh current list only</source>
+        <translation>앱에서 저장한 목록만 갱신</translation>
+    </message>
+    <message>
+        <source>Confirmation</source>
+        <translation>확인</translation>
+    </message>
+    <message>
+        <source>All Brackwen registered always-allow entries will also be deleted. After deletion, approvals will be requested again when commands run.</source>
+        <translation>브랙웬의 등록된 전체 영구 승인된 목록도 함께 삭제 됩니다. 삭제 후 명령어가 실행될 때 다시 승인해야 함을 참고 바랍니다</translation>
+    </message>
+    <message>
+        <source>Clear Always Allow List</source>
+        <translation>영구 승인 목록 삭제</translation>
+    </message>
+    <message>
+        <source>Choose how you want to clear the list.</source>
+        <translation>삭제 방식을 선택하세요.</translation>
+    </message>
+    <message>
+        <source>Clear app list only</source>
+        <translation>앱 목록만 삭제</translation>
+    </message>
+    <message>
+        <source>Keep app list, clear Brackwen only</source>
+        <translation>앱 목록에서 유지, 브랙웬 등록 항목만 삭제</translation>
+    </message>
+    <message>
+        <source>Clear app list and Brackwen list</source>
+        <translation>앱 목록과 브랙웬 등록 목록 모두 삭제</translation>
+    </message>
+    <message>
+        <source>Confirm registration</source>
+        <translation>등록 확인</translation>
+    </message>
+    <message>
+        <source>Register the All approval list to the app list?</source>
+        <translation>전체 승인리스트를 앱 목록에 등록하시겠습니까?</translation>
+    </message>
+    <message>
+        <source>Register</source>
+        <translation>등록</translation>
+    </message>
+    <message>
+        <source>All visible entries were added to the app list.</source>
+        <translation>표시된 모든 항목을 앱 목록에 추가했습니다.</translation>
+    </message>
+    <message>
+        <source>No commands to register</source>
+        <translation>등록할 명령이 없습니다</translation>
+    </message>
+    <message>
+        <source>There are no concrete commands in the current list that can be registered to Brackwen.</source>
+        <translation>현재 목록에 Brackwen에 등록 가능한 명령이 없습니다.</translation>
+    </message>
+    <message>
+        <source>Do you want to register this always-allow list to Brackwen?</source>
+        <translation>브랙웬에 영구승인 목록을 등록하시겠습니까?</translation>
+    </message>
+    <message>
+        <source>This will add commands from the current list to Brackwen always-allow lists.</source>
+        <translation>현재 목록의 명령을 Brackwen 영구승인 목록에 추가합니다.</translation>
+    </message>
+    <message>
+        <source>Commands from the current list were added to Brackwen always-allow lists.</source>
+        <translation>현재 목록의 명령을 Brackwen 영구승인 목록에 추가했습니다.</translation>
+    </message>
+    <message>
+        <source>No new items were added because they were already registered.</source>
+        <translation>이미 등록되어 있어 변경된 항목이 없습니다.</translation>
+    </message>
+    <message>
+        <source>Registration completed</source>
+        <translation>등록 완료</translation>
+    </message>
+</context>
+<context>
     <name>bram::ApprovalPopupView</name>
     <message>
         <source>Agent: %1</source>

@@ -26,6 +26,8 @@ Core::Core(const World &world)
     , m_language(m_preferences)
     , m_agents(m_config, m_preferences, world.log)
     , m_audit(world.places.dataFolder, auditLimits, world.log)
+    , m_alwaysAllowList(m_preferences, world.places.account.homeFolder + u"/.brackwen"_s, world.log)
+    , m_alwaysAllowAnswers(m_alwaysAllowList)
     , m_identities(world.secrets, m_preferences, world.log)
     , m_credentials(m_config, world.secrets, m_preferences, world.log)
     , m_client(
@@ -54,6 +56,12 @@ Core::Core(const World &world)
                    .tasks = m_tasks,
                    .clock = world.clock,
                    .log = world.log})
+    , m_alwaysAllow({.list = m_alwaysAllowList,
+                     .monitor = m_monitor,
+                     .preferences = m_preferences,
+                     .clock = world.clock,
+                     .log = world.log,
+                     .homeFolder = world.places.account.homeFolder})
 {
 }
 
@@ -61,6 +69,9 @@ MonitorPorts Core::allPorts(MonitorPorts ports)
 {
     if (ports.agentFilter == nullptr) {
         ports.agentFilter = &m_agents;
+    }
+    if (ports.alwaysAllow == nullptr) {
+        ports.alwaysAllow = &m_alwaysAllowAnswers;
     }
     return ports;
 }
@@ -84,6 +95,8 @@ void Core::start()
     for (const QString &problem : m_config.problems()) {
         m_log.write(QString(u"[Brackwen] "_s + problem));
     }
+    // Does not wait for the credentials, which may wait for a locked keyring: no request comes before them.
+    m_alwaysAllowList.start();
     m_monitor.start();
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "allowlist/AlwaysAllowList.h"
 #include "app/Places.h"
 #include "audit/AuditLogStore.h"
 #include "gateway/DeviceIdentityStore.h"
@@ -8,6 +9,8 @@
 #include "gateway/GatewayCredentialStore.h"
 #include "gateway/GatewaySession.h"
 #include "gateway/GatewayStatus.h"
+#include "monitor/AlwaysAllowAnswers.h"
+#include "monitor/AlwaysAllowOperations.h"
 #include "monitor/ApprovalMonitor.h"
 #include "monitor/RecordOperations.h"
 #include "monitor/ReliabilityExercises.h"
@@ -32,7 +35,7 @@ public:
         SecretStore &secrets;
         const Clock &clock;
         SystemLog &log;
-        MonitorPorts ports {}; ///< those of the front-end
+        MonitorPorts ports {}; ///< one left out is made here, where there is a part for it
         CommandLineUse commandLine = CommandLineUse::Allowed;
     };
 
@@ -46,6 +49,7 @@ public:
     void stop();
 
     ApprovalMonitor &monitor() { return m_monitor; }
+    AlwaysAllowOperations &alwaysAllow() { return m_alwaysAllow; }
     BackgroundTasks &tasks() { return m_tasks; }
     AuditLogStore &audit() { return m_audit; }
     RecordOperations &record() { return m_record; }
@@ -69,6 +73,8 @@ private:
     LanguageChoice m_language;
     AgentSelection m_agents;
     AuditLogStore m_audit;
+    AlwaysAllowList m_alwaysAllowList;
+    AlwaysAllowAnswers m_alwaysAllowAnswers;
     DeviceIdentityStore m_identities;
     GatewayCredentialStore m_credentials;
     GatewayStatus m_status;
@@ -77,6 +83,7 @@ private:
     ApprovalMonitor m_monitor;
     RecordOperations m_record;
     ReliabilityExercises m_exercises;
+    AlwaysAllowOperations m_alwaysAllow;
 };
 
 } // namespace bram

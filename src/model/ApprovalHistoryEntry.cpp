@@ -41,7 +41,7 @@ QString ApprovalHistoryEntry::timestampText() const
 size_t qHash(const ApprovalHistoryEntry &entry, size_t seed) noexcept
 {
     return qHashMulti(seed, entry.id, entry.approvalId, entry.command, qToUnderlying(entry.state),
-                      entry.updatedAt);
+                      entry.updatedAt, qToUnderlying(entry.maker));
 }
 
 } // namespace bram

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "model/DecisionMaker.h"
+
 #include <QDateTime>
 #include <QHashFunctions>
 #include <QString>
@@ -30,6 +32,7 @@ struct ApprovalHistoryEntry {
     QString command; ///< empty when the row was made for a request whose command was never seen
     ApprovalHistoryState state = ApprovalHistoryState::Pending;
     QDateTime updatedAt; ///< when the state last changed
+    DecisionMaker maker = DecisionMaker::Person; ///< of a decision taken here
 
     bool operator==(const ApprovalHistoryEntry &) const = default;
 

@@ -77,8 +77,13 @@ QString ApprovalBoard::commandFor(const QString &approvalId) const
     return item != nullptr ? item->command : m_history.commandFor(approvalId).value_or(QString());
 }
 
-void ApprovalBoard::add(const ApprovalItem &item)
+void ApprovalBoard::add(const ApprovalItem &item, AskReason reason)
 {
+    if (reason == AskReason::Usual) {
+        m_askReasons.remove(item.approvalId);
+    } else {
+        m_askReasons.insert(item.approvalId, reason);
+    }
     const auto *known = find(item.approvalId);
     const bool isChanged = known != nullptr && *known != item;
     m_unlisted.remove(item.approvalId);
@@ -182,7 +187,8 @@ void ApprovalBoard::addToHistory(const ApprovalItem &item)
     Q_EMIT historyChanged();
 }
 
-void ApprovalBoard::remove(const QString &approvalId, ApprovalHistoryState state)
+void ApprovalBoard::remove(const QString &approvalId, ApprovalHistoryState state,
+                           DecisionMaker maker)
 {
     const bool wasListed = find(approvalId) != nullptr;
     m_unlisted.remove(approvalId);
@@ -191,7 +197,7 @@ void ApprovalBoard::remove(const QString &approvalId, ApprovalHistoryState state
         dismissPopup();
     }
     withdrawNotification(approvalId);
-    m_history.update(approvalId, state, m_clock.nowMs());
+    m_history.update(approvalId, state, maker, m_clock.nowMs());
     Q_EMIT historyChanged();
     refreshDerivedDisplays();
     if (wasListed) {
@@ -292,6 +298,7 @@ void ApprovalBoard::onPopupAnswered(const QString &approvalId,
 void ApprovalBoard::publish()
 {
     m_publishScheduled = false;
+    m_askReasons.removeIf([this](auto reason) { return find(reason.key()) == nullptr; });
     const auto previous = std::exchange(m_publishedItems, displayItems());
     if (m_ports.mirror != nullptr) {
         m_ports.mirror->update(m_pending.items());

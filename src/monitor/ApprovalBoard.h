@@ -3,6 +3,8 @@
 
 #include "model/ApprovalDecision.h"
 #include "model/ApprovalItem.h"
+#include "model/AskReason.h"
+#include "model/DecisionMaker.h"
 #include "monitor/ActivityFeed.h"
 #include "monitor/ApprovalHistory.h"
 #include "monitor/MonitorPorts.h"
@@ -10,6 +12,7 @@
 #include "monitor/PopupQueue.h"
 #include "monitor/RecentIds.h"
 
+#include <QHash>
 #include <QList>
 #include <QObject>
 #include <QSet>
@@ -53,13 +56,17 @@ public:
     /// it is not known.
     QString commandFor(const QString &approvalId) const;
 
+    /// Why a person is asked about the pending request.
+    AskReason askReason(const QString &approvalId) const { return m_askReasons.value(approvalId); }
+
     /// Takes a request in: listed, in the history, and, if it passes the choice of agent, queued for the
     /// popup and notified once.
-    void add(const ApprovalItem &item);
+    void add(const ApprovalItem &item, AskReason reason = AskReason::Usual);
     /// Only into the history: an always-allowed command is answered without being listed.
     void addToHistory(const ApprovalItem &item);
     /// Takes a request out everywhere, with what became of it.
-    void remove(const QString &approvalId, ApprovalHistoryState state);
+    void remove(const QString &approvalId, ApprovalHistoryState state,
+                DecisionMaker maker = DecisionMaker::Person);
     /// Forgets every pending request here.
     void clearPending();
     void clearHistory();
@@ -109,6 +116,7 @@ private:
     quint64 m_presentationSerial = 0; ///< of what the popup shows
     QSet<QString> m_notifiedIds;
     RecentIds m_unlisted; ///< fell off every list
+    QHash<QString, AskReason> m_askReasons; ///< of the listed requests; the usual one is left out
 
     mutable QList<ApprovalItem> m_displayItems;
     mutable bool m_displayStale = false; ///< to be derived anew when next read

@@ -30,13 +30,15 @@ void ApprovalHistory::upsertPending(const ApprovalItem &item, qint64 nowMs)
     if (auto *row = find(item.approvalId)) {
         row->command = item.command;
         row->state = ApprovalHistoryState::Pending;
+        row->maker = DecisionMaker::Person;
         row->updatedAt = instant(nowMs);
         return;
     }
     insertNewest(newRow(item.approvalId, item.command, ApprovalHistoryState::Pending, nowMs));
 }
 
-void ApprovalHistory::update(const QString &approvalId, ApprovalHistoryState state, qint64 nowMs)
+void ApprovalHistory::update(const QString &approvalId, ApprovalHistoryState state,
+                             DecisionMaker maker, qint64 nowMs)
 {
     if (auto *row = find(approvalId)) {
         if (state == ApprovalHistoryState::Resolved
@@ -44,10 +46,13 @@ void ApprovalHistory::update(const QString &approvalId, ApprovalHistoryState sta
             return;
         }
         row->state = state;
+        row->maker = maker;
         row->updatedAt = instant(nowMs);
         return;
     }
-    insertNewest(newRow(approvalId, {}, state, nowMs));
+    auto row = newRow(approvalId, {}, state, nowMs);
+    row.maker = maker;
+    insertNewest(std::move(row));
 }
 
 std::optional<QString> ApprovalHistory::commandFor(const QString &approvalId) const

@@ -26,7 +26,8 @@ public:
     /// Sets the state of the request's row; a request without one gets a row with an empty command.
     /// `Resolved` replaces only `Pending`: the gateway announces every decision, ours too, and a row that
     /// says which it was knows more than the announcement.
-    void update(const QString &approvalId, ApprovalHistoryState state, qint64 nowMs);
+    void update(const QString &approvalId, ApprovalHistoryState state, DecisionMaker maker,
+                qint64 nowMs);
 
     /// The command of the request's newest row; nothing when there is no row.
     std::optional<QString> commandFor(const QString &approvalId) const;

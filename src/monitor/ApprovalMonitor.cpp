@@ -55,6 +55,13 @@ ApprovalMonitor::ApprovalMonitor(const Collaborators &collaborators)
             });
     connect(&m_board, &ApprovalBoard::displayItemsChanged, this,
             [this] { m_menuState.note(u"refresh"_s); });
+    connect(&m_resolver, &DecisionResolver::decisionSettled, this,
+            [this](const QString &approvalId) {
+                // One whose automatic answer has failed is listed only now.
+                if (const auto *item = m_board.find(approvalId)) {
+                    m_expiry.watch(*item);
+                }
+            });
     connect(&m_board, &ApprovalBoard::decidedInPopup, this,
             [this](const QString &approvalId, ApprovalDecision decision) {
                 m_resolver.resolve(approvalId, decision, DecisionOrigin::local(),
@@ -106,6 +113,12 @@ void ApprovalMonitor::clearPendingApprovals()
     m_board.clearPending();
 }
 
+void ApprovalMonitor::recordActivity(ActivityActor actor, ActivityAction action,
+                                     const QString &detail)
+{
+    m_board.recordActivity(actor, action, detail);
+}
+
 void ApprovalMonitor::clearHistory()
 {
     m_board.clearHistory();
@@ -148,14 +161,16 @@ void ApprovalMonitor::onApprovalRequested(const ApprovalItem &item)
         QString(u"[Brackwen] event exec.approval.requested id="_s + item.approvalId));
     m_recorder.recordRequested(item);
     const auto *rules = m_collaborators.ports.alwaysAllow;
-    if (rules != nullptr && rules->allows(item.command)) {
+    const auto verdict
+        = rules != nullptr ? rules->verdict(item.command) : AlwaysAllowVerdict::Unknown;
+    if (verdict == AlwaysAllowVerdict::Allowed) {
         m_board.addToHistory(item);
-        m_resolver.resolve(item.approvalId, ApprovalDecision::AllowOnce, DecisionOrigin::local(),
-                           ActivityTracking::Record);
+        m_resolver.allowAutomatically(item);
         m_menuState.note(u"approval.auto-allow"_s);
         return;
     }
-    m_board.add(item);
+    m_board.add(item,
+                verdict == AlwaysAllowVerdict::LineBreak ? AskReason::LineBreak : AskReason::Usual);
     m_expiry.watch(item);
     m_menuState.note(u"approval.requested"_s);
 }

@@ -58,6 +58,8 @@ public:
     /// Forgets every pending request here, without telling the gateway.
     void clearPendingApprovals();
     void clearHistory();
+    /// For operations of the operator that are not decisions.
+    void recordActivity(ActivityActor actor, ActivityAction action, const QString &detail);
 
     /// Takes a gateway event in, from the client or from a simulation.
     void handleGatewayEvent(const GatewayEvent &event);

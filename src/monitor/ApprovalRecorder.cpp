@@ -26,6 +26,8 @@ QString expiryNote(const ApprovalItem &item)
 }
 } // namespace
 
+const QString automaticNote = u"auto-allow"_s;
+
 QString recordedPreview(const QString &command)
 {
     // The first word is a program as a rule, but it may be an assignment.
@@ -63,8 +65,11 @@ void ApprovalRecorder::recordRequested(const ApprovalItem &item)
 void ApprovalRecorder::recordDecisionRequested(const ApprovalItem &item, ApprovalDecision decision,
                                                const DecisionOrigin &origin)
 {
-    m_collaborators.audit.append(
-        decisionRecord(AuditKind::approvalDecisionRequested, item, decision, origin));
+    auto record = decisionRecord(AuditKind::approvalDecisionRequested, item, decision, origin);
+    if (origin.maker == DecisionMaker::AlwaysAllowList) {
+        record.note = automaticNote;
+    }
+    m_collaborators.audit.append(record);
 }
 
 void ApprovalRecorder::recordIgnoredDuplicate(const ApprovalItem &item, ApprovalDecision decision,
@@ -125,6 +130,9 @@ void ApprovalRecorder::recordResolved(const ApprovalItem &item, ApprovalDecision
     auto record = decisionRecord(AuditKind::approvalResolved, item, decision, origin);
     record.latencyMs = latencyMs;
     record.note = u"decisionSource="_s + origin.source + u" actor="_s + origin.actor;
+    if (origin.maker == DecisionMaker::AlwaysAllowList) {
+        *record.note += u' ' + automaticNote;
+    }
     m_collaborators.audit.append(record);
 }
 

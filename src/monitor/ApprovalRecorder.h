@@ -83,6 +83,9 @@ private:
     std::optional<CommandFacts> m_lastFacts; ///< the events of one request often follow each other
 };
 
+/// Marks what the always-allow list has decided, in records and in the activity feed.
+extern const QString automaticNote;
+
 /// The preview of a command as it may stand on record: with what looks like a secret masked.
 QString recordedPreview(const QString &command);
 

@@ -72,6 +72,11 @@ DecisionOrigin DecisionOrigin::local()
     return {u"app-local"_s, u"app-user"_s};
 }
 
+DecisionOrigin DecisionOrigin::automatic()
+{
+    return {u"app-local"_s, u"app-user"_s, DecisionMaker::AlwaysAllowList};
+}
+
 bool isUnknownApprovalError(const QString &description)
 {
     static constexpr std::array<QLatin1StringView, 4> phrases {
@@ -95,6 +100,12 @@ void DecisionResolver::resolve(const QString &approvalId, ApprovalDecision decis
                                               .command = board.commandFor(approvalId),
                                               .agentId = std::nullopt},
            decision, origin, tracking});
+}
+
+void DecisionResolver::allowAutomatically(const ApprovalItem &item)
+{
+    begin(
+        {item, ApprovalDecision::AllowOnce, DecisionOrigin::automatic(), ActivityTracking::Record});
 }
 
 void DecisionResolver::begin(const Attempt &attempt)
@@ -223,10 +234,13 @@ void DecisionResolver::onConfirmed(const Attempt &attempt, const QString &transp
         m_collaborators.alwaysAllow->remember(item.command);
     }
     m_collaborators.recorder.recordResolved(item, attempt.decision, transport, attempt.origin);
-    board.remove(item.approvalId, historyState(attempt.decision));
+    board.remove(item.approvalId, historyState(attempt.decision), attempt.origin.maker);
     if (attempt.tracking == ActivityTracking::Record) {
         board.recordActivity(ActivityActor::App, singleAction(attempt.decision),
-                             recordedPreview(item.command) + u" ["_s + attempt.origin.source
+                             recordedPreview(item.command) + u" ["_s
+                                 + (attempt.origin.maker == DecisionMaker::AlwaysAllowList
+                                        ? automaticNote
+                                        : attempt.origin.source)
                                  + u']');
     }
     settle(attempt, {DecisionOutcome::Kind::Confirmed, {}});
@@ -249,7 +263,18 @@ void DecisionResolver::onFailed(const Attempt &attempt, const QString &failure,
     m_collaborators.status.setDecisionText(u"Resolve failed: "_s + failure);
     m_collaborators.recorder.recordResolveFailed(attempt.item, attempt.decision, attempt.origin,
                                                  failure);
+    if (attempt.origin.maker == DecisionMaker::AlwaysAllowList && !m_stopped
+        && isUndecided(attempt.item.approvalId)) {
+        m_collaborators.board.add(attempt.item, AskReason::AutomaticAnswerFailed);
+    }
     settle(attempt, {DecisionOutcome::Kind::Failed, shown});
+}
+
+bool DecisionResolver::isUndecided(const QString &approvalId) const
+{
+    const auto &rows = m_collaborators.board.history();
+    const auto row = std::ranges::find(rows, approvalId, &ApprovalHistoryEntry::approvalId);
+    return row == rows.end() || row->state == ApprovalHistoryState::Pending;
 }
 
 void DecisionResolver::settle(const Attempt &attempt, const DecisionOutcome &outcome)

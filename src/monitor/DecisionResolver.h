@@ -3,6 +3,7 @@
 
 #include "gateway/GatewayClient.h"
 #include "model/ApprovalDecision.h"
+#include "model/DecisionMaker.h"
 #include "monitor/ApprovalRecorder.h"
 #include "monitor/CommandLineTool.h"
 
@@ -27,9 +28,12 @@ class GatewayStatus;
 struct DecisionOrigin {
     QString source;
     QString actor;
+    DecisionMaker maker = DecisionMaker::Person;
 
     /// A person at one of this application's own surfaces.
     static DecisionOrigin local();
+    /// The always-allow list, which stands for a person here.
+    static DecisionOrigin automatic();
 
     bool operator==(const DecisionOrigin &) const = default;
 };
@@ -90,6 +94,10 @@ public:
     void resolve(const QString &approvalId, ApprovalDecision decision, const DecisionOrigin &origin,
                  ActivityTracking tracking);
 
+    /// Allows once what the always-allow list lets through. A request for which that fails is shown like
+    /// any other: a person may try again.
+    void allowAutomatically(const ApprovalItem &item);
+
     /// Decides those of the listed requests that are displayed, with one activity row for all.
     void resolveListed(const QStringList &approvalIds, ApprovalDecision decision);
 
@@ -126,6 +134,8 @@ private:
     void onUnknown(const Attempt &attempt, const QString &transport);
     /// `shown` is what the operator reads, who may want more than the last error.
     void onFailed(const Attempt &attempt, const QString &failure, const QString &shown);
+    /// False when the request has ended while its decision was on its way.
+    bool isUndecided(const QString &approvalId) const;
     void settle(const Attempt &attempt, const DecisionOutcome &outcome);
     void begin(const Attempt &attempt);
     void resolveEach(const QList<ApprovalItem> &items, ApprovalDecision decision);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "allowlist/AlwaysAllowVerdict.h"
 #include "model/ApprovalDecision.h"
 #include "model/ApprovalItem.h"
 
@@ -21,7 +22,7 @@ class AlwaysAllowRules
 {
 public:
     virtual ~AlwaysAllowRules() = default;
-    virtual bool allows(const QString &command) const = 0;
+    virtual AlwaysAllowVerdict verdict(const QString &command) const = 0;
     /// A person has allowed this command always, and the gateway has confirmed it.
     virtual void remember(const QString &command) = 0;
 };

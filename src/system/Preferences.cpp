@@ -5,6 +5,8 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonObject>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -12,6 +14,22 @@
 
 namespace bram
 {
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+std::unexpected<Error> malformed(const QString &key)
+{
+    return std::unexpected(
+        Error {u"the preference %1 is malformed and counts as empty"_s.arg(key)});
+}
+
+QString compact(const QJsonDocument &document)
+{
+    return QString::fromUtf8(document.toJson(QJsonDocument::Compact));
+}
+} // namespace
 
 Preferences::Preferences(const QString &path)
     : m_path(path)
@@ -36,6 +54,71 @@ void Preferences::setText(const QString &key, const QString &value)
     m_isChanged = true;
     makePrivate();
     m_settings.setValue(key, value);
+}
+
+std::expected<QStringList, Error> Preferences::textList(const QString &key) const
+{
+    const auto document = json(key);
+    if (!document) {
+        return std::unexpected(document.error());
+    }
+    if (!document->isNull() && !document->isArray()) {
+        return malformed(key);
+    }
+    QStringList values;
+    for (const QJsonValue &value : document->array()) {
+        if (!value.isString()) {
+            return malformed(key);
+        }
+        values.append(value.toString());
+    }
+    return values;
+}
+
+std::expected<QMap<QString, QString>, Error> Preferences::textMap(const QString &key) const
+{
+    const auto document = json(key);
+    if (!document) {
+        return std::unexpected(document.error());
+    }
+    if (!document->isNull() && !document->isObject()) {
+        return malformed(key);
+    }
+    QMap<QString, QString> values;
+    const QJsonObject members = document->object();
+    for (auto member = members.begin(); member != members.end(); ++member) {
+        if (!member->isString()) {
+            return malformed(key);
+        }
+        values.insert(member.key(), member->toString());
+    }
+    return values;
+}
+
+void Preferences::setTextList(const QString &key, const QStringList &values)
+{
+    setText(key, compact(QJsonDocument(QJsonArray::fromStringList(values))));
+}
+
+void Preferences::setTextMap(const QString &key, const QMap<QString, QString> &values)
+{
+    QJsonObject members;
+    for (const auto &[name, value] : values.asKeyValueRange()) {
+        members.insert(name, value);
+    }
+    setText(key, compact(QJsonDocument(members)));
+}
+
+std::expected<QJsonDocument, Error> Preferences::json(const QString &key) const
+{
+    if (!contains(key)) {
+        return QJsonDocument();
+    }
+    const auto document = QJsonDocument::fromJson(text(key).value_or(QString()).toUtf8());
+    if (document.isNull()) {
+        return malformed(key);
+    }
+    return document;
 }
 
 void Preferences::remove(const QString &key)

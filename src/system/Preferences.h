@@ -1,10 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "model/Error.h"
+
+#include <QJsonDocument>
+#include <QMap>
 #include <QSettings>
 #include <QString>
+#include <QStringList>
 #include <QVariant>
 
+#include <expected>
 #include <optional>
 
 namespace bram
@@ -22,12 +28,21 @@ public:
     /// The text under `key`; nothing when absent or not a text.
     std::optional<QString> text(const QString &key) const;
     void setText(const QString &key, const QString &value);
+    /// A list of texts, and texts by name; empty when absent. An error says that the value is malformed.
+    /// They are kept as JSON, because the file's own lists do not tell one text from a list of one.
+    std::expected<QStringList, Error> textList(const QString &key) const;
+    std::expected<QMap<QString, QString>, Error> textMap(const QString &key) const;
+    void setTextList(const QString &key, const QStringList &values);
+    void setTextMap(const QString &key, const QMap<QString, QString> &values);
+    bool contains(const QString &key) const { return m_settings.contains(key); }
     void remove(const QString &key);
 
     /// Writes what has changed to the disk. False when that failed.
     bool save();
 
 private:
+    /// The JSON kept under the key; null when there is none.
+    std::expected<QJsonDocument, Error> json(const QString &key) const;
     void makePrivate() const;
 
     bool m_isChanged = false;

@@ -98,9 +98,9 @@ TEST_F(StatusMenuTest, eachEntryOfARequestDoesWhatItSays)
         ApprovalDecision decision;
     };
     int number = 0;
-    for (const Case &tried : {Case {"Allow Once", ApprovalDecision::AllowOnce},
-                              Case {"Always Allow", ApprovalDecision::AllowAlways},
-                              Case {"Deny", ApprovalDecision::Deny}}) {
+    for (const Case &tried :
+         {Case {"Allow Once", ApprovalDecision::AllowOnce}, Case {"Deny", ApprovalDecision::Deny},
+          Case {"Always Allow", ApprovalDecision::AllowAlways}}) {
         const QByteArray id = "request-" + QByteArray::number(++number);
         requestAndShow(item(id.constData(), "make_all && run"));
         entry(*requestMenu(0), tried.entry)->trigger();

@@ -25,10 +25,10 @@ TEST_F(Decision, EachReachesTheGatewayAndTheRecord)
     const std::vector<Case> cases {
         {ApprovalDecision::AllowOnce, ApprovalHistoryState::AllowOnce, ActivityAction::AllowOnce,
          &ApprovalMetrics::allowOnceCount},
-        {ApprovalDecision::AllowAlways, ApprovalHistoryState::AllowAlways,
-         ActivityAction::AllowAlways, &ApprovalMetrics::allowAlwaysCount},
         {ApprovalDecision::Deny, ApprovalHistoryState::Deny, ActivityAction::Deny,
          &ApprovalMetrics::denyCount},
+        {ApprovalDecision::AllowAlways, ApprovalHistoryState::AllowAlways,
+         ActivityAction::AllowAlways, &ApprovalMetrics::allowAlwaysCount},
     };
     makeConnectedCore();
     for (const auto &[decision, state, action, counter] : cases) {

@@ -14,7 +14,10 @@ namespace
 class TestRules final : public AlwaysAllowRules
 {
 public:
-    bool allows(const QString &command) const override { return command == allowed; }
+    AlwaysAllowVerdict verdict(const QString &command) const override
+    {
+        return command == allowed ? AlwaysAllowVerdict::Allowed : AlwaysAllowVerdict::Unknown;
+    }
     void remember(const QString &command) override { allowed = command; }
     QString allowed;
 };

@@ -129,6 +129,30 @@ TEST(Preferences, BadFilesCountAsEmptyOrPartlyRead)
     }
 }
 
+TEST(Preferences, KeepListsAndMapsAndTellMalformedFromAbsent)
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(u"preferences.ini"_s);
+    const QStringList list {u"one"_s, u""_s, u"a, \"b\"\n한국어\\"_s};
+    const QMap<QString, QString> map {{u"k/=,"_s, u"v"_s}, {u""_s, u""_s}};
+    {
+        Preferences preferences(path);
+        EXPECT_EQ(preferences.textList(u"list"_s), QStringList());
+        preferences.setTextList(u"list"_s, list);
+        preferences.setTextList(u"single"_s, {u"one"_s});
+        preferences.setTextList(u"none"_s, {});
+        preferences.setTextMap(u"map"_s, map);
+        ASSERT_TRUE(preferences.save());
+    }
+    const Preferences again(path);
+    EXPECT_EQ(again.textList(u"list"_s), list);
+    EXPECT_EQ(again.textList(u"single"_s), QStringList(u"one"_s));
+    EXPECT_EQ(again.textList(u"none"_s), QStringList());
+    EXPECT_EQ(again.textMap(u"map"_s), map);
+    EXPECT_FALSE(again.textList(u"map"_s));
+    EXPECT_FALSE(again.textMap(u"list"_s));
+}
+
 TEST(Preferences, KeepWhatCannotBeWrittenAndWriteItWhenTheyCan)
 {
     const QTemporaryDir folder;

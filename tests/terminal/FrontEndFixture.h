@@ -83,9 +83,9 @@ protected:
     {
         monitor().handleGatewayEvent(ApprovalRequested {item});
     }
-    void announceAndSee(const char *id, const QString &head)
+    void announceAndSee(const char *id, const QString &head, const char *command = "ls -la")
     {
-        gateway.announce(item(id));
+        gateway.announce(item(id, command));
         EXPECT_TRUE(says(head)) << id;
     }
 

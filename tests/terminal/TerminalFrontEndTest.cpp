@@ -27,7 +27,7 @@ TEST_F(FrontEnd, ADecisionGoesToTheGatewayAndItsEndIsSaidOnce)
         {"c-3", u"deny c"_s, ApprovalDecision::Deny, u"#3 denied.\n"_s},
     };
     for (const Row &row : rows) {
-        announceAndSee(row.id, u"\nRequest #"_s);
+        announceAndSee(row.id, u"\nRequest #"_s, row.id);
         typeAndHear(row.line, row.answer);
         ASSERT_FALSE(received.isEmpty());
         EXPECT_EQ(received.last().approvalId, QString::fromUtf8(row.id));

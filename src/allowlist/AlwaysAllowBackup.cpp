@@ -1,0 +1,140 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "allowlist/AlwaysAllowBackup.h"
+
+#include "allowlist/CommandDigest.h"
+#include "system/FileReplacement.h"
+#include "system/Files.h"
+#include "system/Preferences.h"
+
+#include <QDateTime>
+#include <QFile>
+#include <QFileInfo>
+#include <QSet>
+#include <QUtf8StringView>
+
+#include <algorithm>
+
+namespace bram
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+const QString lastPathKey = u"approvals.always-allow.auto-backup.last-path"_s;
+constexpr QLatin1StringView automaticPrefix("always-allow-auto-backup-");
+constexpr qint64 maxBackupBytes = 16 * 1024 * 1024;
+constexpr QLatin1StringView idPrefix("ID: ");
+constexpr QLatin1StringView commandPrefix("Command: ");
+
+QString sourceWord(AlwaysAllowSource source)
+{
+    switch (source) {
+    case AlwaysAllowSource::LocalOnly:
+        return u"local"_s;
+    case AlwaysAllowSource::BrackwenOnly:
+        return u"brackwen"_s;
+    case AlwaysAllowSource::Both:
+        return u"local+brackwen"_s;
+    }
+    Q_UNREACHABLE();
+}
+
+QString fileName(QLatin1StringView prefix, qint64 nowMs)
+{
+    return prefix + QString::number(nowMs / 1000) + u".txt"_s;
+}
+
+QString onOneLine(const QString &command)
+{
+    const QString trimmed = command.trimmed();
+    const auto lineBreak = std::ranges::find_if(trimmed, isLineBreak);
+    return lineBreak == trimmed.end() ? trimmed
+                                      : trimmed.first(lineBreak - trimmed.begin()) + u" …"_s;
+}
+} // namespace
+
+QString alwaysAllowBackupText(const QList<AlwaysAllowEntry> &entries, const QString &header,
+                              qint64 nowMs)
+{
+    const auto now = QDateTime::fromMSecsSinceEpoch(nowMs, Qt::UTC);
+    QStringList lines {header, u"GeneratedAt: "_s + now.toString(Qt::ISODate),
+                       u"Count: "_s + QString::number(entries.size()), QString()};
+    for (const auto &entry : entries) {
+        lines += {idPrefix + entry.digest, u"Source: "_s + sourceWord(entry.source),
+                  u"Sensitive: "_s + (entry.isSecuritySensitive ? u"yes"_s : u"no"_s),
+                  commandPrefix + onOneLine(entry.command), QString()};
+    }
+    return lines.join(u'\n');
+}
+
+QList<BackedUpCommand> parseAlwaysAllowBackup(const QString &text)
+{
+    QList<BackedUpCommand> commands;
+    QSet<QString> seen;
+    BackedUpCommand block;
+    const auto close = [&] {
+        block.digest = block.digest.trimmed();
+        if (!block.digest.isEmpty() && !seen.contains(block.digest)) {
+            seen.insert(block.digest);
+            commands.append(block);
+        }
+        block = {};
+    };
+    QString lines = text;
+    lines.replace("\r\n"_L1, "\n"_L1).replace(u'\r', u'\n');
+    for (const QStringView part : qTokenize(lines, u'\n')) {
+        const QStringView line = part.trimmed();
+        if (line.isEmpty()) {
+            close();
+        } else if (line.startsWith(idPrefix)) {
+            block.digest = line.sliced(idPrefix.size()).toString();
+        } else if (line.startsWith(commandPrefix)) {
+            block.command = line.sliced(commandPrefix.size()).trimmed().toString();
+        }
+    }
+    close();
+    return commands;
+}
+
+QString manualBackupName(qint64 nowMs)
+{
+    return fileName("always-allow-backup-"_L1, nowMs);
+}
+
+std::expected<void, Error> writeAutomaticBackup(const QString &homeFolder, Preferences &preferences,
+                                                const QString &text, qint64 nowMs)
+{
+    const QString folder = homeFolder + u"/.brackwen/approvals-menu-backups"_s;
+    const QString path = folder + u'/' + fileName(automaticPrefix, nowMs);
+    auto written = makePrivateFolder(folder);
+    if (written) {
+        written = writePrivateFile(path, text.toUtf8());
+    }
+    if (!written) {
+        return written;
+    }
+    const QString previous = preferences.text(lastPathKey).value_or(QString());
+    // The preferences may hold anything: only a backup is removed.
+    if (!previous.isEmpty() && previous != path
+        && QFileInfo(previous).fileName().startsWith(automaticPrefix)) {
+        QFile::remove(previous);
+    }
+    preferences.setText(lastPathKey, path);
+    preferences.save();
+    return {};
+}
+
+std::expected<QList<BackedUpCommand>, Error> readAlwaysAllowBackup(const QString &path)
+{
+    const auto content = readRegularFile(path, maxBackupBytes);
+    if (!content) {
+        return std::unexpected(content.error());
+    }
+    if (!QUtf8StringView(*content).isValidUtf8()) {
+        return std::unexpected(Error {u"cannot read %1: not UTF-8"_s.arg(path)});
+    }
+    return parseAlwaysAllowBackup(QString::fromUtf8(*content));
+}
+
+} // namespace bram

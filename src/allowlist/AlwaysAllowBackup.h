@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "allowlist/AlwaysAllowEntry.h"
+#include "model/Error.h"
+
+#include <QList>
+
+#include <expected>
+
+namespace bram
+{
+
+class Preferences;
+
+/// What a backup holds of an entry; as it stands in the file, which may have been written by anybody.
+struct BackedUpCommand {
+    QString digest;
+    QString command; ///< empty when there is none
+
+    bool operator==(const BackedUpCommand &) const = default;
+};
+
+/// A backup as people and `parseAlwaysAllowBackup` read it. A command with a line break is cut there, and
+/// marked as cut with an ellipsis: the format has one line for it.
+QString alwaysAllowBackupText(const QList<AlwaysAllowEntry> &entries, const QString &header,
+                              qint64 nowMs);
+
+/// Each digest once, with the command of its first block. Lines of other kinds are passed over.
+QList<BackedUpCommand> parseAlwaysAllowBackup(const QString &text);
+
+/// The name suggested for a backup that the operator makes.
+QString manualBackupName(qint64 nowMs);
+
+/// Writes the automatic backup to its folder in `homeFolder`, and removes the one before.
+std::expected<void, Error> writeAutomaticBackup(const QString &homeFolder, Preferences &preferences,
+                                                const QString &text, qint64 nowMs);
+
+/// The blocks of a backup file; at most 16 MiB of UTF-8.
+std::expected<QList<BackedUpCommand>, Error> readAlwaysAllowBackup(const QString &path);
+
+} // namespace bram

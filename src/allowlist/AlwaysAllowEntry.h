@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "model/AlwaysAllowSource.h"
+
+#include <QString>
+
+namespace bram
+{
+
+/// One row of the merged always-allow list.
+struct AlwaysAllowEntry {
+    QString digest; ///< of the command; the entry's identity
+    /// The platform's pattern, or else the preview that this application has kept; empty when there is
+    /// neither. From outside: to be shown honestly.
+    QString command;
+    AlwaysAllowSource source = AlwaysAllowSource::LocalOnly;
+    bool isSecuritySensitive = false;
+
+    bool operator==(const AlwaysAllowEntry &) const = default;
+};
+
+} // namespace bram

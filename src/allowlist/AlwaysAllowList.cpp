@@ -1,0 +1,220 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "allowlist/AlwaysAllowList.h"
+
+#include "allowlist/CommandDigest.h"
+#include "model/CommandRules.h"
+
+#include <QCollator>
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+namespace bram
+{
+
+namespace
+{
+/// In ascending order for people, whatever the case; in a fixed order where that makes no difference.
+QList<AlwaysAllowEntry> inOrder(const QList<AlwaysAllowEntry> &entries)
+{
+    QCollator collator;
+    collator.setCaseSensitivity(Qt::CaseInsensitive);
+    struct Row {
+        QCollatorSortKey key;
+        const AlwaysAllowEntry *entry;
+    };
+    std::vector<Row> rows;
+    rows.reserve(static_cast<std::size_t>(entries.size()));
+    for (const auto &entry : entries) {
+        const QString &text = entry.command.isEmpty() ? entry.digest : entry.command;
+        // Without a locale the keys of a collator do not ignore case by themselves.
+        rows.push_back({collator.sortKey(text.toCaseFolded()), &entry});
+    }
+    std::ranges::sort(rows, [](const Row &a, const Row &b) {
+        const int order = a.key.compare(b.key);
+        return order != 0 ? order < 0
+                          : std::tie(a.entry->command, a.entry->digest)
+                < std::tie(b.entry->command, b.entry->digest);
+    });
+    QList<AlwaysAllowEntry> result;
+    result.reserve(entries.size());
+    for (const Row &row : rows) {
+        result.append(*row.entry);
+    }
+    return result;
+}
+} // namespace
+
+AlwaysAllowList::AlwaysAllowList(Preferences &preferences, const QString &platformFolder,
+                                 SystemLog &log)
+    : m_app(preferences, log)
+    , m_files(platformFolder, log)
+{
+    connect(&m_files, &ExecApprovalsFiles::changed, this, [this] {
+        loadPlatform();
+        refresh();
+    });
+}
+
+void AlwaysAllowList::start()
+{
+    m_files.watch();
+    reload(AlwaysAllowScope::IncludeRegistered);
+}
+
+void AlwaysAllowList::reload(AlwaysAllowScope scope)
+{
+    m_scope = scope;
+    m_app.load();
+    loadPlatform();
+    refresh();
+}
+
+const AlwaysAllowEntry *AlwaysAllowList::find(const QString &digest) const
+{
+    const auto entry = std::ranges::find(m_entries, digest, &AlwaysAllowEntry::digest);
+    return entry == m_entries.end() ? nullptr : &*entry;
+}
+
+AlwaysAllowVerdict AlwaysAllowList::verdict(const QString &command) const
+{
+    const auto digest = normalizedCommandDigest(command);
+    if (!digest || !m_app.digests().contains(*digest)) {
+        return AlwaysAllowVerdict::Unknown;
+    }
+    return hasInnerLineBreak(command) || m_app.hadLineBreak(*digest) ? AlwaysAllowVerdict::LineBreak
+                                                                     : AlwaysAllowVerdict::Allowed;
+}
+
+void AlwaysAllowList::remember(const QString &command)
+{
+    const auto digest = normalizedCommandDigest(command);
+    if (digest && m_app.insert(*digest, commandPreview(command), command)) {
+        m_app.persist();
+        refresh();
+    }
+}
+
+bool AlwaysAllowList::addToApp(const QList<AlwaysAllowEntry> &entries)
+{
+    bool isChanged = false;
+    for (const auto &entry : entries) {
+        isChanged = ensureInApp(entry) || isChanged;
+    }
+    persistAndReload();
+    return isChanged;
+}
+
+bool AlwaysAllowList::removeFromApp(const AlwaysAllowEntry &entry)
+{
+    if (entry.source == AlwaysAllowSource::BrackwenOnly || !m_app.remove(entry.digest)) {
+        return false;
+    }
+    persistAndReload();
+    return true;
+}
+
+bool AlwaysAllowList::removeFromBrackwen(const AlwaysAllowEntry &entry)
+{
+    const bool isAdded = ensureInApp(entry);
+    const bool isRemoved
+        = entry.source != AlwaysAllowSource::LocalOnly && m_files.removeDigest(entry.digest);
+    if (!isAdded && !isRemoved) {
+        return false;
+    }
+    persistAndReload();
+    return true;
+}
+
+bool AlwaysAllowList::removeFromBoth(const AlwaysAllowEntry &entry)
+{
+    const bool isRemovedHere
+        = entry.source != AlwaysAllowSource::BrackwenOnly && m_app.remove(entry.digest);
+    const bool isRemovedThere
+        = entry.source != AlwaysAllowSource::LocalOnly && m_files.removeDigest(entry.digest);
+    persistAndReload();
+    return isRemovedHere || isRemovedThere;
+}
+
+bool AlwaysAllowList::clearApp()
+{
+    const bool isChanged = m_app.clear();
+    persistAndReload();
+    return isChanged;
+}
+
+bool AlwaysAllowList::clearBrackwen()
+{
+    const bool isChanged = m_files.clear();
+    persistAndReload();
+    return isChanged;
+}
+
+bool AlwaysAllowList::registerAtBrackwen(const QStringList &commands)
+{
+    const bool isChanged = m_files.appendCommands(commands);
+    reload(AlwaysAllowScope::IncludeRegistered);
+    return isChanged;
+}
+
+qsizetype AlwaysAllowList::restore(const QList<BackedUpCommand> &commands)
+{
+    qsizetype count = 0;
+    for (const auto &[digest, command] : commands) {
+        if (!isCommandDigest(digest)) {
+            continue;
+        }
+        const bool isKnown = !m_app.preview(digest).isEmpty();
+        m_app.insert(digest, isKnown ? QString() : command, {});
+        ++count;
+    }
+    m_app.persist();
+    refresh();
+    return count;
+}
+
+bool AlwaysAllowList::ensureInApp(const AlwaysAllowEntry &entry)
+{
+    const QString pattern = m_platform.value(entry.digest);
+    return m_app.insert(entry.digest, pattern.isEmpty() ? entry.command : pattern, pattern);
+}
+
+void AlwaysAllowList::loadPlatform()
+{
+    m_platform = m_scope == AlwaysAllowScope::IncludeRegistered ? m_files.load().commandsByDigest
+                                                                : QHash<QString, QString>();
+}
+
+void AlwaysAllowList::persistAndReload()
+{
+    m_app.persist();
+    reload(AlwaysAllowScope::IncludeRegistered);
+}
+
+void AlwaysAllowList::refresh()
+{
+    QSet<QString> digests = m_app.digests();
+    for (auto pattern = m_platform.keyBegin(); pattern != m_platform.keyEnd(); ++pattern) {
+        digests.insert(*pattern);
+    }
+    QList<AlwaysAllowEntry> entries;
+    entries.reserve(digests.size());
+    for (const QString &digest : std::as_const(digests)) {
+        const auto pattern = m_platform.constFind(digest);
+        const bool isPlatforms = pattern != m_platform.cend();
+        const QString command = isPlatforms ? *pattern : m_app.preview(digest);
+        entries.append({.digest = digest,
+                        .command = command,
+                        .source = !isPlatforms                 ? AlwaysAllowSource::LocalOnly
+                            : m_app.digests().contains(digest) ? AlwaysAllowSource::Both
+                                                               : AlwaysAllowSource::BrackwenOnly,
+                        .isSecuritySensitive = isSecuritySensitiveCommand(command)});
+    }
+    entries = inOrder(entries);
+    if (std::exchange(m_entries, entries) != entries) {
+        Q_EMIT entriesChanged();
+    }
+}
+
+} // namespace bram

@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "allowlist/AlwaysAllowBackup.h"
+#include "allowlist/AlwaysAllowEntry.h"
+#include "allowlist/AlwaysAllowVerdict.h"
+#include "allowlist/AppAlwaysAllowList.h"
+#include "allowlist/ExecApprovalsFiles.h"
+
+#include <QHash>
+#include <QList>
+#include <QObject>
+
+namespace bram
+{
+
+/// Which of the two lists are shown.
+enum class AlwaysAllowScope {
+    AppOnly,
+    IncludeRegistered,
+};
+
+/// The commands that are always allowed: the application's own list, merged for display with what the
+/// platform keeps in its exec-approvals files, whose changes it follows. Each operation that changes
+/// something persists and reads anew. Only the application's own list answers requests. Main thread.
+class AlwaysAllowList final : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// `platformFolder` is where the exec-approvals files lie.
+    AlwaysAllowList(Preferences &preferences, const QString &platformFolder, SystemLog &log);
+
+    /// Loads both lists; from here on changes of the platform's are followed.
+    void start();
+    void reload(AlwaysAllowScope scope);
+
+    /// The merged list, in the order of the texts.
+    const QList<AlwaysAllowEntry> &entries() const { return m_entries; }
+    const AlwaysAllowEntry *find(const QString &digest) const;
+
+    AlwaysAllowVerdict verdict(const QString &command) const;
+
+    /// A person has allowed this command always.
+    void remember(const QString &command);
+
+    // Each returns whether something has changed.
+    bool addToApp(const QList<AlwaysAllowEntry> &entries);
+    bool removeFromApp(const AlwaysAllowEntry &entry);
+    /// The command stays allowed here.
+    bool removeFromBrackwen(const AlwaysAllowEntry &entry);
+    bool removeFromBoth(const AlwaysAllowEntry &entry);
+    bool clearApp();
+    bool clearBrackwen();
+    bool registerAtBrackwen(const QStringList &commands);
+
+    /// Takes in what has a proper digest, without replacing a text that is there. Returns how many.
+    qsizetype restore(const QList<BackedUpCommand> &commands);
+
+Q_SIGNALS:
+    void entriesChanged();
+
+private:
+    bool ensureInApp(const AlwaysAllowEntry &entry);
+    void loadPlatform();
+    void refresh();
+    void persistAndReload();
+
+    AppAlwaysAllowList m_app;
+    ExecApprovalsFiles m_files;
+    QHash<QString, QString> m_platform; ///< patterns by digest
+    AlwaysAllowScope m_scope = AlwaysAllowScope::IncludeRegistered;
+    QList<AlwaysAllowEntry> m_entries;
+};
+
+} // namespace bram

@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+namespace bram
+{
+
+/// Whether a command is answered without a question.
+enum class AlwaysAllowVerdict {
+    Unknown, ///< not on the application's list
+    Allowed,
+    /// On the list, but the command has a line break, or had one when it was remembered. The digest does
+    /// not tell a line break from a blank; a shell does. So a person has to look.
+    LineBreak,
+};
+
+} // namespace bram

@@ -1,0 +1,190 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "allowlist/ExecApprovalsFiles.h"
+
+#include "allowlist/CommandDigest.h"
+#include "allowlist/ExecApprovalsEdit.h"
+#include "system/FileReplacement.h"
+#include "system/Files.h"
+#include "system/SystemLog.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+#include <algorithm>
+
+namespace bram
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+constexpr qint64 maxBytes = 16 * 1024 * 1024;
+/// A program that writes a file in place needs a moment until it is whole.
+constexpr int settlingMs = 100;
+/// How often an edit is done again because the file had changed meanwhile.
+constexpr int mostAttempts = 50;
+
+std::expected<ExactJsonDocument, Error> readDocument(const QString &path)
+{
+    const auto content = readRegularFile(path, maxBytes);
+    if (!content) {
+        return std::unexpected(content.error());
+    }
+    auto document = parseExactJson(*content);
+    if (document && !document->root.isObject()) {
+        return std::unexpected(Error {u"not a JSON object"_s});
+    }
+    return document;
+}
+} // namespace
+
+ExecApprovalsFiles::ExecApprovalsFiles(const QString &folder, SystemLog &log)
+    : m_folder(folder)
+    , m_log(log)
+{
+    m_settling.setSingleShot(true);
+    m_settling.setInterval(settlingMs);
+    connect(&m_settling, &QTimer::timeout, this, [this] {
+        watchWhatIsThere();
+        Q_EMIT changed();
+    });
+    const auto settle = [this] { m_settling.start(); };
+    connect(&m_watcher, &QFileSystemWatcher::directoryChanged, this, settle);
+    connect(&m_watcher, &QFileSystemWatcher::fileChanged, this, settle);
+}
+
+QStringList ExecApprovalsFiles::candidatePaths() const
+{
+    // The name filter of QDir would ignore case.
+    const QStringList names
+        = QDir(m_folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System);
+    QStringList paths;
+    for (const QString &name : names) {
+        if (name.startsWith("exec-approvals"_L1) && name.endsWith(".json"_L1)) {
+            paths.append(m_folder + u'/' + name);
+        }
+    }
+    std::ranges::sort(paths);
+    return paths;
+}
+
+ExecApprovalsFiles::Patterns ExecApprovalsFiles::load()
+{
+    Patterns patterns;
+    for (const QString &path : candidatePaths()) {
+        const auto document = readDocument(path);
+        if (!document) {
+            sayProblem(path, document.error().message);
+            continue;
+        }
+        m_problems.remove(path);
+        patterns.paths.append(path);
+        for (const QString &pattern : allowlistPatterns(document->root)) {
+            if (const auto digest = normalizedCommandDigest(pattern)) {
+                patterns.commandsByDigest.insert(*digest, pattern);
+            }
+        }
+    }
+    return patterns;
+}
+
+bool ExecApprovalsFiles::appendCommands(const QStringList &commands)
+{
+    return editEach([&](ExactJson &root) { return bram::appendCommands(root, commands); });
+}
+
+bool ExecApprovalsFiles::removeDigest(const QString &digest)
+{
+    return editEach([&](ExactJson &root) { return bram::removeDigest(root, digest); });
+}
+
+bool ExecApprovalsFiles::clear()
+{
+    return editEach([](ExactJson &root) { return clearAllowlists(root); });
+}
+
+bool ExecApprovalsFiles::editEach(const Edit &edit)
+{
+    bool isChanged = false;
+    for (const QString &path : candidatePaths()) {
+        const auto edited = editFile(path, edit);
+        if (edited) {
+            isChanged = isChanged || *edited;
+        } else {
+            m_log.write(QString(u"Brackwen allowlist update failed: "_s + edited.error().message));
+        }
+    }
+    return isChanged;
+}
+
+std::expected<bool, Error> ExecApprovalsFiles::editFile(const QString &path, const Edit &edit)
+{
+    if (!QFileInfo::exists(path)) { // a link to nowhere
+        return false;
+    }
+    const auto lock
+        = FolderLock::acquire(QFileInfo(QFileInfo(path).canonicalFilePath()).absolutePath());
+    if (!lock) {
+        return std::unexpected(lock.error());
+    }
+    for (int attempt = 0; attempt < mostAttempts; ++attempt) {
+        auto document = readDocument(path);
+        if (!document) {
+            sayProblem(path, document.error().message);
+            return false;
+        }
+        const auto edited = edit(document->root);
+        if (!edited) {
+            return std::unexpected(Error {path + u": "_s + edited.error().message});
+        }
+        if (!*edited) {
+            return false;
+        }
+        const auto replaced = replaceFile(path, document->source, prettyText(document->root));
+        if (!replaced) {
+            return std::unexpected(replaced.error());
+        }
+        if (*replaced == Replacement::Done) {
+            return true;
+        }
+    }
+    return std::unexpected(Error {path + u": another program keeps changing it"_s});
+}
+
+void ExecApprovalsFiles::sayProblem(const QString &path, const QString &problem)
+{
+    if (std::exchange(m_problems[path], problem) == problem) {
+        return;
+    }
+    const QString reason = problem.section(path + u": "_s, -1); // the reader's texts name it, too
+    m_log.write(
+        QString(u"[Brackwen] exec-approvals file %1 cannot be used: %2"_s.arg(path, reason)));
+}
+
+void ExecApprovalsFiles::watch()
+{
+    m_isWatching = true;
+    watchWhatIsThere();
+}
+
+void ExecApprovalsFiles::watchWhatIsThere()
+{
+    if (!m_isWatching) {
+        return;
+    }
+    // As long as the folder is not there, the one above tells when it comes.
+    const bool isThere = QFileInfo(m_folder).isDir();
+    QStringList wanted {isThere ? m_folder : QFileInfo(m_folder).absolutePath()};
+    for (const QString &path : candidatePaths()) {
+        wanted.append(path); // also follows a link to the file it names
+    }
+    // Anew: a watched path may meanwhile stand for another file.
+    if (const QStringList watched = m_watcher.directories() + m_watcher.files();
+        !watched.isEmpty()) {
+        m_watcher.removePaths(watched);
+    }
+    m_watcher.addPaths(wanted);
+}
+
+} // namespace bram

@@ -1,0 +1,303 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "monitor/AlwaysAllowOperations.h"
+
+#include "allowlist/ExecApprovalsEdit.h"
+#include "monitor/ApprovalMonitor.h"
+#include "monitor/OperatorPrompts.h"
+#include "system/Clock.h"
+#include "system/SystemLog.h"
+
+namespace bram
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+/// Buttons of the questions with three choices and a way out.
+constexpr qsizetype cancelChoice = 3;
+
+/// What the activity feed says of an entry: never an argument of its command.
+QString entryDetail(const AlwaysAllowEntry &entry)
+{
+    const QString preview = recordedPreview(entry.command);
+    return preview.isEmpty() ? entry.digest.left(12) + u"…"_s : preview;
+}
+} // namespace
+
+AlwaysAllowOperations::AlwaysAllowOperations(const Collaborators &collaborators)
+    : m_collaborators(collaborators)
+{
+}
+
+bool AlwaysAllowOperations::addToAppList(const AlwaysAllowEntry &entry)
+{
+    const bool isChanged = m_collaborators.list.addToApp({entry});
+    record(ActivityActor::App, ActivityAction::AddToAppList, entryDetail(entry));
+    return isChanged;
+}
+
+QCoro::Task<bool> AlwaysAllowOperations::remove(OperatorPrompts &prompts, AlwaysAllowEntry entry,
+                                                Target target)
+{
+    return removing(this, &prompts, std::move(entry), target);
+}
+
+QCoro::Task<bool> AlwaysAllowOperations::promptAndRemove(OperatorPrompts &prompts,
+                                                         AlwaysAllowEntry entry)
+{
+    return askingAndRemoving(this, &prompts, std::move(entry));
+}
+
+QCoro::Task<> AlwaysAllowOperations::reload(OperatorPrompts &prompts, AlwaysAllowScope scope)
+{
+    return reloading(this, &prompts, scope);
+}
+
+QCoro::Task<> AlwaysAllowOperations::promptAndReload(OperatorPrompts &prompts)
+{
+    return askingAndReloading(this, &prompts);
+}
+
+QCoro::Task<bool> AlwaysAllowOperations::clear(OperatorPrompts &prompts, Target target)
+{
+    return clearing(this, &prompts, target);
+}
+
+QCoro::Task<bool> AlwaysAllowOperations::promptAndClear(OperatorPrompts &prompts)
+{
+    return askingAndClearing(this, &prompts);
+}
+
+QCoro::Task<bool> AlwaysAllowOperations::addAllToAppList(OperatorPrompts &prompts)
+{
+    return addingAll(this, &prompts);
+}
+
+QCoro::Task<bool> AlwaysAllowOperations::registerToBrackwen(OperatorPrompts &prompts)
+{
+    return registering(this, &prompts);
+}
+
+QCoro::Task<bool> AlwaysAllowOperations::removing(Self self, OperatorPrompts *prompts,
+                                                  AlwaysAllowEntry entry, Target target)
+{
+    auto &list = self->m_collaborators.list;
+    if (const auto *current = list.find(entry.digest)) {
+        entry = *current; // it may have changed since it was chosen
+    }
+    if (target == Target::Brackwen && entry.source == AlwaysAllowSource::LocalOnly) {
+        const Alert notice {
+            tr("Notice"),
+            tr("This entry is not registered in Brackwen. It will be kept in the app list.")};
+        co_await prompts->inform(notice);
+        co_return self && self->addToAppList(entry);
+    }
+    bool isChanged = false;
+    switch (target) {
+    case Target::App:
+        isChanged = list.removeFromApp(entry);
+        if (isChanged) {
+            self->record(ActivityActor::App, ActivityAction::RemoveFromAppList, entryDetail(entry));
+        }
+        break;
+    case Target::Brackwen:
+        isChanged = list.removeFromBrackwen(entry);
+        if (isChanged) {
+            self->record(ActivityActor::Brackwen, ActivityAction::RemoveFromBrackwen,
+                         entryDetail(entry));
+        }
+        break;
+    case Target::Both:
+        isChanged = list.removeFromBoth(entry);
+        self->record(ActivityActor::AppAndBrackwen, ActivityAction::RemoveFromBoth,
+                     entryDetail(entry));
+        break;
+    }
+    co_return isChanged;
+}
+
+QCoro::Task<bool> AlwaysAllowOperations::askingAndRemoving(Self self, OperatorPrompts *prompts,
+                                                           AlwaysAllowEntry entry)
+{
+    const Question question {.title = tr("Remove always-allow entry"),
+                             .text = tr("Choose which list to remove from."),
+                             .buttons = {tr("Delete from app list only"),
+                                         tr("Delete from Brackwen list only"),
+                                         tr("Delete from both app and Brackwen"), tr("Cancel")},
+                             .harmless = cancelChoice};
+    const auto choice = co_await prompts->ask(question);
+    if (!self || choice >= cancelChoice) {
+        co_return false;
+    }
+    const bool isChanged = co_await removing(self, prompts, entry, Target(choice));
+    co_return isChanged;
+}
+
+QCoro::Task<> AlwaysAllowOperations::reloading(Self self, OperatorPrompts *prompts,
+                                               AlwaysAllowScope scope)
+{
+    auto &own = self->m_collaborators;
+    const qint64 nowMs = own.clock.nowMs();
+    const auto written = writeAutomaticBackup(
+        own.homeFolder, own.preferences,
+        alwaysAllowBackupText(own.list.entries(), tr("Always allow list auto-backup"), nowMs),
+        nowMs);
+    own.list.reload(scope);
+    if (scope == AlwaysAllowScope::IncludeRegistered) {
+        self->record(ActivityActor::AppAndBrackwen, ActivityAction::RefreshAlwaysAllowList,
+                     u"include-registered"_s);
+    } else {
+        self->record(ActivityActor::App, ActivityAction::RefreshAlwaysAllowList, u"app-only"_s);
+    }
+    if (!written) {
+        const QString message = u"Auto backup failed: "_s + written.error().message;
+        own.log.write(message);
+        const Alert notice {tr("Refresh List"), message};
+        co_await prompts->inform(notice);
+    }
+}
+
+QCoro::Task<> AlwaysAllowOperations::askingAndReloading(Self self, OperatorPrompts *prompts)
+{
+    const Question question {
+        .title = tr("Refresh List"),
+        .text = tr("Choose whether to also load previously registered always-allow entries."),
+        .buttons
+        = {tr("Include registered entries"), tr("Refresh current list only"), tr("Cancel")},
+        .harmless = 2};
+    const auto choice = co_await prompts->ask(question);
+    if (!self || choice >= 2) {
+        co_return;
+    }
+    co_await reloading(self, prompts,
+                       choice == 0 ? AlwaysAllowScope::IncludeRegistered
+                                   : AlwaysAllowScope::AppOnly);
+}
+
+QCoro::Task<bool> AlwaysAllowOperations::clearing(Self self, OperatorPrompts *prompts,
+                                                  Target target)
+{
+    if (target == Target::App) {
+        co_return self->clearLists(target);
+    }
+    const Question question {
+        .title = tr("Confirmation"),
+        .text = tr("All Brackwen registered always-allow entries will also be deleted. After "
+                   "deletion, approvals will be requested again when commands run."),
+        .buttons = {tr("Confirm"), tr("Cancel")},
+        .harmless = 1};
+    const auto choice = co_await prompts->ask(question);
+    co_return self &&choice == 0 && self->clearLists(target);
+}
+
+QCoro::Task<bool> AlwaysAllowOperations::askingAndClearing(Self self, OperatorPrompts *prompts)
+{
+    const Question question {.title = tr("Clear Always Allow List"),
+                             .text = tr("Choose how you want to clear the list."),
+                             .buttons
+                             = {tr("Clear app list only"), tr("Keep app list, clear Brackwen only"),
+                                tr("Clear app list and Brackwen list"), tr("Cancel")},
+                             .harmless = cancelChoice};
+    const auto choice = co_await prompts->ask(question);
+    if (!self || choice >= cancelChoice) {
+        co_return false;
+    }
+    const bool isChanged = co_await clearing(self, prompts, Target(choice));
+    co_return isChanged;
+}
+
+bool AlwaysAllowOperations::clearLists(Target target)
+{
+    auto &list = m_collaborators.list;
+    const auto count = list.entries().size();
+    bool isChanged = false;
+    switch (target) {
+    case Target::App:
+        isChanged = list.clearApp();
+        recordCount(ActivityActor::App, ActivityAction::ClearAppList,
+                    count - list.entries().size());
+        break;
+    case Target::Brackwen:
+        isChanged = list.clearBrackwen();
+        recordCount(ActivityActor::Brackwen, ActivityAction::ClearBrackwenList,
+                    count - list.entries().size());
+        break;
+    case Target::Both: {
+        const bool isAppChanged = list.clearApp();
+        isChanged = list.clearBrackwen() || isAppChanged;
+        recordCount(ActivityActor::AppAndBrackwen, ActivityAction::ClearBothLists,
+                    count - list.entries().size());
+        break;
+    }
+    }
+    return isChanged;
+}
+
+QCoro::Task<bool> AlwaysAllowOperations::addingAll(Self self, OperatorPrompts *prompts)
+{
+    const QList<AlwaysAllowEntry> shown = self->m_collaborators.list.entries();
+    const Question question {.title = tr("Confirm registration"),
+                             .text = tr("Register the All approval list to the app list?"),
+                             .buttons = {tr("Register"), tr("Cancel")},
+                             .harmless = 1};
+    const auto choice = co_await prompts->ask(question);
+    if (!self || choice != 0) {
+        co_return false;
+    }
+    const bool isChanged = self->m_collaborators.list.addToApp(shown);
+    self->recordCount(ActivityActor::App, ActivityAction::AddAllToAppList, shown.size());
+    const Alert notice {tr("Confirm registration"),
+                        tr("All visible entries were added to the app list.")};
+    co_await prompts->inform(notice);
+    co_return isChanged;
+}
+
+QCoro::Task<bool> AlwaysAllowOperations::registering(Self self, OperatorPrompts *prompts)
+{
+    QStringList texts;
+    for (const auto &entry : self->m_collaborators.list.entries()) {
+        texts.append(entry.command);
+    }
+    const QStringList commands = concreteCommandsForBrackwen(texts);
+    if (commands.isEmpty()) {
+        const Alert notice {
+            tr("No commands to register"),
+            tr("There are no concrete commands in the current list that can be registered to "
+               "Brackwen.")};
+        co_await prompts->inform(notice);
+        co_return false;
+    }
+    const Question question {
+        .title = tr("Do you want to register this always-allow list to Brackwen?"),
+        .text = tr("This will add commands from the current list to Brackwen always-allow lists."),
+        .buttons = {tr("Register"), tr("Cancel")},
+        .harmless = 1};
+    const auto choice = co_await prompts->ask(question);
+    if (!self || choice != 0) {
+        co_return false;
+    }
+    const bool isChanged = self->m_collaborators.list.registerAtBrackwen(commands);
+    self->recordCount(ActivityActor::Brackwen, ActivityAction::RegisterAlwaysAllowToBrackwen,
+                      commands.size());
+    const QString changedText
+        = tr("Commands from the current list were added to Brackwen always-allow lists.");
+    const QString unchangedText
+        = tr("No new items were added because they were already registered.");
+    const Alert notice {tr("Registration completed"), isChanged ? changedText : unchangedText};
+    co_await prompts->inform(notice);
+    co_return isChanged;
+}
+
+void AlwaysAllowOperations::record(ActivityActor actor, ActivityAction action,
+                                   const QString &detail)
+{
+    m_collaborators.monitor.recordActivity(actor, action, detail);
+}
+
+void AlwaysAllowOperations::recordCount(ActivityActor actor, ActivityAction action, qsizetype count)
+{
+    record(actor, action, u"count="_s + QString::number(count));
+}
+
+} // namespace bram

@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "allowlist/AlwaysAllowList.h"
+#include "model/ActivityEntry.h"
+
+#include <QCoro/QCoroTask>
+#include <QObject>
+#include <QPointer>
+
+namespace bram
+{
+
+class ApprovalMonitor;
+class Clock;
+class OperatorPrompts;
+class Preferences;
+class SystemLog;
+
+/// What the operator does with the always-allow list, at the desktop and at the terminal: asks what has to
+/// be asked, does it, and records it in the activity feed.
+///
+/// A task ends when the operation has; it is to be kept by `BackgroundTasks::spawn` or awaited. Where
+/// it says so, it gives whether something has changed. `prompts` lives until the task ends. Parameters
+/// are values because they live on in a coroutine. Main thread.
+class AlwaysAllowOperations final : public QObject
+{
+    Q_OBJECT
+
+public:
+    struct Collaborators {
+        AlwaysAllowList &list;
+        ApprovalMonitor &monitor;
+        Preferences &preferences;
+        const Clock &clock;
+        SystemLog &log;
+        QString homeFolder; ///< the automatic backups lie in `.brackwen/` there
+    };
+
+    enum class Target {
+        App,
+        Brackwen,
+        Both,
+    };
+
+    explicit AlwaysAllowOperations(const Collaborators &collaborators);
+
+    /// The entries, and the signal of their changes.
+    const AlwaysAllowList &list() const { return m_collaborators.list; }
+
+    // One entry. Without a question:
+    bool addToAppList(const AlwaysAllowEntry &entry);
+    QCoro::Task<bool> remove(OperatorPrompts &prompts, AlwaysAllowEntry entry, Target target);
+    /// Asks from which list.
+    QCoro::Task<bool> promptAndRemove(OperatorPrompts &prompts, AlwaysAllowEntry entry);
+
+    // The whole list. A backup is made before it is read again.
+    QCoro::Task<> reload(OperatorPrompts &prompts, AlwaysAllowScope scope);
+    QCoro::Task<> promptAndReload(OperatorPrompts &prompts);
+    /// Asks for confirmation where the platform's entries go.
+    QCoro::Task<bool> clear(OperatorPrompts &prompts, Target target);
+    QCoro::Task<bool> promptAndClear(OperatorPrompts &prompts);
+    QCoro::Task<bool> addAllToAppList(OperatorPrompts &prompts);
+    QCoro::Task<bool> registerToBrackwen(OperatorPrompts &prompts);
+
+    // Backups. False when no file was chosen, or it was of no use: the operator has been told.
+    QCoro::Task<bool> backup(OperatorPrompts &prompts);
+    QCoro::Task<bool> backupTo(OperatorPrompts &prompts, QString path);
+    QCoro::Task<bool> restore(OperatorPrompts &prompts);
+    QCoro::Task<bool> restoreFrom(OperatorPrompts &prompts, QString path);
+
+private:
+    using Self = QPointer<AlwaysAllowOperations>;
+
+    static QCoro::Task<bool> removing(Self self, OperatorPrompts *prompts, AlwaysAllowEntry entry,
+                                      Target target);
+    static QCoro::Task<bool> askingAndRemoving(Self self, OperatorPrompts *prompts,
+                                               AlwaysAllowEntry entry);
+    static QCoro::Task<> reloading(Self self, OperatorPrompts *prompts, AlwaysAllowScope scope);
+    static QCoro::Task<> askingAndReloading(Self self, OperatorPrompts *prompts);
+    static QCoro::Task<bool> clearing(Self self, OperatorPrompts *prompts, Target target);
+    static QCoro::Task<bool> askingAndClearing(Self self, OperatorPrompts *prompts);
+    static QCoro::Task<bool> addingAll(Self self, OperatorPrompts *prompts);
+    static QCoro::Task<bool> registering(Self self, OperatorPrompts *prompts);
+    static QCoro::Task<bool> choosingAndBackingUp(Self self, OperatorPrompts *prompts);
+    static QCoro::Task<bool> backingUp(Self self, OperatorPrompts *prompts, QString path);
+    static QCoro::Task<bool> choosingAndRestoring(Self self, OperatorPrompts *prompts);
+    static QCoro::Task<bool> restoring(Self self, OperatorPrompts *prompts, QString path);
+
+    bool clearLists(Target target);
+    void record(ActivityActor actor, ActivityAction action, const QString &detail);
+    void recordCount(ActivityActor actor, ActivityAction action, qsizetype count);
+
+    Collaborators m_collaborators;
+};
+
+} // namespace bram
