@@ -477,6 +477,90 @@
         <source>diagnostics FOLDER      collect there what somebody needs who is to help</source>
         <translation>diagnostics FOLDER      문제 해결에 필요한 자료를 폴더에 모으기</translation>
     </message>
+    <message>
+        <source>More than one entry begins with: </source>
+        <translation>둘 이상의 항목이 이것으로 시작합니다: </translation>
+    </message>
+    <message>
+        <source>No entry begins with: </source>
+        <translation>이것으로 시작하는 항목이 없습니다: </translation>
+    </message>
+    <message>
+        <source>Entries: %1</source>
+        <translation>항목 수: %1</translation>
+    </message>
+    <message>
+        <source>The always-allow list has changed.</source>
+        <translation>항상 허용 목록이 바뀌었습니다.</translation>
+    </message>
+    <message>
+        <source>Nothing has changed.</source>
+        <translation>바뀐 것이 없습니다.</translation>
+    </message>
+    <message>
+        <source>The always-allow list is in: </source>
+        <translation>항상 허용 목록을 저장했습니다: </translation>
+    </message>
+    <message>
+        <source>Say what: always-allow list|reload|remove|clear|register|add-all|backup|restore</source>
+        <translation>할 일을 지정하세요: always-allow list|reload|remove|clear|register|add-all|backup|restore</translation>
+    </message>
+    <message>
+        <source>Write it so: %1</source>
+        <translation>이렇게 입력하세요: %1</translation>
+    </message>
+    <message>
+        <source>(command not known)</source>
+        <translation>(명령을 알 수 없음)</translation>
+    </message>
+    <message>
+        <source>SENSITIVE</source>
+        <translation>민감</translation>
+    </message>
+    <message>
+        <source>Nothing is always allowed.</source>
+        <translation>항상 허용된 명령이 없습니다.</translation>
+    </message>
+    <message>
+        <source>always-allow list       the commands that need no question</source>
+        <translation>always-allow list       묻지 않고 허용하는 명령</translation>
+    </message>
+    <message>
+        <source>always-allow reload     read the lists again, after a backup</source>
+        <translation>always-allow reload     백업한 뒤 목록을 다시 읽기</translation>
+    </message>
+    <message>
+        <source>always-allow remove DIGEST app|brackwen|both</source>
+        <translation>always-allow remove DIGEST app|brackwen|both</translation>
+    </message>
+    <message>
+        <source>                        take one out, named by the beginning of its digest</source>
+        <translation>                        다이제스트 앞부분으로 지정한 항목 하나를 삭제</translation>
+    </message>
+    <message>
+        <source>always-allow clear app|brackwen|both</source>
+        <translation>always-allow clear app|brackwen|both</translation>
+    </message>
+    <message>
+        <source>                        take all of them out</source>
+        <translation>                        모두 삭제</translation>
+    </message>
+    <message>
+        <source>always-allow register   add the commands listed to the platform&apos;s list</source>
+        <translation>always-allow register   목록의 명령을 플랫폼 목록에 추가</translation>
+    </message>
+    <message>
+        <source>always-allow add-all    add the commands listed to the own list</source>
+        <translation>always-allow add-all    목록의 명령을 자체 목록에 추가</translation>
+    </message>
+    <message>
+        <source>always-allow backup FILE, always-allow restore FILE</source>
+        <translation>always-allow backup FILE, always-allow restore FILE</translation>
+    </message>
+    <message>
+        <source>                        write the list into a file, take it from one</source>
+        <translation>                        목록을 파일로 저장, 파일에서 복원</translation>
+    </message>
 </context>
 <context>
     <name>Words</name>

@@ -27,6 +27,7 @@ void TerminalSession::start(Core &core)
         TerminalFrontEnd::Collaborators {.monitor = core.monitor(),
                                          .exercises = core.exercises(),
                                          .record = core.record(),
+                                         .alwaysAllow = core.alwaysAllow(),
                                          .language = core.language(),
                                          .tasks = core.tasks(),
                                          .clock = m_clock,

@@ -216,3 +216,70 @@ TEST_F(TerminalCommands, WhatIsTakenOutIsWhollyThereAndReplacesNothingUnasked)
     EXPECT_FALSE(text.contains("hunter2"));
     EXPECT_TRUE(bram->output().contains(u"Saved last 7 days audit data."_s));
 }
+
+TEST_F(TerminalCommands, TheAlwaysAllowListIsSeenChangedSavedAndTakenBack)
+{
+    ASSERT_TRUE(QDir(home.path()).mkpath(u".brackwen"_s));
+    const QString platform = home.filePath(u".brackwen/exec-approvals.json"_s);
+    QFile file(platform);
+    ASSERT_TRUE(file.open(QFile::WriteOnly));
+    file.write(
+        R"({"agents":{"main":{"allowlist":[{"pattern":"make test","n":9007199254740993}]}}})");
+    file.close();
+    const auto onDisk = [&platform] {
+        QFile now(platform);
+        return now.open(QFile::ReadOnly) ? now.readAll() : QByteArray();
+    };
+    auto gateway = startGateway(u"wait-client\n"
+                                "request aaa-1 main git status\n"
+                                "wait-decision aaa-1\n"
+                                "request aaa-2 main git status\n"
+                                "wait-decision aaa-2\n"_s);
+    auto bram = startBram();
+    ASSERT_TRUE(bram->says(u"  | git status\n"_s));
+    bram->send(u"allow-always 1"_s);
+    ASSERT_TRUE(gateway->says(u"decision aaa-1 allow-always accepted"_s));
+    ASSERT_TRUE(gateway->says(u"decision aaa-2 allow-once accepted"_s)); // without a question
+    bram->send(u"always-allow list"_s);
+    ASSERT_TRUE(bram->says(u"  app       git status\n"_s));
+    ASSERT_TRUE(bram->says(u"  brackwen  make test\n"_s));
+    const QString row = bram->output().split(u'\n').filter(u"  app       git status"_s).value(0);
+    const QString digest = row.section(u' ', 0, 0);
+    ASSERT_EQ(digest.size(), 12);
+
+    const QString saved = home.filePath(u"saved list"_s);
+    bram->send(u"always-allow backup ~/saved list"_s);
+    ASSERT_TRUE(bram->says(u"The always-allow list is in: "_s));
+    EXPECT_EQ(QFile::permissions(saved) & (QFile::ReadGroup | QFile::ReadOther),
+              QFile::Permissions());
+    bram->send(u"always-allow remove ffff app"_s);
+    ASSERT_TRUE(bram->says(u"No entry begins with: ffff"_s));
+    bram->send(u"always-allow remove "_s + digest + u" app"_s);
+    ASSERT_TRUE(bram->says(u"The always-allow list has changed.\n"_s));
+    bram->send(u"always-allow clear brackwen"_s);
+    ASSERT_TRUE(bram->says(u"2) Cancel\n"_s));
+    ASSERT_TRUE(bram->says(u"its words.\n"_s));
+    bram->send(u"cancel"_s);
+    ASSERT_TRUE(bram->says(u"Nothing has changed.\n"_s));
+    EXPECT_TRUE(onDisk().contains("make test"));
+    bram->send(u"always-allow clear brackwen"_s);
+    ASSERT_TRUE(bram->says(u"its words.\n"_s));
+    bram->send(u"1"_s);
+    ASSERT_TRUE(bram->says(u"The always-allow list has changed.\n"_s));
+    EXPECT_FALSE(onDisk().contains("make test"));
+    EXPECT_TRUE(QJsonDocument::fromJson(onDisk()).isObject());
+
+    bram->send(u"always-allow restore "_s + saved);
+    ASSERT_TRUE(bram->says(u"Entries restored to the app list: "_s));
+    ASSERT_TRUE(bram->says(u"its words.\n"_s));
+    bram->send(u"2"_s);
+    bram->send(u"always-allow list"_s);
+    ASSERT_TRUE(bram->says(u"git status\n"_s));
+    bram->send(u"always-allow reload"_s);
+    ASSERT_TRUE(bram->says(u"3) Cancel\n"_s));
+    ASSERT_TRUE(bram->says(u"its words.\n"_s));
+    bram->send(u"1"_s);
+    ASSERT_TRUE(bram->says(u"Entries: "_s));
+    bram->closeInput();
+    EXPECT_EQ(bram->ends(), 0);
+}

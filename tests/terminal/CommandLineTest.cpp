@@ -8,6 +8,8 @@ using namespace Qt::StringLiterals;
 
 TEST(CommandLine, ReadsEveryCommand)
 {
+    using Kind = AlwaysAllowCommand::Kind;
+    using Target = AlwaysAllowOperations::Target;
     struct Row {
         QString line;
         TerminalCommand command;
@@ -34,6 +36,18 @@ TEST(CommandLine, ReadsEveryCommand)
          FileCommand {FileCommand::Purpose::Pending, u"~/my  requests.txt"_s}},
         {u"report r.md"_s, FileCommand {FileCommand::Purpose::WeeklyReport, u"r.md"_s}},
         {u"diagnostics\t/tmp"_s, FileCommand {FileCommand::Purpose::Diagnostics, u"/tmp"_s}},
+        {u"always-allow list"_s, AlwaysAllowCommand {Kind::List, Target::App, {}}},
+        {u"always-allow  reload "_s, AlwaysAllowCommand {Kind::Reload, Target::App, {}}},
+        {u"always-allow register"_s, AlwaysAllowCommand {Kind::Register, Target::App, {}}},
+        {u"always-allow add-all"_s, AlwaysAllowCommand {Kind::AddAll, Target::App, {}}},
+        {u"always-allow remove 0f9a both"_s,
+         AlwaysAllowCommand {Kind::Remove, Target::Both, u"0f9a"_s}},
+        {u"always-allow remove app brackwen"_s,
+         AlwaysAllowCommand {Kind::Remove, Target::Brackwen, u"app"_s}},
+        {u"always-allow clear brackwen"_s, AlwaysAllowCommand {Kind::Clear, Target::Brackwen, {}}},
+        {u"always-allow backup /a  b"_s,
+         AlwaysAllowCommand {Kind::Backup, Target::App, u"/a  b"_s}},
+        {u"always-allow restore ~/x"_s, AlwaysAllowCommand {Kind::Restore, Target::App, u"~/x"_s}},
         {u"help"_s, PlainCommand::Help},
         {u"quit"_s, PlainCommand::Quit},
         {u"show 3"_s, ShowCommand {u"3"_s}},
@@ -69,6 +83,18 @@ TEST(CommandLine, SaysOnOneShortLineWhatIsWrong)
         {u"export"_s, u"Say where to: export FILE"_s},
         {u"report "_s, u"Say where to: report FILE"_s},
         {u"diagnostics"_s, u"Say where to: diagnostics FOLDER"_s},
+        {u"always-allow"_s,
+         u"Say what: always-allow list|reload|remove|clear|register|add-all|backup|restore"_s},
+        {u"always-allow all"_s,
+         u"Say what: always-allow list|reload|remove|clear|register|add-all|backup|restore"_s},
+        {u"always-allow list all"_s, u"Write it so: always-allow list"_s},
+        {u"always-allow clear"_s, u"Write it so: always-allow clear app|brackwen|both"_s},
+        {u"always-allow clear all"_s, u"Write it so: always-allow clear app|brackwen|both"_s},
+        {u"always-allow remove both"_s,
+         u"Write it so: always-allow remove DIGEST app|brackwen|both"_s},
+        {u"always-allow remove a b both"_s,
+         u"Write it so: always-allow remove DIGEST app|brackwen|both"_s},
+        {u"always-allow backup"_s, u"Write it so: always-allow backup FILE"_s},
         {u"language"_s, u"Say which language: language eng|kor"_s},
         {u"language Kor"_s, u"Say which language: language eng|kor"_s},
         {u"language eng kor"_s, u"Say which language: language eng|kor"_s},

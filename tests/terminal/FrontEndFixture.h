@@ -39,6 +39,7 @@ protected:
             TerminalFrontEnd::Collaborators {.monitor = monitor(),
                                              .exercises = core->exercises(),
                                              .record = core->record(),
+                                             .alwaysAllow = core->alwaysAllow(),
                                              .language = core->language(),
                                              .tasks = core->tasks(),
                                              .clock = clock,

@@ -50,6 +50,32 @@ constexpr std::array fileCommands {
     FileRow {u"diagnostics", FileCommand::Purpose::Diagnostics, u"FOLDER"},
 };
 
+struct AlwaysAllowRow {
+    QStringView word;
+    AlwaysAllowCommand::Kind kind;
+    QStringView after; ///< what has to follow
+};
+
+constexpr std::array alwaysAllowCommands {
+    AlwaysAllowRow {u"list", AlwaysAllowCommand::Kind::List, u""},
+    AlwaysAllowRow {u"reload", AlwaysAllowCommand::Kind::Reload, u""},
+    AlwaysAllowRow {u"register", AlwaysAllowCommand::Kind::Register, u""},
+    AlwaysAllowRow {u"add-all", AlwaysAllowCommand::Kind::AddAll, u""},
+    AlwaysAllowRow {u"remove", AlwaysAllowCommand::Kind::Remove, u"DIGEST app|brackwen|both"},
+    AlwaysAllowRow {u"clear", AlwaysAllowCommand::Kind::Clear, u"app|brackwen|both"},
+    AlwaysAllowRow {u"backup", AlwaysAllowCommand::Kind::Backup, u"FILE"},
+    AlwaysAllowRow {u"restore", AlwaysAllowCommand::Kind::Restore, u"FILE"},
+};
+
+std::optional<AlwaysAllowOperations::Target> targetMeant(const QString &word)
+{
+    using Target = AlwaysAllowOperations::Target;
+    return word == "app"_L1     ? std::optional(Target::App)
+        : word == "brackwen"_L1 ? std::optional(Target::Brackwen)
+        : word == "both"_L1     ? std::optional(Target::Both)
+                                : std::nullopt;
+}
+
 using Parsed = std::expected<TerminalCommand, Error>;
 
 Parsed fault(const QString &message)
@@ -72,6 +98,34 @@ Parsed parseDecision(ApprovalDecision decision, const QStringList &words)
         return DecideAllCommand {decision};
     }
     return DecideCommand {decision, target};
+}
+/// `rest` is what stands after `always-allow`.
+Parsed parseAlwaysAllow(const QString &rest)
+{
+    using Kind = AlwaysAllowCommand::Kind;
+    const QStringList words = rest.simplified().split(u' ', Qt::SkipEmptyParts);
+    const auto row = std::ranges::find(alwaysAllowCommands, QStringView(words.value(0)),
+                                       &AlwaysAllowRow::word);
+    if (row == alwaysAllowCommands.end()) {
+        return fault(TerminalTr::tr(
+            "Say what: always-allow list|reload|remove|clear|register|add-all|backup|restore"));
+    }
+    const QString argument = rest.trimmed().sliced(row->word.size()).trimmed();
+    AlwaysAllowCommand command {.kind = row->kind};
+    bool isComplete = argument.isEmpty() == row->after.isEmpty();
+    if (row->kind == Kind::Remove || row->kind == Kind::Clear) {
+        const auto target = targetMeant(words.constLast());
+        isComplete = target && words.size() == (row->kind == Kind::Remove ? 3 : 2);
+        command.target = target.value_or(command.target);
+        command.argument = row->kind == Kind::Remove ? words.value(1) : QString();
+    } else {
+        command.argument = argument;
+    }
+    if (isComplete) {
+        return command;
+    }
+    const QString usage = u"always-allow %1 %2"_s.arg(row->word, row->after).trimmed();
+    return fault(TerminalTr::tr("Write it so: %1").arg(usage));
 }
 } // namespace
 
@@ -112,6 +166,9 @@ std::expected<TerminalCommand, Error> parseCommandLine(QStringView line)
         const auto language = menuLanguageFromRawText(rest);
         return language ? Parsed(LanguageCommand {*language})
                         : fault(TerminalTr::tr("Say which language: language eng|kor"));
+    }
+    if (word == "always-allow"_L1) {
+        return parseAlwaysAllow(rest);
     }
     const auto file = std::ranges::find(fileCommands, QStringView(word), &FileRow::word);
     if (file != fileCommands.end()) {

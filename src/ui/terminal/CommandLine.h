@@ -4,6 +4,7 @@
 #include "model/ApprovalDecision.h"
 #include "model/Error.h"
 #include "model/MenuLanguage.h"
+#include "monitor/AlwaysAllowOperations.h"
 
 #include <QString>
 
@@ -80,8 +81,28 @@ struct FileCommand {
     bool operator==(const FileCommand &) const = default;
 };
 
-using TerminalCommand = std::variant<PlainCommand, ShowCommand, DecideCommand, DecideAllCommand,
-                                     AgentCommand, LanguageCommand, FileCommand>;
+/// `always-allow …`
+struct AlwaysAllowCommand {
+    enum class Kind {
+        List,
+        Reload,
+        Register,
+        AddAll,
+        Remove, ///< `remove DIGEST app|brackwen|both`
+        Clear, ///< `clear app|brackwen|both`
+        Backup, ///< `backup FILE`
+        Restore, ///< `restore FILE`
+    };
+    Kind kind = Kind::List;
+    AlwaysAllowOperations::Target target = AlwaysAllowOperations::Target::App;
+    QString argument {}; ///< the beginning of a digest, or a path
+
+    bool operator==(const AlwaysAllowCommand &) const = default;
+};
+
+using TerminalCommand
+    = std::variant<PlainCommand, ShowCommand, DecideCommand, DecideAllCommand, AgentCommand,
+                   LanguageCommand, FileCommand, AlwaysAllowCommand>;
 
 /// Reads one line as typed. Words are told apart by blanks and compared exactly; the error is one line,
 /// in the operator's language, that says what is wrong. It may repeat what was typed as it was.

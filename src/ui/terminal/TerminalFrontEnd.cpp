@@ -37,6 +37,10 @@ TerminalFrontEnd::TerminalFrontEnd(const Collaborators &collaborators)
                 .prompts = m_prompts,
                 .tasks = collaborators.tasks,
                 .voice = m_voice})
+    , m_alwaysAllow({.alwaysAllow = collaborators.alwaysAllow,
+                     .prompts = m_prompts,
+                     .tasks = collaborators.tasks,
+                     .voice = m_voice})
 {
     LineSource &input = collaborators.input;
     input.setMomentSource([&output = collaborators.output] { return output.written(); });
@@ -85,6 +89,7 @@ void TerminalFrontEnd::carryOut(const TerminalCommand &command, DialogueMoment b
             [&](const AgentCommand &wish) { m_settings.chooseAgent(wish.agentId); },
             [&](const LanguageCommand &wish) { m_settings.chooseLanguage(wish.language); },
             [&](const FileCommand &wish) { m_record.carryOut(wish); },
+            [&](const AlwaysAllowCommand &wish) { m_alwaysAllow.carryOut(wish); },
         },
         command);
 }

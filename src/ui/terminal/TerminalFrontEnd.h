@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "ui/terminal/AlwaysAllowCommands.h"
 #include "ui/terminal/CommandLine.h"
 #include "ui/terminal/GatewayNews.h"
 #include "ui/terminal/RecordCommands.h"
@@ -27,6 +28,7 @@ public:
         ApprovalMonitor &monitor;
         ReliabilityExercises &exercises;
         RecordOperations &record;
+        AlwaysAllowOperations &alwaysAllow;
         LanguageChoice &language;
         BackgroundTasks &tasks;
         const Clock &clock;
@@ -58,6 +60,7 @@ private:
     RequestDialogue m_requests;
     SettingsCommands m_settings;
     RecordCommands m_record;
+    AlwaysAllowCommands m_alwaysAllow;
     bool m_quitting = false;
 };
 

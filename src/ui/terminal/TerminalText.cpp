@@ -20,6 +20,21 @@ constexpr qsizetype longCommandCharacters = 2000;
 constexpr qsizetype longCommandLines = 20;
 constexpr qsizetype listedIdCharacters = 12;
 constexpr qsizetype historyCommandCharacters = 80;
+constexpr qsizetype listedDigestCharacters = 12;
+
+/// As commands name the lists.
+QString listWord(AlwaysAllowSource source)
+{
+    switch (source) {
+    case AlwaysAllowSource::LocalOnly:
+        return u"app"_s;
+    case AlwaysAllowSource::BrackwenOnly:
+        return u"brackwen"_s;
+    case AlwaysAllowSource::Both:
+        return u"both"_s;
+    }
+    Q_UNREACHABLE();
+}
 
 QString timeLeft(const ApprovalItem &item, qint64 nowMs)
 {
@@ -206,6 +221,25 @@ TerminalLines agentLines(const QStringList &agentIds, const QString &selectedAge
     return lines;
 }
 
+TerminalLines alwaysAllowLines(const QList<AlwaysAllowEntry> &entries, int columns)
+{
+    TerminalLines lines;
+    for (const AlwaysAllowEntry &entry : entries) {
+        const QString digest = honestLine(entry.digest.left(listedDigestCharacters)).text;
+        const QString command = entry.command.isEmpty() ? TerminalTr::tr("(command not known)")
+                                                        : honestLine(entry.command).text;
+        const QString mark
+            = entry.isSecuritySensitive ? TerminalTr::tr("SENSITIVE") + u"  "_s : QString();
+        appendRows(lines, {}, u"  : "_s,
+                   digest + u"  "_s + listWord(entry.source).leftJustified(8) + u"  "_s + mark
+                       + command,
+                   entry.isSecuritySensitive ? LineStyle::Warning : LineStyle::Plain, columns);
+    }
+    return lines.isEmpty()
+        ? TerminalLines {{TerminalTr::tr("Nothing is always allowed."), LineStyle::Quiet}}
+        : lines;
+}
+
 TerminalLines helpLines(int columns)
 {
     const QString rows[] = {
@@ -229,6 +263,17 @@ TerminalLines helpLines(int columns)
         TerminalTr::tr("export FILE             write the pending requests into a file"),
         TerminalTr::tr("report FILE             write the report of the last 7 days into a file"),
         TerminalTr::tr("diagnostics FOLDER      collect there what somebody needs who is to help"),
+        TerminalTr::tr("always-allow list       the commands that need no question"),
+        TerminalTr::tr("always-allow reload     read the lists again, after a backup"),
+        TerminalTr::tr("always-allow remove DIGEST app|brackwen|both"),
+        TerminalTr::tr(
+            "                        take one out, named by the beginning of its digest"),
+        TerminalTr::tr("always-allow clear app|brackwen|both"),
+        TerminalTr::tr("                        take all of them out"),
+        TerminalTr::tr("always-allow register   add the commands listed to the platform's list"),
+        TerminalTr::tr("always-allow add-all    add the commands listed to the own list"),
+        TerminalTr::tr("always-allow backup FILE, always-allow restore FILE"),
+        TerminalTr::tr("                        write the list into a file, take it from one"),
         TerminalTr::tr(
             "simulate                show made-up requests and a refusal by the gateway"),
         TerminalTr::tr("language eng|kor        the language of these texts"),

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "allowlist/AlwaysAllowEntry.h"
 #include "gateway/GatewayStatus.h"
 #include "model/ActivityEntry.h"
 #include "model/ApprovalDecision.h"
@@ -38,6 +39,8 @@ TerminalLines statusLines(const GatewayStatus::Lines &status, qsizetype pendingC
                           qsizetype notShownCount, int columns);
 /// One agent a line, the selected one marked; then every agent at once.
 TerminalLines agentLines(const QStringList &agentIds, const QString &selectedAgentId, int columns);
+/// One entry a line: the beginning of its digest, in which list it stands, the whole command.
+TerminalLines alwaysAllowLines(const QList<AlwaysAllowEntry> &entries, int columns);
 TerminalLines metricsLines(const ApprovalMetrics &metrics, qsizetype pendingCount);
 TerminalLines helpLines(int columns);
 
