@@ -19,6 +19,18 @@ QString typedFor(const TerminalCommand &command)
         const QStringList words {u"export "_s, u"report "_s, u"diagnostics "_s};
         return words.at(static_cast<qsizetype>(file->purpose)) + file->path;
     }
+    if (const auto *list = std::get_if<AlwaysAllowCommand>(&command)) {
+        const QStringList kinds {u"list"_s,   u"reload"_s, u"register"_s, u"add-all"_s,
+                                 u"remove"_s, u"clear"_s,  u"backup"_s,   u"restore"_s};
+        const QStringList targets {u"app"_s, u"brackwen"_s, u"both"_s};
+        using Kind = AlwaysAllowCommand::Kind;
+        const bool hasTarget = list->kind == Kind::Remove || list->kind == Kind::Clear;
+        const QString target
+            = hasTarget ? targets.at(static_cast<qsizetype>(list->target)) : QString();
+        return (u"always-allow "_s + kinds.at(static_cast<qsizetype>(list->kind)) + u' '
+                + list->argument + u' ' + target)
+            .trimmed();
+    }
     if (const auto *language = std::get_if<LanguageCommand>(&command)) {
         return u"language "_s + rawText(language->language);
     }
