@@ -15,6 +15,7 @@
 #include <QLabel>
 #include <QPainter>
 #include <QPropertyAnimation>
+#include <QScrollBar>
 #include <QShortcut>
 
 #include <algorithm>
@@ -81,6 +82,11 @@ ApprovalPopupView::ApprovalPopupView(Actions actions, QWidget *parent)
     m_arming->setStartValue(0.0);
     m_arming->setEndValue(1.0);
     connect(m_command, &CommandTextView::wholeChanged, this, [this] { relabelLength(); });
+    connect(m_command->verticalScrollBar(), &QScrollBar::rangeChanged, this, [this] {
+        if (m_command->isAllVisible() == m_length->font().bold()) {
+            relabelLength();
+        }
+    });
     relabel();
     recolour();
 }
