@@ -91,7 +91,7 @@ public:
         }
         const QString url = QString::fromUtf8(m_server.readLine()).trimmed();
         if (onDesktop) {
-            m_desktop.emplace(m_clock, m_log);
+            m_desktop.emplace(m_clock, m_log, bram::SimulationEntry::Hidden);
         }
         m_core.emplace(
             bram::Core::World {.places = bram::Places::ofPractice(folder, url),

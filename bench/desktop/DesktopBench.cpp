@@ -131,7 +131,7 @@ class Desktop
 public:
     Desktop()
         : m_log(bram::SyslogLog::Targets(bram::SyslogLog::Syslog))
-        , m_session(m_clock, m_log)
+        , m_session(m_clock, m_log, bram::SimulationEntry::Hidden)
         , m_core({.places = bram::Places::ofPractice(m_folder.path(), m_server.url(u"bram"_s)),
                   .secrets = m_secrets,
                   .clock = m_clock,
