@@ -696,6 +696,18 @@
         <source>unknown</source>
         <translation>알 수 없음</translation>
     </message>
+    <message>
+        <source>allowed automatically</source>
+        <translation>자동 승인됨</translation>
+    </message>
+    <message>
+        <source>On the always-allow list, but asked because of a line break: a shell may read it differently from what was allowed.</source>
+        <translation>영구 승인 목록에 있지만 줄바꿈 때문에 확인합니다. 셸이 승인된 명령과 다르게 해석할 수 있습니다.</translation>
+    </message>
+    <message>
+        <source>On the always-allow list, but asked because the automatic answer did not get through.</source>
+        <translation>영구 승인 목록에 있지만 자동 응답이 전달되지 않아 확인합니다.</translation>
+    </message>
 </context>
 <context>
     <name>bram::AboutWindow</name>

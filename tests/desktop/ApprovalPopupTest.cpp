@@ -80,6 +80,19 @@ TEST_F(Popup, SaysThatThereIsMoreToReadOnlyWhenThereIs)
     EXPECT_THAT(words(), Says(u"↓ 31 lines"));
 }
 
+TEST_F(Popup, SaysWhyAnAlwaysAllowedCommandIsAsked)
+{
+    popup.setAskReasons([](const QString &approvalId) {
+        return approvalId == u"b" ? AskReason::LineBreak : AskReason::Usual;
+    });
+    present(u"a"_s, u"git push"_s);
+    EXPECT_FALSE(view().accessibleDescription().contains(u"line break"_s));
+    present(u"b"_s, u"git\npush"_s);
+    EXPECT_TRUE(view().accessibleDescription().contains(
+        u"On the always-allow list, but asked because of a line break"_s));
+    EXPECT_TRUE(view().commandView().isAllVisible());
+}
+
 TEST_F(Popup, NothingAnswersBeforeItIsArmed)
 {
     present(u"a"_s);

@@ -132,6 +132,12 @@ void ApprovalPopupPresenter::showOutcome(const QString &approvalId, ApprovalHist
     m_moment.start(outcomeMoment);
 }
 
+void ApprovalPopupPresenter::setAskReasons(
+    std::function<AskReason(const QString &approvalId)> reasons)
+{
+    m_askReasons = std::move(reasons);
+}
+
 void ApprovalPopupPresenter::setWaitingCount(qsizetype count)
 {
     m_waitingCount = count;
@@ -149,7 +155,8 @@ void ApprovalPopupPresenter::showNow(Presentation presentation)
         && m_shown->item != presentation.item;
     m_shown = std::move(presentation);
     m_watch->setReady(false);
-    m_view->setItem(m_shown->item, isChange ? Occasion::Changed : Occasion::New);
+    m_view->setItem(m_shown->item, isChange ? Occasion::Changed : Occasion::New,
+                    m_askReasons ? m_askReasons(m_shown->item.approvalId) : AskReason::Usual);
     updateTimeLeft();
     m_window->showInFront(fittingSize());
     m_watch->setReady(m_view->commandView().isWhole());

@@ -2,12 +2,14 @@
 #pragma once
 
 #include "model/ApprovalHistoryEntry.h"
+#include "model/AskReason.h"
 #include "monitor/MonitorPorts.h"
 
 #include <QElapsedTimer>
 #include <QObject>
 #include <QTimer>
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -45,6 +47,9 @@ public:
     /// meanwhile comes after that moment.
     void showOutcome(const QString &approvalId, bram::ApprovalHistoryState state);
 
+    /// Whom to ask why a person is asked about a request.
+    void setAskReasons(std::function<AskReason(const QString &approvalId)> reasons);
+
     /// How many requests wait beside the one that is shown.
     void setWaitingCount(qsizetype count);
 
@@ -69,6 +74,7 @@ private:
     QSize fittingSize() const;
 
     const Clock &m_clock;
+    std::function<AskReason(const QString &)> m_askReasons;
     std::unique_ptr<ApprovalPopupWindow> m_window;
     ApprovalPopupView *m_view = nullptr; ///< in the window
     std::unique_ptr<ArmingWatch> m_watch;

@@ -8,6 +8,7 @@
 #include "ui/desktop/DecisionButton.h"
 #include "ui/desktop/ElidedLabel.h"
 #include "ui/desktop/WarningColours.h"
+#include "ui/language/Words.h"
 
 #include <QAccessible>
 #include <QBoxLayout>
@@ -157,10 +158,11 @@ void ApprovalPopupView::addButton(DecisionButton *&button, const QString &fixedT
     connect(keys, &QShortcut::activated, this, action);
 }
 
-void ApprovalPopupView::setItem(const ApprovalItem &item, Occasion occasion)
+void ApprovalPopupView::setItem(const ApprovalItem &item, Occasion occasion, AskReason reason)
 {
     m_item = item;
     m_occasion = occasion;
+    m_reason = reason;
     m_outcome.reset();
     m_leftMs.reset();
     m_command->setCommand(item.command);
@@ -281,6 +283,8 @@ void ApprovalPopupView::relabelNotices()
         if (m_command->isSuspicious()) {
             notices.append(tr("Misleading characters, shown as ⟨…⟩."));
         }
+        notices.append(askReasonWords(m_reason));
+        notices.removeAll(QString());
     }
     m_notices->setText(notices.join(u' '));
     m_notices->setVisible(!notices.isEmpty());

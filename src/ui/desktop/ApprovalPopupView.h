@@ -3,6 +3,7 @@
 
 #include "model/ApprovalHistoryEntry.h"
 #include "model/ApprovalItem.h"
+#include "model/AskReason.h"
 
 #include <QWidget>
 
@@ -38,7 +39,7 @@ public:
         New,
         Changed, ///< another form of a request that had been shown
     };
-    void setItem(const ApprovalItem &item, Occasion occasion);
+    void setItem(const ApprovalItem &item, Occasion occasion, AskReason reason);
     const ApprovalItem &item() const { return m_item; }
     /// Says in words what became of the request, until the next `setItem`.
     void setOutcome(ApprovalHistoryState state, qint64 nowMs);
@@ -87,6 +88,7 @@ private:
     const Actions m_actions;
     ApprovalItem m_item;
     Occasion m_occasion = Occasion::New;
+    AskReason m_reason = AskReason::Usual;
     std::optional<ApprovalHistoryState> m_outcome;
     bool m_outcomeIsExpiry = false;
     std::optional<qint64> m_leftMs;

@@ -66,6 +66,8 @@ DesktopFrontEnd::~DesktopFrontEnd() = default;
 void DesktopFrontEnd::followMonitor()
 {
     const ApprovalBoard &board = m_collaborators.monitor.board();
+    m_collaborators.popup.setAskReasons(
+        [&board](const QString &approvalId) { return board.askReason(approvalId); });
     connect(&board, &ApprovalBoard::displayItemsChanged, this, &DesktopFrontEnd::scheduleRefresh);
     connect(&board, &ApprovalBoard::historyChanged, this, &DesktopFrontEnd::scheduleRefresh);
     connect(&board, &ApprovalBoard::requestRemoved, this, &DesktopFrontEnd::onRequestRemoved);
@@ -243,8 +245,9 @@ void DesktopFrontEnd::showDetails(const QString &approvalId)
     if (pending == nullptr && row == board.history().end()) {
         return; // cleared meanwhile
     }
-    const RequestDetails details
-        = pending != nullptr ? RequestDetails::of(*pending) : RequestDetails::of(*row);
+    const RequestDetails details = pending != nullptr
+        ? RequestDetails::of(*pending, board.askReason(approvalId))
+        : RequestDetails::of(*row);
     if (!m_details) {
         m_details = std::make_unique<RequestDetailsWindow>();
     }

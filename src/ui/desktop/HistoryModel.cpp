@@ -43,7 +43,7 @@ QVariant HistoryModel::data(const QModelIndex &index, int role) const
     const ApprovalHistoryEntry &entry = m_entries.at(index.row());
     switch (index.column()) {
     case State:
-        return historyStateWord(entry.state);
+        return historyStateWord(entry.state, entry.maker);
     case Time:
         return entry.timestampText();
     case Command:

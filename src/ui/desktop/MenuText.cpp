@@ -87,7 +87,7 @@ QString pendingRowText(const ApprovalItem &item)
 
 QString historyRowText(const ApprovalHistoryEntry &entry)
 {
-    return u"%1 · %2 · %3"_s.arg(historyStateWord(entry.state), entry.timestampText(),
+    return u"%1 · %2 · %3"_s.arg(historyStateWord(entry.state, entry.maker), entry.timestampText(),
                                  shortenedCommand(entry.command));
 }
 

@@ -38,16 +38,17 @@ void copy(const QString &text)
 }
 } // namespace
 
-RequestDetails RequestDetails::of(const ApprovalItem &item)
+RequestDetails RequestDetails::of(const ApprovalItem &item, AskReason reason)
 {
-    return {item, ApprovalHistoryState::Pending, 0};
+    return {.item = item, .askReason = reason};
 }
 
 RequestDetails RequestDetails::of(const ApprovalHistoryEntry &entry)
 {
     return {{.approvalId = entry.approvalId, .command = entry.command, .agentId = std::nullopt},
             entry.state,
-            entry.updatedAt.isValid() ? entry.updatedAt.toMSecsSinceEpoch() : 0};
+            entry.updatedAt.isValid() ? entry.updatedAt.toMSecsSinceEpoch() : 0,
+            entry.maker};
 }
 
 RequestDetailsWindow::RequestDetailsWindow()
@@ -145,12 +146,13 @@ void RequestDetailsWindow::relabel()
     const bool isPending = m_details.state == ApprovalHistoryState::Pending;
     const QString changedAt
         = m_details.updatedAtMs > 0 ? u", "_s + timeText(m_details.updatedAtMs) : QString();
+    const QString stateWord = historyStateWord(m_details.state, m_details.maker);
     fill(m_id, tr("ID:"), honestLine(item.approvalId).text);
     fill(m_agent, tr("Agent:"),
          !agent.isEmpty() ? honestLine(agent).text
              : isPending  ? tr("not named")
                           : QString());
-    fill(m_state, tr("State:"), historyStateWord(m_details.state) + changedAt);
+    fill(m_state, tr("State:"), stateWord + changedAt);
     fill(m_created, tr("Created:"), item.createdAtMs > 0 ? timeText(item.createdAtMs) : QString());
     fill(m_expires, tr("Expires:"), item.expiresAtMs > 0 ? timeText(item.expiresAtMs) : QString());
 
@@ -163,6 +165,8 @@ void RequestDetailsWindow::relabel()
     if (m_command->isSuspicious()) {
         warnings.append(tr("Characters that could mislead are shown as ⟨…⟩."));
     }
+    warnings.append(askReasonWords(m_details.askReason));
+    warnings.removeAll(QString());
     m_warning->setText(warnings.join(u' '));
     m_warning->setVisible(!warnings.isEmpty());
     m_copyDetails->setText(tr("Copy details"));

@@ -3,6 +3,7 @@
 
 #include "model/ApprovalHistoryEntry.h"
 #include "model/ApprovalItem.h"
+#include "model/AskReason.h"
 
 #include <QWidget>
 
@@ -21,10 +22,12 @@ struct RequestDetails {
     ApprovalItem item; ///< of a history row only id and command, which may be empty
     ApprovalHistoryState state = ApprovalHistoryState::Pending;
     qint64 updatedAtMs = 0; ///< when the state last changed; 0: not known
+    DecisionMaker maker = DecisionMaker::Person; ///< of a decision taken here
+    AskReason askReason = AskReason::Usual; ///< of a pending request
 
     bool operator==(const RequestDetails &) const = default;
 
-    static RequestDetails of(const ApprovalItem &item);
+    static RequestDetails of(const ApprovalItem &item, AskReason reason = AskReason::Usual);
     static RequestDetails of(const ApprovalHistoryEntry &entry);
 };
 

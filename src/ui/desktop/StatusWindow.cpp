@@ -202,7 +202,9 @@ void StatusWindow::fitHistoryColumns()
          {ApprovalHistoryState::Pending, ApprovalHistoryState::AllowOnce,
           ApprovalHistoryState::AllowAlways, ApprovalHistoryState::Deny,
           ApprovalHistoryState::Canceled, ApprovalHistoryState::Resolved}) {
-        widest = std::max(widest, metrics.horizontalAdvance(historyStateWord(state)));
+        for (const auto maker : {DecisionMaker::Person, DecisionMaker::AlwaysAllowList}) {
+            widest = std::max(widest, metrics.horizontalAdvance(historyStateWord(state, maker)));
+        }
     }
     m_history->setColumnWidth(HistoryModel::State, widest + cellPadding);
     m_history->setColumnWidth(HistoryModel::Time,

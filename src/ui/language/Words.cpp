@@ -87,9 +87,29 @@ QString indicatorWord(IndicatorState indicator)
     return wordFor(indicators, indicator);
 }
 
-QString historyStateWord(ApprovalHistoryState state)
+QString historyStateWord(ApprovalHistoryState state, DecisionMaker maker)
 {
-    return wordFor(historyStates, state);
+    return maker == DecisionMaker::AlwaysAllowList
+        ? QCoreApplication::translate("Words", "allowed automatically")
+        : wordFor(historyStates, state);
+}
+
+QString askReasonWords(AskReason reason)
+{
+    switch (reason) {
+    case AskReason::Usual:
+        return {};
+    case AskReason::LineBreak:
+        return QCoreApplication::translate(
+            "Words",
+            "On the always-allow list, but asked because of a line break: a shell may read it "
+            "differently from what was allowed.");
+    case AskReason::AutomaticAnswerFailed:
+        return QCoreApplication::translate("Words",
+                                           "On the always-allow list, but asked because the "
+                                           "automatic answer did not get through.");
+    }
+    Q_UNREACHABLE();
 }
 
 QString activityActionWord(ActivityAction action)

@@ -4,6 +4,7 @@
 #include "gateway/TokenSyncState.h"
 #include "model/ActivityEntry.h"
 #include "model/ApprovalHistoryEntry.h"
+#include "model/AskReason.h"
 #include "model/IndicatorState.h"
 
 #include <QString>
@@ -14,7 +15,9 @@ namespace bram
 /// The words that every front-end uses for values that have no wording of their own.
 
 QString indicatorWord(IndicatorState indicator);
-QString historyStateWord(ApprovalHistoryState state);
+QString historyStateWord(ApprovalHistoryState state, DecisionMaker maker = DecisionMaker::Person);
+/// A sentence; empty for the usual reason.
+QString askReasonWords(AskReason reason);
 QString activityActionWord(ActivityAction action);
 QString tokenStateWords(TokenSyncState state);
 

@@ -275,7 +275,7 @@ void RequestDialogue::showRequests(const QList<ApprovalItem> &items, RequestOcca
             lines.append(TerminalLine());
         }
         lines.append(requestLines(item, m_numbers.give(item.approvalId), occasion, m_clock.nowMs(),
-                                  m_voice.columns()));
+                                  m_voice.columns(), m_monitor.board().askReason(item.approvalId)));
     }
     m_voice.print(lines);
     for (const ApprovalItem &item : items) {

@@ -103,7 +103,7 @@ void appendCommand(TerminalLines &lines, const ApprovalItem &item, int number, i
 } // namespace
 
 TerminalLines requestLines(const ApprovalItem &item, int number, RequestOccasion occasion,
-                           qint64 nowMs, int columns)
+                           qint64 nowMs, int columns, AskReason reason)
 {
     const LineStyle style = commandRiskLevel(item.command) == CommandRisk::High ? LineStyle::Danger
                                                                                 : LineStyle::Strong;
@@ -122,6 +122,10 @@ TerminalLines requestLines(const ApprovalItem &item, int number, RequestOccasion
                    LineStyle::Plain, columns);
     }
     appendCommand(lines, item, number, columns);
+    if (reason != AskReason::Usual) {
+        appendRows(lines, u"  "_s, u"  "_s, askReasonWords(reason), LineStyle::Warning, columns,
+                   RowBreaks::AtBlanks);
+    }
     return lines;
 }
 
@@ -140,8 +144,8 @@ TerminalLines historyLines(const QList<ApprovalHistoryEntry> &entries, int colum
             ? TerminalTr::tr("(command not seen)")
             : beginningOf(entry.command, historyCommandCharacters);
         appendRows(lines, {}, u"  : "_s,
-                   entry.timestampText() + u"  "_s + historyStateWord(entry.state) + u"  "_s
-                       + command,
+                   entry.timestampText() + u"  "_s + historyStateWord(entry.state, entry.maker)
+                       + u"  "_s + command,
                    LineStyle::Plain, columns);
     }
     return lines.isEmpty()

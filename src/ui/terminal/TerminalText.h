@@ -7,6 +7,7 @@
 #include "model/ApprovalDecision.h"
 #include "model/ApprovalHistoryEntry.h"
 #include "model/ApprovalItem.h"
+#include "model/AskReason.h"
 #include "monitor/ApprovalMetrics.h"
 #include "monitor/DecisionResolver.h"
 #include "ui/terminal/TerminalLine.h"
@@ -27,7 +28,7 @@ enum class RequestOccasion {
 };
 
 TerminalLines requestLines(const ApprovalItem &item, int number, RequestOccasion occasion,
-                           qint64 nowMs, int columns);
+                           qint64 nowMs, int columns, AskReason reason = AskReason::Usual);
 
 /// A line of this program's own with a text from outside at its end.
 TerminalLines messageLines(const QString &message, int columns, LineStyle style = LineStyle::Plain);

@@ -1,0 +1,292 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "monitor/MonitorFixture.h"
+
+#include "allowlist/CommandDigest.h"
+#include "support/ScriptedPrompts.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+using namespace bram;
+using namespace bram::test;
+using namespace Qt::StringLiterals;
+using testing::ElementsAre;
+using Target = AlwaysAllowOperations::Target;
+
+namespace
+{
+class AlwaysAllowTest : public MonitorFixture
+{
+protected:
+    AlwaysAllowTest() { EXPECT_TRUE(QDir(folder.path()).mkpath(u".brackwen"_s)); }
+
+    AlwaysAllowOperations &operations() { return core->alwaysAllow(); }
+    void platformAllows(const QByteArray &commands)
+    {
+        QFile file(platformFile);
+        ASSERT_TRUE(file.open(QFile::WriteOnly));
+        file.write(R"({"agents":{"main":{"allowlist":[)" + commands + "]}}}");
+    }
+    QByteArray platform() const
+    {
+        QFile file(platformFile);
+        return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray();
+    }
+    AlwaysAllowEntry entry(const QString &command)
+    {
+        return *operations().list().find(*normalizedCommandDigest(command));
+    }
+    bool has(const QString &command)
+    {
+        return operations().list().find(*normalizedCommandDigest(command)) != nullptr;
+    }
+    /// The newest row of the activity feed.
+    std::tuple<ActivityActor, ActivityAction, QString> latest()
+    {
+        const auto &row = board().activity().constFirst();
+        return {row.actor, row.action, row.detail};
+    }
+    /// With the platform's "apt list" and "git push" and the own "git push" and "own one".
+    void makeCoreWithLists()
+    {
+        platformAllows(R"("apt list","git push")");
+        makeConnectedCore();
+        core->start();
+        request(item("a", "git push"));
+        decide("a", ApprovalDecision::AllowAlways);
+        request(item("b", "own one"));
+        decide("b", ApprovalDecision::AllowAlways);
+        ASSERT_TRUE(waitSettled(2));
+        ASSERT_EQ(operations().list().entries().size(), 3);
+    }
+
+    QString lastAlert() const
+    {
+        const Alert alert = prompts.alerts.value(prompts.alerts.size() - 1);
+        return alert.title + u'|' + alert.text;
+    }
+    QString lastQuestion() const
+    {
+        const Question question = prompts.questions.value(prompts.questions.size() - 1);
+        return question.title + u'|' + question.text + u'|' + question.buttons.join(u'/');
+    }
+
+    const QString platformFile = folder.filePath(u".brackwen/exec-approvals.json"_s);
+    ScriptedPrompts prompts;
+};
+} // namespace
+
+TEST_F(AlwaysAllowTest, AnAutomaticAnswerIsOnRecordAsOne)
+{
+    makeCoreWithLists();
+    gateway.announce(item("auto", " git \t push "));
+    ASSERT_TRUE(waitSettled(3));
+    EXPECT_EQ(received.last().approvalId, u"auto"_s);
+    EXPECT_EQ(received.last().decision, ApprovalDecision::AllowOnce);
+    EXPECT_EQ(board().history().first().state, ApprovalHistoryState::AllowOnce);
+    EXPECT_EQ(board().history().first().maker, DecisionMaker::AlwaysAllowList);
+    EXPECT_EQ(board().history().last().maker, DecisionMaker::Person);
+    EXPECT_EQ(latest(),
+              std::tuple(ActivityActor::App, ActivityAction::AllowOnce, u"git … [auto-allow]"_s));
+    const auto records = core->audit().records(0);
+    ASSERT_GE(records.size(), 3);
+    EXPECT_EQ(records.at(records.size() - 2).note, u"auto-allow"_s);
+    EXPECT_EQ(records.last().note, u"decisionSource=app-local actor=app-user auto-allow"_s);
+    EXPECT_FALSE(log.lines().filter(u"reason=resolved.gateway.allow-once"_s).isEmpty());
+}
+
+TEST_F(AlwaysAllowTest, ALineBreakIsAskedAndSaysWhy)
+{
+    makeCoreWithLists();
+    request(item("broken", "git\npush"));
+    EXPECT_EQ(board().askReason(u"broken"_s), AskReason::LineBreak);
+    request(item("other", "something else"));
+    EXPECT_EQ(board().askReason(u"other"_s), AskReason::Usual);
+    decide("broken", ApprovalDecision::Deny);
+    ASSERT_TRUE(waitSettled(3));
+    ASSERT_TRUE(waitUntil([this] { return board().askReason(u"broken"_s) == AskReason::Usual; }));
+    EXPECT_EQ(board().history().last().maker, DecisionMaker::Person);
+}
+
+TEST_F(AlwaysAllowTest, AnAutomaticAnswerThatFailsBecomesAQuestion)
+{
+    makeCoreWithLists();
+    gateway.setDecisionBehaviour({DecisionFault::AnswerError, 0, u"database is locked"_s});
+    gateway.announce(item("late", "git push"));
+    ASSERT_TRUE(waitSettled(3));
+    EXPECT_EQ(settled.last().outcome.kind, DecisionOutcome::Kind::Failed);
+    ASSERT_NE(board().find(u"late"_s), nullptr);
+    EXPECT_EQ(board().askReason(u"late"_s), AskReason::AutomaticAnswerFailed);
+    gateway.setDecisionBehaviour({});
+    decide("late", ApprovalDecision::AllowOnce);
+    ASSERT_TRUE(waitSettled(4));
+    EXPECT_EQ(board().history().first().maker, DecisionMaker::Person);
+    EXPECT_TRUE(board().items().isEmpty());
+}
+
+TEST_F(AlwaysAllowTest, RemovesFromTheListThatWasChosen)
+{
+    makeCoreWithLists();
+    EXPECT_FALSE(test::waitFor(operations().promptAndRemove(prompts, entry(u"git push"_s))));
+    EXPECT_EQ(lastQuestion(),
+              u"Remove always-allow entry|Choose which list to remove from.|Delete from app list "
+              "only/Delete from Brackwen list only/Delete from both app and Brackwen/Cancel"_s);
+    EXPECT_EQ(operations().list().entries().size(), 3);
+
+    prompts.answers = {1};
+    test::waitFor(operations().promptAndRemove(prompts, entry(u"own one"_s)));
+    EXPECT_EQ(
+        lastAlert(),
+        u"Notice|This entry is not registered in Brackwen. It will be kept in the app list."_s);
+    EXPECT_TRUE(has(u"own one"_s));
+    EXPECT_EQ(latest(), std::tuple(ActivityActor::App, ActivityAction::AddToAppList, u"own …"_s));
+
+    prompts.answers = {1};
+    EXPECT_TRUE(test::waitFor(operations().promptAndRemove(prompts, entry(u"apt list"_s))));
+    EXPECT_EQ(entry(u"apt list"_s).source, AlwaysAllowSource::LocalOnly);
+    EXPECT_EQ(latest(),
+              std::tuple(ActivityActor::Brackwen, ActivityAction::RemoveFromBrackwen, u"apt …"_s));
+    EXPECT_TRUE(test::waitFor(operations().remove(prompts, entry(u"apt list"_s), Target::App)));
+    EXPECT_EQ(latest(),
+              std::tuple(ActivityActor::App, ActivityAction::RemoveFromAppList, u"apt …"_s));
+    prompts.answers = {2};
+    EXPECT_TRUE(test::waitFor(operations().promptAndRemove(prompts, entry(u"git push"_s))));
+    EXPECT_EQ(
+        latest(),
+        std::tuple(ActivityActor::AppAndBrackwen, ActivityAction::RemoveFromBoth, u"git …"_s));
+    EXPECT_FALSE(platform().contains("git push"));
+    EXPECT_EQ(operations().list().entries().size(), 1);
+}
+
+TEST_F(AlwaysAllowTest, ReloadsWithABackupBeforeIt)
+{
+    makeCoreWithLists();
+    prompts.answers = {1};
+    test::waitFor(operations().promptAndReload(prompts));
+    EXPECT_EQ(
+        latest(),
+        std::tuple(ActivityActor::App, ActivityAction::RefreshAlwaysAllowList, u"app-only"_s));
+    EXPECT_EQ(operations().list().entries().size(), 2);
+    clock.current += 5000;
+    prompts.answers = {0};
+    test::waitFor(operations().promptAndReload(prompts));
+    EXPECT_EQ(latest(),
+              std::tuple(ActivityActor::AppAndBrackwen, ActivityAction::RefreshAlwaysAllowList,
+                         u"include-registered"_s));
+    EXPECT_EQ(operations().list().entries().size(), 3);
+    const QDir backups(folder.filePath(u".brackwen/approvals-menu-backups"_s));
+    ASSERT_EQ(backups.entryList(QDir::Files).size(), 1);
+    QFile backup(backups.filePath(backups.entryList(QDir::Files).constFirst()));
+    ASSERT_TRUE(backup.open(QFile::ReadOnly));
+    EXPECT_TRUE(backup.readAll().startsWith("Always allow list auto-backup\nGeneratedAt: "));
+    const auto rows = board().activity().size();
+    test::waitFor(operations().promptAndReload(prompts));
+    EXPECT_EQ(board().activity().size(), rows) << "cancelled";
+
+    QDir(backups).removeRecursively();
+    QFile obstacle(backups.path());
+    ASSERT_TRUE(obstacle.open(QFile::WriteOnly));
+    test::waitFor(operations().reload(prompts, AlwaysAllowScope::IncludeRegistered));
+    EXPECT_TRUE(lastAlert().contains(u"Auto backup failed: "_s));
+    EXPECT_EQ(operations().list().entries().size(), 3);
+}
+
+TEST_F(AlwaysAllowTest, ClearsThePlatformsListOnlyAfterAConfirmation)
+{
+    makeCoreWithLists();
+    for (const qsizetype choice : {1, 2}) {
+        prompts.answers = {choice, 1};
+        EXPECT_FALSE(test::waitFor(operations().promptAndClear(prompts)));
+        EXPECT_TRUE(lastQuestion().startsWith(
+            u"Confirmation|All Brackwen registered always-allow entries will also be deleted."_s));
+        EXPECT_EQ(operations().list().entries().size(), 3);
+    }
+    prompts.answers = {1, 0};
+    EXPECT_TRUE(test::waitFor(operations().promptAndClear(prompts)));
+    EXPECT_EQ(std::get<1>(latest()), ActivityAction::ClearBrackwenList);
+    EXPECT_FALSE(has(u"apt list"_s));
+    EXPECT_TRUE(has(u"git push"_s));
+    prompts.answers = {0};
+    EXPECT_TRUE(test::waitFor(operations().promptAndClear(prompts)));
+    EXPECT_EQ(latest(), std::tuple(ActivityActor::App, ActivityAction::ClearAppList, u"count=2"_s));
+    EXPECT_TRUE(operations().list().entries().isEmpty());
+}
+
+TEST_F(AlwaysAllowTest, RegistersWhatIsACommandAndAddsAllThatIsShown)
+{
+    makeCoreWithLists();
+    test::waitFor(operations().remove(prompts, entry(u"apt list"_s), Target::Both));
+    platformAllows("");
+    ASSERT_TRUE(
+        waitUntil([this] { return entry(u"git push"_s).source == AlwaysAllowSource::LocalOnly; }));
+    test::waitFor(operations().registerToBrackwen(prompts));
+    EXPECT_TRUE(lastAlert().startsWith(u"No commands to register|"_s))
+        << "the own list holds previews only";
+
+    platformAllows(R"("apt list","ls")");
+    ASSERT_TRUE(waitUntil([this] { return has(u"apt list"_s) && has(u"ls"_s); }));
+    prompts.answers = {0};
+    EXPECT_TRUE(test::waitFor(operations().addAllToAppList(prompts)));
+    EXPECT_EQ(entry(u"apt list"_s).source, AlwaysAllowSource::Both);
+    EXPECT_EQ(std::get<1>(latest()), ActivityAction::AddAllToAppList);
+    EXPECT_TRUE(lastAlert().endsWith(u"|All visible entries were added to the app list."_s));
+
+    platformAllows("");
+    ASSERT_TRUE(
+        waitUntil([this] { return entry(u"apt list"_s).source == AlwaysAllowSource::LocalOnly; }));
+    for (const auto &[changed, text] :
+         {std::pair(true,
+                    u"Registration completed|Commands from the current list were added to "
+                    "Brackwen always-allow lists."_s),
+          std::pair(false,
+                    u"Registration completed|No new items were added because they were "
+                    "already registered."_s)}) {
+        prompts.answers = {0};
+        EXPECT_EQ(test::waitFor(operations().registerToBrackwen(prompts)), changed);
+        EXPECT_EQ(lastAlert(), text);
+        EXPECT_EQ(latest(),
+                  std::tuple(ActivityActor::Brackwen, ActivityAction::RegisterAlwaysAllowToBrackwen,
+                             u"count=1"_s));
+    }
+    EXPECT_TRUE(platform().contains("apt list"));
+}
+
+TEST_F(AlwaysAllowTest, BacksUpAndRestores)
+{
+    makeCoreWithLists();
+    EXPECT_FALSE(test::waitFor(operations().backup(prompts)));
+    const QString path = folder.filePath(u"backup.txt"_s);
+    prompts.files = {path, path};
+    EXPECT_TRUE(test::waitFor(operations().backup(prompts)));
+    EXPECT_EQ(QFileInfo(path).permissions() & QFileDevice::Permissions(0x0fff),
+              QFileDevice::ReadUser | QFileDevice::WriteUser);
+    EXPECT_EQ(std::get<1>(latest()), ActivityAction::BackupAlwaysAllowList);
+
+    prompts.answers = {0};
+    test::waitFor(operations().clear(prompts, Target::Both));
+    ASSERT_TRUE(operations().list().entries().isEmpty());
+    QFile file(path);
+    ASSERT_TRUE(file.open(QFile::Append));
+    file.write("\nID: NOT-A-DIGEST\nCommand: rm x y\n");
+    file.close();
+    prompts.answers = {0};
+    EXPECT_TRUE(test::waitFor(operations().restore(prompts)));
+    EXPECT_TRUE(lastQuestion().contains(u"Entries restored to the app list: 3. Refused "
+                                        "because their ID is not 64 lower-case "
+                                        "hexadecimal digits: 1."_s))
+        << qPrintable(lastQuestion());
+    EXPECT_EQ(latest(),
+              std::tuple(ActivityActor::App, ActivityAction::RestoreAlwaysAllowList,
+                         u"restored-count=3"_s));
+    EXPECT_EQ(entry(u"git push"_s).source, AlwaysAllowSource::Both);
+    EXPECT_EQ(entry(u"own one"_s).source, AlwaysAllowSource::LocalOnly);
+    EXPECT_FALSE(platform().contains("rm x"));
+
+    for (const QString &bad : {folder.path(), folder.filePath(u"absent"_s)}) {
+        EXPECT_FALSE(test::waitFor(operations().restoreFrom(prompts, bad)));
+        EXPECT_TRUE(lastAlert().endsWith(u"|No valid entries were found in the backup."_s));
+    }
+    EXPECT_FALSE(test::waitFor(operations().backupTo(prompts, folder.path())));
+    EXPECT_TRUE(lastAlert().contains(u"failed: "_s));
+}
