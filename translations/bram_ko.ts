@@ -701,8 +701,8 @@
         <translation>자동 승인됨</translation>
     </message>
     <message>
-        <source>On the always-allow list, but asked because of a line break: a shell may read it differently from what was allowed.</source>
-        <translation>영구 승인 목록에 있지만 줄바꿈 때문에 확인합니다. 셸이 승인된 명령과 다르게 해석할 수 있습니다.</translation>
+        <source>On the always-allow list, but asked because of a line break or an unusual blank: a shell may read it differently from what was allowed.</source>
+        <translation>영구 승인 목록에 있지만 줄바꿈이나 특이한 공백 때문에 확인합니다. 셸이 승인된 명령과 다르게 해석할 수 있습니다.</translation>
     </message>
     <message>
         <source>On the always-allow list, but asked because the automatic answer did not get through.</source>

@@ -79,11 +79,15 @@ const AlwaysAllowEntry *AlwaysAllowList::find(const QString &digest) const
 
 AlwaysAllowVerdict AlwaysAllowList::verdict(const QString &command) const
 {
+    if (m_app.digests().isEmpty()) {
+        return AlwaysAllowVerdict::
+            Unknown; // as most are: the digest would be a good part of what a request costs
+    }
     const auto digest = normalizedCommandDigest(command);
     if (!digest || !m_app.digests().contains(*digest)) {
         return AlwaysAllowVerdict::Unknown;
     }
-    return hasInnerLineBreak(command) || m_app.hadLineBreak(*digest) ? AlwaysAllowVerdict::LineBreak
+    return hasAmbiguousBlank(command) || m_app.hadLineBreak(*digest) ? AlwaysAllowVerdict::LineBreak
                                                                      : AlwaysAllowVerdict::Allowed;
 }
 

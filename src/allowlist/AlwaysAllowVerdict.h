@@ -8,8 +8,8 @@ namespace bram
 enum class AlwaysAllowVerdict {
     Unknown, ///< not on the application's list
     Allowed,
-    /// On the list, but the command has a line break, or had one when it was remembered. The digest does
-    /// not tell a line break from a blank; a shell does. So a person has to look.
+    /// On the list, but the command has a line break or an unusual blank, or had one when it was remembered.
+    /// The digest does not tell those from a space; a shell does. So a person has to look.
     LineBreak,
 };
 

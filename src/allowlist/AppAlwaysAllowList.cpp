@@ -94,7 +94,7 @@ bool AppAlwaysAllowList::insert(const QString &digest, const QString &preview,
         m_previews.insert(digest, preview);
         isChanged = true;
     }
-    if (hasInnerLineBreak(command)) {
+    if (hasAmbiguousBlank(command)) {
         if (isNew) {
             m_withLineBreak.insert(digest);
         }

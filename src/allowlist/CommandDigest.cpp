@@ -12,29 +12,13 @@ namespace
 {
 constexpr qsizetype digestLength = 64;
 
-constexpr bool isBlank(QChar character)
-{
-    return character == u' ' || (character >= u'\t' && character <= u'\r');
-}
-
-QStringView withoutBlanksAround(QStringView text)
-{
-    while (!text.isEmpty() && isBlank(text.front())) {
-        text = text.sliced(1);
-    }
-    while (!text.isEmpty() && isBlank(text.back())) {
-        text.chop(1);
-    }
-    return text;
-}
-
 /// One space for each run of blanks.
 QString folded(QStringView text)
 {
     QString result;
     result.reserve(text.size());
     for (const QChar character : text) {
-        if (!isBlank(character)) {
+        if (!character.isSpace()) {
             result += character;
         } else if (!result.endsWith(u' ')) {
             result += u' ';
@@ -46,8 +30,8 @@ QString folded(QStringView text)
 
 std::optional<QString> normalizedCommandDigest(QStringView command)
 {
-    const QStringView trimmed = withoutBlanksAround(command);
-    if (trimmed.trimmed().isEmpty() || !trimmed.isValidUtf16()) {
+    const QStringView trimmed = command.trimmed();
+    if (trimmed.isEmpty() || !trimmed.isValidUtf16()) {
         return std::nullopt;
     }
     const auto hash
@@ -63,9 +47,11 @@ bool isCommandDigest(QStringView text)
            });
 }
 
-bool hasInnerLineBreak(QStringView command)
+bool hasAmbiguousBlank(QStringView command)
 {
-    return std::ranges::any_of(withoutBlanksAround(command), isLineBreak);
+    return std::ranges::any_of(command.trimmed(), [](QChar character) {
+        return character.isSpace() && character != u' ' && character != u'\t';
+    });
 }
 
 } // namespace bram

@@ -10,9 +10,9 @@ namespace bram
 
 /// What a remembered command is known by: the SHA-256 of the command without blanks and line breaks at
 /// its ends and with one space for each run of them inside, as 64 lower-case hexadecimal digits. Blanks
-/// are space, tab, line feed, vertical tab, form feed and carriage return; others are part of a word to a
-/// shell. Nothing for a blank command, and for a text with half a surrogate pair, which has no bytes of
-/// its own.
+/// are all that Unicode calls so, though most of them are part of a word to a shell; see
+/// `hasAmbiguousBlank`. Nothing for a blank command, and for a text with half a surrogate pair, which has no
+/// bytes of its own.
 std::optional<QString> normalizedCommandDigest(QStringView command);
 
 /// Whether `text` is 64 lower-case hexadecimal digits.
@@ -25,8 +25,8 @@ constexpr bool isLineBreak(QChar character)
         || character == u'\u2028' || character == u'\u2029';
 }
 
-/// Whether a line break of any kind stands inside the trimmed command. The digest takes it for a blank;
-/// a shell does not.
-bool hasInnerLineBreak(QStringView command);
+/// Whether a line break, or another blank than space and tab, stands inside the trimmed command. The digest
+/// takes it for a space; a shell does not.
+bool hasAmbiguousBlank(QStringView command);
 
 } // namespace bram

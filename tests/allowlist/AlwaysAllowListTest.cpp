@@ -94,7 +94,7 @@ TEST_F(AlwaysAllow, ALineBreakIsNeverAnsweredWhicheverOfTheTwoHasIt)
     EXPECT_EQ(list->verdict(u"true\n# x"_s), Verdict::LineBreak);
     EXPECT_EQ(list->verdict(u"true #\r\nx"_s), Verdict::LineBreak);
     EXPECT_EQ(list->verdict(u"\ntrue # x\r\n"_s), Verdict::Allowed);
-    EXPECT_EQ(list->verdict(u"true\u2028# x"_s), Verdict::Unknown);
+    EXPECT_EQ(list->verdict(u"true\u2028# x"_s), Verdict::LineBreak);
 
     list->remember(u"rm a\nls b"_s);
     EXPECT_EQ(list->verdict(u"rm a ls b"_s), Verdict::LineBreak);

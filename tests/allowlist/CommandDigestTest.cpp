@@ -18,11 +18,12 @@ TEST(CommandDigest, IsTheSha256OfTheFoldedText)
     ASSERT_TRUE(digest);
     EXPECT_TRUE(isCommandDigest(*digest));
     EXPECT_EQ(digest, expected);
-    for (const QString &same : {u"ls  -la"_s, u" ls -la\n"_s, u"ls\t-la"_s, u"ls \r\n\f\v -la"_s}) {
+    for (const QString &same : {u"ls  -la"_s, u" ls -la\n"_s, u"ls\t-la"_s, u"ls \r\n\f\v -la"_s,
+                                u"ls\u00a0-la"_s, u"ls\u2028-la"_s, u"ls -la\u3000"_s}) {
         EXPECT_EQ(normalizedCommandDigest(same), expected) << qPrintable(same);
     }
-    for (const QString &other : {u"ls -lA"_s, u"ls-la"_s, u"ls\u00a0-la"_s, u"ls\u2028-la"_s,
-                                 u"ls -la\u3000"_s, u"ls -la \\"_s, u"l\u0000s -la"_s}) {
+    for (const QString &other :
+         {u"ls -lA"_s, u"ls-la"_s, u"ls\u200b-la"_s, u"ls -la \\"_s, u"l\u0000s -la"_s}) {
         EXPECT_NE(normalizedCommandDigest(other), expected) << qPrintable(other);
     }
     EXPECT_NE(normalizedCommandDigest(u"결제"), normalizedCommandDigest(u"송금"));
@@ -43,13 +44,13 @@ TEST(CommandDigest, IsAbsentWhereThereIsNoCommandToTellFromOthers)
     }
 }
 
-TEST(CommandDigest, KnowsEveryLineBreakInsideACommand)
+TEST(CommandDigest, KnowsEveryBlankThatAShellReadsOtherwise)
 {
-    for (const QChar lineBreak : u"\n\r\v\f\u0085\u2028\u2029"_s) {
-        EXPECT_TRUE(hasInnerLineBreak(u"a"_s + lineBreak + u'b')) << int(lineBreak.unicode());
+    for (const QChar lineBreak : u"\n\r\v\f\u0085\u2028\u2029\u00a0\u3000"_s) {
+        EXPECT_TRUE(hasAmbiguousBlank(u"a"_s + lineBreak + u'b')) << int(lineBreak.unicode());
     }
     for (const QString &text : {u"a b"_s, u"a\tb"_s, u"\na b\r\n"_s, u""_s, u"\n"_s}) {
-        EXPECT_FALSE(hasInnerLineBreak(text)) << qPrintable(text);
+        EXPECT_FALSE(hasAmbiguousBlank(text)) << qPrintable(text);
     }
 }
 

@@ -140,10 +140,12 @@ TEST(TerminalText, TheHeadlineSaysRiskTimeAndWhatTheRequestIs)
     EXPECT_EQ(textOf(requestLines(request, 7, RequestOccasion::Listed, now, 80)),
               u"#7  expired  id: 0123456789ab…  agent: not given\n  | ls"_s);
     lines = requestLines(request, 7, RequestOccasion::Listed, now, 0, AskReason::LineBreak);
-    EXPECT_EQ(lines.last(),
-              (TerminalLine {u"  On the always-allow list, but asked because of a line break: a "
-                             "shell may read it differently from what was allowed."_s,
-                             LineStyle::Warning}));
+    EXPECT_EQ(
+        lines.last(),
+        (TerminalLine {
+            u"  On the always-allow list, but asked because of a line break or an unusual blank: a "
+            "shell may read it differently from what was allowed."_s,
+            LineStyle::Warning}));
 }
 
 TEST(TerminalText, SentencesBreakAtBlanks)

@@ -102,8 +102,8 @@ QString askReasonWords(AskReason reason)
     case AskReason::LineBreak:
         return QCoreApplication::translate(
             "Words",
-            "On the always-allow list, but asked because of a line break: a shell may read it "
-            "differently from what was allowed.");
+            "On the always-allow list, but asked because of a line break or an unusual blank: a "
+            "shell may read it differently from what was allowed.");
     case AskReason::AutomaticAnswerFailed:
         return QCoreApplication::translate("Words",
                                            "On the always-allow list, but asked because the "
