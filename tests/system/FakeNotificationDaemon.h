@@ -100,11 +100,11 @@ public:
 
 public Q_SLOTS:
     QStringList GetCapabilities() { return capabilities; }
-    QString GetServerInformation(QString &vendor, QString &version, QString &specification)
+    QString GetServerInformation(QString &vendor, QString &version, QString &protocolVersion)
     {
         vendor = QStringLiteral("nobody");
         version = QStringLiteral("1");
-        specification = QStringLiteral("1.2");
+        protocolVersion = QStringLiteral("1.2");
         return QStringLiteral("fake");
     }
     quint32 Notify(const QString &, quint32, const QString &, const QString &, const QString &,
