@@ -267,7 +267,7 @@ int runServer(const QCommandLineParser &parser)
     }
     turnFor(restMs);
     const double memoryBefore = memoryMiB(core.process);
-    constexpr int floods = 3;
+    constexpr int floods = 7;
     for (int round = 0; round < floods; ++round) {
         measureFlood(dispatcher, core, round, flood);
         measureFlood(dispatcher, floor, round, flood);

@@ -20,6 +20,8 @@ namespace
 {
 constexpr quint64 maxMessageBytes = 4 * 1024 * 1024;
 constexpr qint64 turnBudgetNs = 8'000'000;
+/// How many messages to the peer may go together while others are still to be read.
+constexpr int mostUnflushedMessages = 16;
 
 QString secondsText(std::chrono::milliseconds time)
 {
@@ -100,9 +102,18 @@ bool GatewaySocket::send(const QString &message)
     if (!isOpen() || m_socket.sendTextMessage(message) <= 0) {
         return false;
     }
-    // Now, not in the next turn of the event loop. That is where a broken connection may show.
-    m_socket.flush();
+    // Now, not in the next turn of the event loop. That is where a broken connection may show. In a burst,
+    // a few go together: each of them alone would cost the peer, and the system, as much as all.
+    if (m_queue.isEmpty() || ++m_unflushedMessages >= mostUnflushedMessages) {
+        flush();
+    }
     return isOpen();
+}
+
+void GatewaySocket::flush()
+{
+    m_unflushedMessages = 0;
+    m_socket.flush();
 }
 
 void GatewaySocket::closeSilently()
@@ -151,6 +162,9 @@ void GatewaySocket::deliverQueued()
         if (!guard || m_ended) {
             return;
         }
+    }
+    if (m_unflushedMessages > 0) {
+        flush();
     }
     if (!m_queue.isEmpty()) {
         scheduleDelivery();

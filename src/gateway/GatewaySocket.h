@@ -65,6 +65,7 @@ private:
     void accept(const QByteArray &utf8);
     void deliverQueued();
     void scheduleDelivery();
+    void flush();
     void onDisconnected();
     void onPingDue();
     void finish(const QString &reason, Ending ending);
@@ -77,6 +78,7 @@ private:
     QTimer m_pingTimer;
     QQueue<QByteArray> m_queue;
     QElapsedTimer m_turn; ///< since the first message of this turn of the event loop
+    int m_unflushedMessages = 0;
     bool m_deliveryScheduled = false;
     bool m_turnYielded = false;
     bool m_heardSincePing = true;

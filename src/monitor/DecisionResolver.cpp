@@ -7,6 +7,7 @@
 #include "monitor/ApprovalBoard.h"
 #include "system/BackgroundTasks.h"
 #include "system/Clock.h"
+#include "system/Memory.h"
 #include "system/NextTurn.h"
 
 #include <QElapsedTimer>
@@ -25,6 +26,9 @@ constexpr QLatin1StringView viaGateway("gateway");
 constexpr QLatin1StringView viaCommandLine("cli");
 /// How long a bulk of decisions may hold the event loop before the rest waits for the next turn.
 constexpr int bulkTurnMs = 8;
+/// From this many decisions on, what they needed is worth giving back.
+constexpr qsizetype burstSize = 1000;
+constexpr int restAfterBurstMs = 500;
 
 ApprovalHistoryState historyState(ApprovalDecision decision)
 {
@@ -88,6 +92,17 @@ bool isUnknownApprovalError(const QString &description)
 DecisionResolver::DecisionResolver(const Collaborators &collaborators)
     : m_collaborators(collaborators)
 {
+    m_afterBurst.setSingleShot(true);
+    m_afterBurst.setInterval(restAfterBurstMs);
+    connect(&m_afterBurst, &QTimer::timeout, this, [this] {
+        if (!isIdle()) {
+            m_afterBurst.start();
+            return;
+        }
+        m_settledCount = 0;
+        m_resolvingIds.squeeze();
+        returnFreeMemory();
+    });
 }
 
 void DecisionResolver::resolve(const QString &approvalId, ApprovalDecision decision,
@@ -280,6 +295,9 @@ bool DecisionResolver::isUndecided(const QString &approvalId) const
 void DecisionResolver::settle(const Attempt &attempt, const DecisionOutcome &outcome)
 {
     m_resolvingIds.remove(attempt.item.approvalId);
+    if (++m_settledCount >= burstSize && !m_afterBurst.isActive()) {
+        m_afterBurst.start();
+    }
     report(attempt, outcome);
 }
 

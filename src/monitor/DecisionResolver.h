@@ -14,6 +14,7 @@
 #include <QSet>
 #include <QString>
 #include <QStringList>
+#include <QTimer>
 
 namespace bram
 {
@@ -147,6 +148,8 @@ private:
     QSet<QString> m_resolvingIds;
     QQueue<Attempt> m_bulk; ///< not begun yet
     bool m_stopped = false;
+    qsizetype m_settledCount = 0; ///< since memory was last given back
+    QTimer m_afterBurst;
 };
 
 } // namespace bram
