@@ -80,6 +80,14 @@ CommandLineTool::CommandLineTool(std::chrono::milliseconds timeLimit)
 {
 }
 
+CommandLineTool::~CommandLineTool()
+{
+    // Those still running go as children, and would report their end to what is no longer there.
+    for (QProcess *tool : findChildren<QProcess *>()) {
+        tool->disconnect();
+    }
+}
+
 Reply<CommandLineTool::Result> CommandLineTool::resolve(const QString &approvalId,
                                                         ApprovalDecision decision)
 {

@@ -29,6 +29,8 @@ class CommandLineTool final : public QObject
 
 public:
     explicit CommandLineTool(std::chrono::milliseconds timeLimit = std::chrono::seconds(60));
+    ~CommandLineTool() override;
+    Q_DISABLE_COPY_MOVE(CommandLineTool)
 
     /// A few at a time; the others wait. Nothing on success, which is exit status 0; else the tool's output, or what else went wrong. One
     /// that has not ended within the time limit is ended and counts as failed.
