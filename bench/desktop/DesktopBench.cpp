@@ -158,9 +158,8 @@ public:
             request(i);
             waitUntil([&] { return watch.elapsedMs() > 0 && watch.hasPainted(); });
             times.push_back(watch.elapsedMs());
-            watch.painted()->close();
-            waitUntil([&] { return !board().activePopupItem(); });
             m_core.monitor().clearPendingApprovals();
+            waitUntil([&] { return !watch.painted()->isVisible(); });
         }
         return times;
     }
