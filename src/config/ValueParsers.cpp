@@ -3,6 +3,8 @@
 
 #include <QStringList>
 
+#include <algorithm>
+
 namespace bram
 {
 
@@ -51,6 +53,23 @@ std::optional<qint64> parseInt64(const QJsonValue &value)
     // What is no whole number gives the value that is asked for in its place.
     const qint64 number = value.toInteger(0);
     return value.isDouble() && value.toInteger(1) == number ? std::optional(number) : std::nullopt;
+}
+
+QList<qint64> parseInt64List(const std::optional<QString> &text)
+{
+    QList<qint64> numbers;
+    QString pieces = text.value_or(QString());
+    for (QChar &c : pieces) {
+        c = c == u',' || c == u';' || c.isSpace() ? u' ' : c;
+    }
+    for (const QString &piece : pieces.split(u' ', Qt::SkipEmptyParts)) {
+        if (const auto number = parseDigits(piece)) {
+            numbers.append(*number);
+        }
+    }
+    std::ranges::sort(numbers);
+    numbers.erase(std::unique(numbers.begin(), numbers.end()), numbers.end());
+    return numbers;
 }
 
 } // namespace bram

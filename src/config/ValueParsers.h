@@ -2,6 +2,8 @@
 #pragma once
 
 #include <QJsonValue>
+#include <QList>
+#include <QString>
 
 #include <optional>
 
@@ -17,5 +19,9 @@ std::optional<bool> parseBool(const QJsonValue &value);
 
 /// A whole number as it is; a text, without blanks around it: an optional sign and decimal digits.
 std::optional<qint64> parseInt64(const QJsonValue &value);
+
+/// The numbers of a list that commas, semicolons and blanks divide: ascending and without duplicates. What is
+/// no number in it is left out.
+QList<qint64> parseInt64List(const std::optional<QString> &text);
 
 } // namespace bram

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <QString>
+
 namespace bram
 {
 
@@ -9,5 +11,8 @@ enum class DecisionInputSource {
     CallbackButton,
     CommandMessage,
 };
+
+/// "telegram-callback" or "telegram-command", as audit records name the source of a decision.
+QString rawText(DecisionInputSource source);
 
 } // namespace bram

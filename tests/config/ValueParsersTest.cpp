@@ -69,3 +69,21 @@ TEST(ValueParsers, WholeNumbersDigitForDigit)
         EXPECT_EQ(parseInt64(json(row.text)), row.number) << row.text;
     }
 }
+
+TEST(ValueParsers, ListsOfNumbersHoweverTheyAreDivided)
+{
+    const struct {
+        std::optional<QString> text;
+        QList<qint64> numbers;
+    } rows[] = {
+        {QStringLiteral("123; -100200,word  456"), {-100200, 123, 456}},
+        {QStringLiteral(" 5,5\n+5\t05"), {5}},
+        {QStringLiteral("1;9223372036854775808,1.5,,;"), {1}},
+        {QStringLiteral("none at all"), {}},
+        {std::nullopt, {}},
+    };
+    for (const auto &row : rows) {
+        EXPECT_EQ(parseInt64List(row.text), row.numbers)
+            << row.text.value_or(QString()).toStdString();
+    }
+}

@@ -3,6 +3,7 @@
 #include "model/ApprovalDecision.h"
 #include "model/ApprovalHistoryEntry.h"
 #include "model/ApprovalItem.h"
+#include "model/DecisionInputSource.h"
 #include "model/IndicatorState.h"
 #include "model/TelegramTokenSource.h"
 #include "model/TextRules.h"
@@ -62,6 +63,8 @@ TEST(Records, EachVocabularyKnowsOnlyItsOwnWords)
     EXPECT_EQ(rawText(IndicatorState::Green) + rawText(IndicatorState::Yellow)
                   + rawText(IndicatorState::Red) + rawText(IndicatorState::Gray),
               u"greenyellowredgray"_s);
+    EXPECT_EQ(rawText(DecisionInputSource::CallbackButton), u"telegram-callback"_s);
+    EXPECT_EQ(rawText(DecisionInputSource::CommandMessage), u"telegram-command"_s);
 }
 
 TEST(Records, RequestAsText)
