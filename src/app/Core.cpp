@@ -24,6 +24,7 @@ Core::Core(const World &world)
     , m_tasks(world.log)
     , m_preferences(world.places.preferencesFile)
     , m_language(m_preferences)
+    , m_sharedPolling(m_preferences)
     , m_agents(m_config, m_preferences, world.log)
     , m_audit(world.places.dataFolder, auditLimits, world.log)
     , m_alwaysAllowList(m_preferences, world.places.account.homeFolder + u"/.brackwen"_s, world.log)
@@ -81,6 +82,7 @@ QJsonObject Core::settingsForDiagnostics() const
 {
     return {
         {u"language"_s, rawText(m_language.current())},
+        {u"allowSharedBotPolling"_s, m_sharedPolling.allowSharedBotPollingOverride()},
         {u"agent"_s, m_agents.selectedAgentId()},
         {u"availableAgents"_s, QJsonArray::fromStringList(m_agents.availableAgentIds())},
         {u"gatewayAddress"_s,

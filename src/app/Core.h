@@ -4,6 +4,7 @@
 #include "allowlist/AlwaysAllowList.h"
 #include "app/Places.h"
 #include "audit/AuditLogStore.h"
+#include "config/SharedPollingSetting.h"
 #include "gateway/DeviceIdentityStore.h"
 #include "gateway/GatewayClient.h"
 #include "gateway/GatewayCredentialStore.h"
@@ -59,6 +60,7 @@ public:
     ReliabilityExercises &exercises() { return m_exercises; }
     Preferences &preferences() { return m_preferences; }
     LanguageChoice &language() { return m_language; }
+    SharedPollingSetting &sharedPolling() { return m_sharedPolling; }
     const Environment &environment() const { return m_environment; }
 
 private:
@@ -71,6 +73,7 @@ private:
     BackgroundTasks m_tasks;
     Preferences m_preferences;
     LanguageChoice m_language;
+    SharedPollingSetting m_sharedPolling;
     AgentSelection m_agents;
     AuditLogStore m_audit;
     AlwaysAllowList m_alwaysAllowList;
