@@ -26,6 +26,12 @@ QString folded(QStringView text)
     }
     return result;
 }
+
+/// What around a command makes no difference to a shell.
+bool isPassedOver(QChar character)
+{
+    return character == u' ' || character == u'\t' || character == u'\n' || character == u'\r';
+}
 } // namespace
 
 std::optional<QString> normalizedCommandDigest(QStringView command)
@@ -49,7 +55,14 @@ bool isCommandDigest(QStringView text)
 
 bool hasAmbiguousBlank(QStringView command)
 {
-    return std::ranges::any_of(command.trimmed(), [](QChar character) {
+    // Not `trimmed`: at the ends, too, a shell passes over usual blanks and line breaks only.
+    while (!command.isEmpty() && isPassedOver(command.front())) {
+        command = command.sliced(1);
+    }
+    while (!command.isEmpty() && isPassedOver(command.back())) {
+        command.chop(1);
+    }
+    return std::ranges::any_of(command, [](QChar character) {
         return character.isSpace() && character != u' ' && character != u'\t';
     });
 }

@@ -25,8 +25,8 @@ constexpr bool isLineBreak(QChar character)
         || character == u'\u2028' || character == u'\u2029';
 }
 
-/// Whether a line break, or another blank than space and tab, stands inside the trimmed command. The digest
-/// takes it for a space; a shell does not.
+/// Whether a line break stands inside the command, or another blank than space and tab anywhere in it: the
+/// digest takes that for a space, or for nothing at the ends; a shell does not.
 bool hasAmbiguousBlank(QStringView command);
 
 } // namespace bram

@@ -49,7 +49,10 @@ TEST(CommandDigest, KnowsEveryBlankThatAShellReadsOtherwise)
     for (const QChar lineBreak : u"\n\r\v\f\u0085\u2028\u2029\u00a0\u3000"_s) {
         EXPECT_TRUE(hasAmbiguousBlank(u"a"_s + lineBreak + u'b')) << int(lineBreak.unicode());
     }
-    for (const QString &text : {u"a b"_s, u"a\tb"_s, u"\na b\r\n"_s, u""_s, u"\n"_s}) {
+    for (const QString &text : {u"\u00a0ls"_s, u"ls\u3000"_s, u" ls \v\n"_s, u"\u2028ls"_s}) {
+        EXPECT_TRUE(hasAmbiguousBlank(text)) << qPrintable(text);
+    }
+    for (const QString &text : {u"a b"_s, u"a\tb"_s, u" \na b\t\r\n"_s, u""_s, u"\n"_s}) {
         EXPECT_FALSE(hasAmbiguousBlank(text)) << qPrintable(text);
     }
 }
