@@ -5,6 +5,7 @@
 #include <QFileInfo>
 #include <QSaveFile>
 
+#include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -48,14 +49,33 @@ std::expected<QByteArray, Error> readRegularFile(const QString &path, qint64 max
     if (!S_ISREG(status.st_mode)) {
         return refusal(path, u"not a regular file"_s);
     }
-    // Counted while reading: the file may grow, and a size says nothing in /proc.
-    const QByteArray content = file.read(maxBytes + 1);
-    if (file.error() != QFileDevice::NoError) {
-        return refusal(path, file.errorString());
+    const auto tooLarge = [&] { return refusal(path, u"larger than %1 bytes"_s.arg(maxBytes)); };
+    if (status.st_size > maxBytes) {
+        return tooLarge();
     }
-    if (content.size() > maxBytes) {
-        return refusal(path, u"larger than %1 bytes"_s.arg(maxBytes));
+    // Counted while reading: the file may grow, and a size of 0 says nothing in /proc. The room is that of the
+    // file and not the limit's, which may be a hundred thousand times as much.
+    constexpr qint64 leastRoom = 4096;
+    QByteArray content;
+    qint64 size = 0;
+    while (size <= maxBytes) {
+        if (size == content.size()) {
+            const qint64 room = std::max({qint64(status.st_size) + 1, 2 * size, leastRoom});
+            content.resize(std::min(room, maxBytes + 1));
+        }
+        const qint64 count = file.read(content.data() + size, content.size() - size);
+        if (count < 0) {
+            return refusal(path, file.errorString());
+        }
+        if (count == 0) {
+            break;
+        }
+        size += count;
     }
+    if (size > maxBytes) {
+        return tooLarge();
+    }
+    content.resize(size);
     return content;
 }
 

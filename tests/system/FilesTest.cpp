@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -50,6 +51,13 @@ TEST(Files, ReadsRegularFilesUpToTheLimit)
     const auto tooLarge = readRegularFile(path, 5);
     ASSERT_FALSE(tooLarge);
     EXPECT_TRUE(tooLarge.error().message.contains(path));
+
+    // The limit says what is refused, not how much memory a small file takes.
+    const auto withRoom = readRegularFile(path, std::numeric_limits<int>::max() - 1);
+    EXPECT_EQ(withRoom, content);
+    EXPECT_LT(withRoom->capacity(), 1'000'000);
+    EXPECT_TRUE(readRegularFile(u"/proc/self/maps"_s, 10'000'000)->endsWith('\n'));
+    EXPECT_FALSE(readRegularFile(u"/proc/self/maps"_s, 100));
 }
 
 TEST(Files, RefusesWhatIsNotARegularFileWithoutWaiting)
