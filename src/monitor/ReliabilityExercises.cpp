@@ -11,7 +11,9 @@
 #include "system/SystemLog.h"
 
 #include <QDateTime>
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTemporaryFile>
@@ -20,6 +22,8 @@
 #include <algorithm>
 #include <cstdio>
 
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace bram
@@ -42,10 +46,43 @@ Alert simulationAlert()
                 "event. In Telegram dry-run mode, check payload logs for button rendering.")};
 }
 
-/// Another file in the place of what is there, also of a symbolic link: in a folder that everybody may
+/// Whether the result is written into what is there, which is no file and stays: "/dev/null", "/dev/stdout",
+/// a pipe that somebody reads from.
+bool isStream(const QString &path)
+{
+    const QString place = QDir::cleanPath(QFileInfo(path).absoluteFilePath());
+    struct stat status = {};
+    if (::lstat(QFile::encodeName(place).constData(), &status) != 0) {
+        return false;
+    }
+    if (S_ISLNK(status.st_mode)) {
+        // Elsewhere a link could have been put there by anybody.
+        return QFileInfo(place).absolutePath() == u"/dev"_s || place.startsWith("/dev/fd/"_L1)
+            || place.startsWith("/proc/"_L1);
+    }
+    return !S_ISREG(status.st_mode);
+}
+
+bool writeToStream(const QString &path, const QByteArray &content)
+{
+    const int descriptor = ::open(QFile::encodeName(path).constData(),
+                                  O_WRONLY | O_APPEND | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    if (descriptor < 0) {
+        return false;
+    }
+    const ssize_t written
+        = ::write(descriptor, content.constData(), static_cast<std::size_t>(content.size()));
+    ::close(descriptor);
+    return written == content.size();
+}
+
+/// Another file in the place of one that is there, also of a symbolic link: in a folder that everybody may
 /// write to, that could lead to a file of the operator's.
 bool writeResult(const QString &path, const QByteArray &content)
 {
+    if (isStream(path)) {
+        return writeToStream(path, content);
+    }
     QTemporaryFile file(path + u".XXXXXX"_s);
     if (!file.open() || file.write(content) != content.size() || !file.flush()
         || ::fsync(file.handle()) != 0) {
@@ -125,7 +162,9 @@ QString ReliabilityExercises::simulateRequest(const QString &idBeginning, const 
 QCoro::Task<> ReliabilityExercises::testSelf(QPointer<ReliabilityExercises> self,
                                              QString resultPath)
 {
-    QFile::remove(resultPath);
+    if (!isStream(resultPath)) {
+        QFile::remove(resultPath);
+    }
     const bool success = co_await measure(self, resultPath);
     if (self) {
         Q_EMIT self->selfTestFinished(success);
@@ -154,7 +193,12 @@ QCoro::Task<bool> ReliabilityExercises::measure(QPointer<ReliabilityExercises> s
     }
     const bool areCounted = monitor.metrics().requestedCount - requestedBefore >= ids.size();
     const bool success = areCounted && findings.hasRequests && findings.hasAuthFailure;
-    const bool isWritten = writeResult(resultPath, self->resultJson(findings, success));
+    const QByteArray result = self->resultJson(findings, success);
+    std::function<bool()> work = [resultPath, result] { return writeResult(resultPath, result); };
+    const bool isWritten = co_await self->m_worker.run<bool>(false, std::move(work));
+    if (!self) {
+        co_return false;
+    }
     if (!isWritten) {
         self->m_collaborators.log.write(
             QString(u"[Brackwen] self-test: the result could not be written to "_s + resultPath));

@@ -49,7 +49,7 @@ public:
 
     /// The same unattended: looks afterwards whether all of it was counted and put on record, and writes what
     /// it has found as a JSON object to `resultPath`. A result from before is removed at the start, so
-    /// that an absent file means failure.
+    /// that an absent file means failure; what is no file there, as "/dev/stdout", is written to and stays.
     void runReliabilitySelfTest(const QString &resultPath);
 
     /// Ends what is under way, as failed.

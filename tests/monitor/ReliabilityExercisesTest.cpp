@@ -8,6 +8,9 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+
 using namespace bram;
 using namespace bram::test;
 using namespace Qt::StringLiterals;
@@ -118,6 +121,25 @@ TEST_F(Exercises, TheSelfTestNeedsNoGatewayButARecordAndAPlaceForItsResult)
 
     resultPath = folder.filePath(u"no/such/folder/result.json"_s);
     EXPECT_FALSE(testSelf());
+}
+
+TEST_F(Exercises, TheResultNeverTakesThePlaceOfADeviceOrAPipe)
+{
+    makeConnectedCore();
+    // As /dev/null and /dev/stdout are for a script; a pipe, so that it can be tried in a folder of one's own.
+    resultPath = folder.filePath(u"pipe"_s);
+    const QByteArray name = QFile::encodeName(resultPath);
+    ASSERT_EQ(::mkfifo(name.constData(), 0600), 0);
+    EXPECT_FALSE(testSelf()) << "nobody reads";
+    const int reader = ::open(name.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    ASSERT_GE(reader, 0);
+    EXPECT_TRUE(testSelf());
+    QFile pipe;
+    ASSERT_TRUE(pipe.open(reader, QFile::ReadOnly | QFile::Unbuffered, QFile::AutoCloseHandle));
+    EXPECT_TRUE(QJsonDocument::fromJson(pipe.read(4096)).object().value("success"_L1).toBool());
+    struct stat status = {};
+    ASSERT_EQ(::lstat(name.constData(), &status), 0);
+    EXPECT_TRUE(S_ISFIFO(status.st_mode));
 }
 
 TEST_F(Exercises, WithoutARecordTheSelfTestFails)
