@@ -109,6 +109,12 @@ TEST_F(FileReplacement, PrivateFilesArePrivateEvenWhereOneWasNot)
     EXPECT_FALSE(writePrivateFile(folder.path(), "x"));
     EXPECT_FALSE(writePrivateFile(folder.filePath(u"no/such"_s), "x"));
     EXPECT_EQ(fileCount(), 1);
+
+    const QByteArray fifo = QFile::encodeName(folder.filePath(u"fifo"_s));
+    ASSERT_EQ(::mkfifo(fifo.constData(), 0600), 0);
+    EXPECT_FALSE(writePrivateFile(QFile::decodeName(fifo), "x"));
+    ASSERT_EQ(::stat(fifo.constData(), &status), 0);
+    EXPECT_TRUE(S_ISFIFO(status.st_mode)) << "what may be a device was replaced by a file";
 }
 
 } // namespace

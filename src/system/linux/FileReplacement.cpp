@@ -123,8 +123,9 @@ std::expected<void, Error> writePrivateFile(const QString &path, const QByteArra
 {
     const QFileInfo info(path);
     const QString target = info.isSymLink() && info.exists() ? info.canonicalFilePath() : path;
-    if (QFileInfo(target).isDir()) {
-        return std::unexpected(Error {u"cannot write %1: it is a folder"_s.arg(target)});
+    if (const QFileInfo there(target); there.exists() && !there.isFile()) {
+        return std::unexpected(Error {u"cannot write %1: %2"_s.arg(
+            target, there.isDir() ? u"it is a folder"_s : u"not a regular file"_s)});
     }
     Sibling sibling(target);
     if (!sibling.isOpen() || !sibling.write(content) || !sibling.renameTo(target)) {
