@@ -909,6 +909,18 @@
         <source>Registration completed</source>
         <translation>등록 완료</translation>
     </message>
+    <message>
+        <source>Add the %1 selected entries to the app list?</source>
+        <translation>선택한 %1개 항목을 앱 목록에 추가하시겠습니까?</translation>
+    </message>
+    <message>
+        <source>%1 of these entries are not registered in Brackwen. They will be kept in the app list.</source>
+        <translation>이 중 %1개 항목은 브랙웬에 등록되어 있지 않습니다. 앱 목록에 유지합니다.</translation>
+    </message>
+    <message>
+        <source>Remove %1 always-allow entries</source>
+        <translation>영구 승인 항목 %1개 삭제</translation>
+    </message>
 </context>
 <context>
     <name>bram::ApprovalPopupView</name>

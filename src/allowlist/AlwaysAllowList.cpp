@@ -48,7 +48,8 @@ QList<AlwaysAllowEntry> inOrder(const QList<AlwaysAllowEntry> &entries)
 
 AlwaysAllowList::AlwaysAllowList(Preferences &preferences, const QString &platformFolder,
                                  SystemLog &log)
-    : m_app(preferences, log)
+    : m_platformFolder(platformFolder)
+    , m_app(preferences, log)
     , m_files(platformFolder, log)
 {
     connect(&m_files, &ExecApprovalsFiles::changed, this, [this] {
@@ -75,6 +76,19 @@ const AlwaysAllowEntry *AlwaysAllowList::find(const QString &digest) const
 {
     const auto entry = std::ranges::find(m_entries, digest, &AlwaysAllowEntry::digest);
     return entry == m_entries.end() ? nullptr : &*entry;
+}
+
+QList<AlwaysAllowEntry> AlwaysAllowList::present(const QList<AlwaysAllowEntry> &entries) const
+{
+    QSet<QString> digests;
+    for (const auto &entry : entries) {
+        digests.insert(entry.digest);
+    }
+    QList<AlwaysAllowEntry> now;
+    std::ranges::copy_if(m_entries, std::back_inserter(now), [&](const AlwaysAllowEntry &entry) {
+        return digests.contains(entry.digest);
+    });
+    return now;
 }
 
 AlwaysAllowVerdict AlwaysAllowList::verdict(const QString &command) const
@@ -110,20 +124,22 @@ bool AlwaysAllowList::addToApp(const QList<AlwaysAllowEntry> &entries)
     return isChanged;
 }
 
-bool AlwaysAllowList::removeFromApp(const AlwaysAllowEntry &entry)
+bool AlwaysAllowList::removeFromApp(const QList<AlwaysAllowEntry> &entries)
 {
-    if (entry.source == AlwaysAllowSource::BrackwenOnly || !m_app.remove(entry.digest)) {
+    if (!takeFromApp(entries)) {
         return false;
     }
     persistAndReload();
     return true;
 }
 
-bool AlwaysAllowList::removeFromBrackwen(const AlwaysAllowEntry &entry)
+bool AlwaysAllowList::removeFromBrackwen(const QList<AlwaysAllowEntry> &entries)
 {
-    const bool isAdded = ensureInApp(entry);
-    const bool isRemoved
-        = entry.source != AlwaysAllowSource::LocalOnly && m_files.removeDigest(entry.digest);
+    bool isAdded = false;
+    for (const auto &entry : entries) {
+        isAdded = ensureInApp(entry) || isAdded;
+    }
+    const bool isRemoved = takeFromBrackwen(entries);
     if (!isAdded && !isRemoved) {
         return false;
     }
@@ -131,14 +147,35 @@ bool AlwaysAllowList::removeFromBrackwen(const AlwaysAllowEntry &entry)
     return true;
 }
 
-bool AlwaysAllowList::removeFromBoth(const AlwaysAllowEntry &entry)
+bool AlwaysAllowList::removeFromBoth(const QList<AlwaysAllowEntry> &entries)
 {
-    const bool isRemovedHere
-        = entry.source != AlwaysAllowSource::BrackwenOnly && m_app.remove(entry.digest);
-    const bool isRemovedThere
-        = entry.source != AlwaysAllowSource::LocalOnly && m_files.removeDigest(entry.digest);
+    const bool isRemovedHere = takeFromApp(entries);
+    const bool isRemovedThere = takeFromBrackwen(entries);
     persistAndReload();
     return isRemovedHere || isRemovedThere;
+}
+
+bool AlwaysAllowList::takeFromApp(const QList<AlwaysAllowEntry> &entries)
+{
+    bool isChanged = false;
+    for (const auto &entry : entries) {
+        if (entry.source != AlwaysAllowSource::BrackwenOnly) {
+            isChanged = m_app.remove(entry.digest) || isChanged;
+        }
+    }
+    return isChanged;
+}
+
+/// Each file is written once, however many entries go.
+bool AlwaysAllowList::takeFromBrackwen(const QList<AlwaysAllowEntry> &entries)
+{
+    QSet<QString> digests;
+    for (const auto &entry : entries) {
+        if (entry.source != AlwaysAllowSource::LocalOnly) {
+            digests.insert(entry.digest);
+        }
+    }
+    return !digests.isEmpty() && m_files.removeDigests(digests);
 }
 
 bool AlwaysAllowList::clearApp()

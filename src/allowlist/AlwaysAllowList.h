@@ -35,9 +35,14 @@ public:
     void start();
     void reload(AlwaysAllowScope scope);
 
+    /// Where the exec-approvals files lie.
+    const QString &platformFolder() const { return m_platformFolder; }
+
     /// The merged list, in the order of the texts.
     const QList<AlwaysAllowEntry> &entries() const { return m_entries; }
     const AlwaysAllowEntry *find(const QString &digest) const;
+    /// Those of the entries that are still there, as they are now.
+    QList<AlwaysAllowEntry> present(const QList<AlwaysAllowEntry> &entries) const;
 
     AlwaysAllowVerdict verdict(const QString &command) const;
 
@@ -46,10 +51,10 @@ public:
 
     // Each returns whether something has changed.
     bool addToApp(const QList<AlwaysAllowEntry> &entries);
-    bool removeFromApp(const AlwaysAllowEntry &entry);
-    /// The command stays allowed here.
-    bool removeFromBrackwen(const AlwaysAllowEntry &entry);
-    bool removeFromBoth(const AlwaysAllowEntry &entry);
+    bool removeFromApp(const QList<AlwaysAllowEntry> &entries);
+    /// The commands stay allowed here.
+    bool removeFromBrackwen(const QList<AlwaysAllowEntry> &entries);
+    bool removeFromBoth(const QList<AlwaysAllowEntry> &entries);
     bool clearApp();
     bool clearBrackwen();
     bool registerAtBrackwen(const QStringList &commands);
@@ -62,10 +67,13 @@ Q_SIGNALS:
 
 private:
     bool ensureInApp(const AlwaysAllowEntry &entry);
+    bool takeFromApp(const QList<AlwaysAllowEntry> &entries);
+    bool takeFromBrackwen(const QList<AlwaysAllowEntry> &entries);
     void loadPlatform();
     void refresh();
     void persistAndReload();
 
+    const QString m_platformFolder;
     AppAlwaysAllowList m_app;
     ExecApprovalsFiles m_files;
     QHash<QString, QString> m_platform; ///< patterns by digest

@@ -4,8 +4,6 @@
 #include "allowlist/CommandDigest.h"
 #include "model/TextRules.h"
 
-#include <QSet>
-
 #include <algorithm>
 #include <utility>
 
@@ -136,7 +134,7 @@ std::expected<bool, Error> appendCommands(ExactJson &root, const QStringList &co
     return true;
 }
 
-std::expected<bool, Error> removeDigest(ExactJson &root, const QString &digest)
+std::expected<bool, Error> removeDigests(ExactJson &root, const QSet<QString> &digests)
 {
     bool isChanged = false;
     forEachAgent(root, [&](ExactJson &agent) {
@@ -146,11 +144,35 @@ std::expected<bool, Error> removeDigest(ExactJson &root, const QString &digest)
         }
         const auto removed = std::erase_if(list->values, [&](const ExactJson &element) {
             const auto pattern = allowlistPattern(element);
-            return pattern && normalizedCommandDigest(*pattern) == digest;
+            return pattern
+                && digests.contains(normalizedCommandDigest(*pattern).value_or(QString()));
         });
         isChanged = isChanged || removed > 0;
     });
     return isChanged;
+}
+
+QStringList agentsAllowing(const ExactJson &root, const QString &digest)
+{
+    QStringList names;
+    const auto *agents = root.member(agentsKey);
+    if (agents == nullptr || !agents->isObject()) {
+        return names;
+    }
+    for (std::size_t i = 0; i < agents->values.size(); ++i) {
+        const auto *list
+            = agents->values[i].isObject() ? agents->values[i].member(allowlistKey) : nullptr;
+        const bool allows = list != nullptr && list->isArray()
+            && std::ranges::any_of(list->values, [&](const ExactJson &element) {
+                                const auto pattern = allowlistPattern(element);
+                                return pattern && normalizedCommandDigest(*pattern) == digest;
+                            });
+        if (allows) {
+            names.append(
+                ExactJson {.kind = ExactJson::Kind::String, .token = agents->keys[i]}.text());
+        }
+    }
+    return names;
 }
 
 std::expected<bool, Error> clearAllowlists(ExactJson &root)

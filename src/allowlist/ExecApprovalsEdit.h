@@ -3,6 +3,7 @@
 
 #include "allowlist/ExactJson.h"
 
+#include <QSet>
 #include <QStringList>
 
 #include <optional>
@@ -22,8 +23,11 @@ QStringList allowlistPatterns(const ExactJson &root);
 /// Adds the commands that the default agent's list does not have yet.
 std::expected<bool, Error> appendCommands(ExactJson &root, const QStringList &commands);
 
-/// Takes out of every agent's list what has this digest.
-std::expected<bool, Error> removeDigest(ExactJson &root, const QString &digest);
+/// Takes out of every agent's list what has one of these digests.
+std::expected<bool, Error> removeDigests(ExactJson &root, const QSet<QString> &digests);
+
+/// The agents whose lists hold what has this digest.
+QStringList agentsAllowing(const ExactJson &root, const QString &digest);
 
 /// Leaves every agent with an empty list.
 std::expected<bool, Error> clearAllowlists(ExactJson &root);

@@ -37,7 +37,35 @@ std::expected<ExactJsonDocument, Error> readDocument(const QString &path)
     }
     return document;
 }
+
+QStringList candidatesIn(const QString &folder)
+{
+    // The name filter of QDir would ignore case.
+    const QStringList names
+        = QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System);
+    QStringList paths;
+    for (const QString &name : names) {
+        if (name.startsWith("exec-approvals"_L1) && name.endsWith(".json"_L1)) {
+            paths.append(folder + u'/' + name);
+        }
+    }
+    std::ranges::sort(paths);
+    return paths;
+}
 } // namespace
+
+QList<ExecApprovalsPlace> findInExecApprovalsFiles(const QString &folder, const QString &digest)
+{
+    QList<ExecApprovalsPlace> places;
+    for (const QString &path : candidatesIn(folder)) {
+        if (const auto document = readDocument(path)) {
+            for (const QString &agent : agentsAllowing(document->root, digest)) {
+                places.append({path, agent});
+            }
+        }
+    }
+    return places;
+}
 
 ExecApprovalsFiles::ExecApprovalsFiles(const QString &folder, SystemLog &log)
     : m_folder(folder)
@@ -56,17 +84,7 @@ ExecApprovalsFiles::ExecApprovalsFiles(const QString &folder, SystemLog &log)
 
 QStringList ExecApprovalsFiles::candidatePaths() const
 {
-    // The name filter of QDir would ignore case.
-    const QStringList names
-        = QDir(m_folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System);
-    QStringList paths;
-    for (const QString &name : names) {
-        if (name.startsWith("exec-approvals"_L1) && name.endsWith(".json"_L1)) {
-            paths.append(m_folder + u'/' + name);
-        }
-    }
-    std::ranges::sort(paths);
-    return paths;
+    return candidatesIn(m_folder);
 }
 
 ExecApprovalsFiles::Patterns ExecApprovalsFiles::load()
@@ -94,9 +112,9 @@ bool ExecApprovalsFiles::appendCommands(const QStringList &commands)
     return editEach([&](ExactJson &root) { return bram::appendCommands(root, commands); });
 }
 
-bool ExecApprovalsFiles::removeDigest(const QString &digest)
+bool ExecApprovalsFiles::removeDigests(const QSet<QString> &digests)
 {
-    return editEach([&](ExactJson &root) { return bram::removeDigest(root, digest); });
+    return editEach([&](ExactJson &root) { return bram::removeDigests(root, digests); });
 }
 
 bool ExecApprovalsFiles::clear()

@@ -6,6 +6,7 @@
 #include <QFileSystemWatcher>
 #include <QHash>
 #include <QObject>
+#include <QSet>
 #include <QStringList>
 #include <QTimer>
 
@@ -38,7 +39,7 @@ public:
 
     /// Each returns whether at least one file has changed.
     bool appendCommands(const QStringList &commands);
-    bool removeDigest(const QString &digest);
+    bool removeDigests(const QSet<QString> &digests);
     bool clear();
 
     /// From here on `changed` tells of changes.
@@ -63,5 +64,17 @@ private:
     QTimer m_settling;
     bool m_isWatching = false;
 };
+
+/// Where a command stands in the platform's lists.
+struct ExecApprovalsPlace {
+    QString path;
+    QString agentId; ///< from outside
+
+    bool operator==(const ExecApprovalsPlace &) const = default;
+};
+
+/// Every place of what has this digest, in the order of the files' names; a file that cannot be used has none. For
+/// any thread.
+QList<ExecApprovalsPlace> findInExecApprovalsFiles(const QString &folder, const QString &digest);
 
 } // namespace bram

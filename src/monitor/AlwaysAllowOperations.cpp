@@ -7,6 +7,8 @@
 #include "system/Clock.h"
 #include "system/SystemLog.h"
 
+#include <algorithm>
+
 namespace bram
 {
 
@@ -30,23 +32,33 @@ AlwaysAllowOperations::AlwaysAllowOperations(const Collaborators &collaborators)
 {
 }
 
-bool AlwaysAllowOperations::addToAppList(const AlwaysAllowEntry &entry)
+bool AlwaysAllowOperations::addToAppList(const QList<AlwaysAllowEntry> &chosen)
 {
-    const bool isChanged = m_collaborators.list.addToApp({entry});
-    record(ActivityActor::App, ActivityAction::AddToAppList, entryDetail(entry));
+    const auto entries = m_collaborators.list.present(chosen);
+    if (entries.isEmpty()) {
+        return false;
+    }
+    const bool isChanged = m_collaborators.list.addToApp(entries);
+    recordEntries(ActivityActor::App, ActivityAction::AddToAppList, entries);
     return isChanged;
 }
 
-QCoro::Task<bool> AlwaysAllowOperations::remove(OperatorPrompts &prompts, AlwaysAllowEntry entry,
-                                                Target target)
+QCoro::Task<bool> AlwaysAllowOperations::remove(OperatorPrompts &prompts,
+                                                QList<AlwaysAllowEntry> chosen, Target target)
 {
-    return removing(this, &prompts, std::move(entry), target);
+    return removing(this, &prompts, std::move(chosen), target);
+}
+
+QCoro::Task<bool> AlwaysAllowOperations::promptAndAdd(OperatorPrompts &prompts,
+                                                      QList<AlwaysAllowEntry> chosen)
+{
+    return askingAndAdding(this, &prompts, std::move(chosen));
 }
 
 QCoro::Task<bool> AlwaysAllowOperations::promptAndRemove(OperatorPrompts &prompts,
-                                                         AlwaysAllowEntry entry)
+                                                         QList<AlwaysAllowEntry> chosen)
 {
-    return askingAndRemoving(this, &prompts, std::move(entry));
+    return askingAndRemoving(this, &prompts, std::move(chosen));
 }
 
 QCoro::Task<> AlwaysAllowOperations::reload(OperatorPrompts &prompts, AlwaysAllowScope scope)
@@ -79,48 +91,83 @@ QCoro::Task<bool> AlwaysAllowOperations::registerToBrackwen(OperatorPrompts &pro
     return registering(this, &prompts);
 }
 
-QCoro::Task<bool> AlwaysAllowOperations::removing(Self self, OperatorPrompts *prompts,
-                                                  AlwaysAllowEntry entry, Target target)
+QCoro::Task<bool> AlwaysAllowOperations::askingAndAdding(Self self, OperatorPrompts *prompts,
+                                                         QList<AlwaysAllowEntry> chosen)
 {
-    auto &list = self->m_collaborators.list;
-    if (const auto *current = list.find(entry.digest)) {
-        entry = *current; // it may have changed since it was chosen
+    if (chosen.size() > 1) {
+        const Question question {
+            .title = tr("Confirm registration"),
+            .text = tr("Add the %1 selected entries to the app list?").arg(chosen.size()),
+            .buttons = {tr("Register"), tr("Cancel")},
+            .harmless = 1};
+        const auto choice = co_await prompts->ask(question);
+        if (!self || choice != 0) {
+            co_return false;
+        }
     }
-    if (target == Target::Brackwen && entry.source == AlwaysAllowSource::LocalOnly) {
-        const Alert notice {
-            tr("Notice"),
-            tr("This entry is not registered in Brackwen. It will be kept in the app list.")};
-        co_await prompts->inform(notice);
-        co_return self && self->addToAppList(entry);
+    co_return self->addToAppList(chosen);
+}
+
+QCoro::Task<bool> AlwaysAllowOperations::removing(Self self, OperatorPrompts *prompts,
+                                                  QList<AlwaysAllowEntry> chosen, Target target)
+{
+    const auto entries = self->m_collaborators.list.present(chosen);
+    if (entries.isEmpty()) {
+        co_return false;
     }
+    const auto unregistered
+        = std::ranges::count(entries, AlwaysAllowSource::LocalOnly, &AlwaysAllowEntry::source);
+    if (target != Target::Brackwen || unregistered == 0) {
+        co_return self->removeFrom(target, entries);
+    }
+    const QString text = entries.size() == 1
+        ? tr("This entry is not registered in Brackwen. It will be kept in the app list.")
+        : tr("%1 of these entries are not registered in Brackwen. They will be kept in the app "
+             "list.")
+              .arg(unregistered);
+    const Alert notice {tr("Notice"), text};
+    co_await prompts->inform(notice);
+    if (!self) {
+        co_return false;
+    }
+    if (entries.size() == 1) {
+        co_return self->addToAppList(entries);
+    }
+    co_return self->removeFrom(target, self->m_collaborators.list.present(entries));
+}
+
+bool AlwaysAllowOperations::removeFrom(Target target, const QList<AlwaysAllowEntry> &entries)
+{
+    auto &list = m_collaborators.list;
     bool isChanged = false;
     switch (target) {
     case Target::App:
-        isChanged = list.removeFromApp(entry);
+        isChanged = list.removeFromApp(entries);
         if (isChanged) {
-            self->record(ActivityActor::App, ActivityAction::RemoveFromAppList, entryDetail(entry));
+            recordEntries(ActivityActor::App, ActivityAction::RemoveFromAppList, entries);
         }
         break;
     case Target::Brackwen:
-        isChanged = list.removeFromBrackwen(entry);
+        isChanged = list.removeFromBrackwen(entries);
         if (isChanged) {
-            self->record(ActivityActor::Brackwen, ActivityAction::RemoveFromBrackwen,
-                         entryDetail(entry));
+            recordEntries(ActivityActor::Brackwen, ActivityAction::RemoveFromBrackwen, entries);
         }
         break;
     case Target::Both:
-        isChanged = list.removeFromBoth(entry);
-        self->record(ActivityActor::AppAndBrackwen, ActivityAction::RemoveFromBoth,
-                     entryDetail(entry));
+        isChanged = list.removeFromBoth(entries);
+        recordEntries(ActivityActor::AppAndBrackwen, ActivityAction::RemoveFromBoth, entries);
         break;
     }
-    co_return isChanged;
+    return isChanged;
 }
 
 QCoro::Task<bool> AlwaysAllowOperations::askingAndRemoving(Self self, OperatorPrompts *prompts,
-                                                           AlwaysAllowEntry entry)
+                                                           QList<AlwaysAllowEntry> chosen)
 {
-    const Question question {.title = tr("Remove always-allow entry"),
+    const QString title = chosen.size() == 1
+        ? tr("Remove always-allow entry")
+        : tr("Remove %1 always-allow entries").arg(chosen.size());
+    const Question question {.title = title,
                              .text = tr("Choose which list to remove from."),
                              .buttons = {tr("Delete from app list only"),
                                          tr("Delete from Brackwen list only"),
@@ -130,7 +177,7 @@ QCoro::Task<bool> AlwaysAllowOperations::askingAndRemoving(Self self, OperatorPr
     if (!self || choice >= cancelChoice) {
         co_return false;
     }
-    const bool isChanged = co_await removing(self, prompts, entry, Target(choice));
+    const bool isChanged = co_await removing(self, prompts, chosen, Target(choice));
     co_return isChanged;
 }
 
@@ -293,6 +340,16 @@ void AlwaysAllowOperations::record(ActivityActor actor, ActivityAction action,
                                    const QString &detail)
 {
     m_collaborators.monitor.recordActivity(actor, action, detail);
+}
+
+void AlwaysAllowOperations::recordEntries(ActivityActor actor, ActivityAction action,
+                                          const QList<AlwaysAllowEntry> &entries)
+{
+    if (entries.size() == 1) {
+        record(actor, action, entryDetail(entries.constFirst()));
+    } else {
+        recordCount(actor, action, entries.size());
+    }
 }
 
 void AlwaysAllowOperations::recordCount(ActivityActor actor, ActivityAction action, qsizetype count)

@@ -48,11 +48,14 @@ public:
     /// The entries, and the signal of their changes.
     const AlwaysAllowList &list() const { return m_collaborators.list; }
 
-    // One entry. Without a question:
-    bool addToAppList(const AlwaysAllowEntry &entry);
-    QCoro::Task<bool> remove(OperatorPrompts &prompts, AlwaysAllowEntry entry, Target target);
-    /// Asks from which list.
-    QCoro::Task<bool> promptAndRemove(OperatorPrompts &prompts, AlwaysAllowEntry entry);
+    // Entries that were chosen; one that is no longer there is left out. Without a question:
+    bool addToAppList(const QList<AlwaysAllowEntry> &chosen);
+    QCoro::Task<bool> remove(OperatorPrompts &prompts, QList<AlwaysAllowEntry> chosen,
+                             Target target);
+    /// Asks when they are several.
+    QCoro::Task<bool> promptAndAdd(OperatorPrompts &prompts, QList<AlwaysAllowEntry> chosen);
+    /// Asks from which list, once for all of them.
+    QCoro::Task<bool> promptAndRemove(OperatorPrompts &prompts, QList<AlwaysAllowEntry> chosen);
 
     // The whole list. A backup is made before it is read again.
     QCoro::Task<> reload(OperatorPrompts &prompts, AlwaysAllowScope scope);
@@ -72,10 +75,12 @@ public:
 private:
     using Self = QPointer<AlwaysAllowOperations>;
 
-    static QCoro::Task<bool> removing(Self self, OperatorPrompts *prompts, AlwaysAllowEntry entry,
-                                      Target target);
+    static QCoro::Task<bool> removing(Self self, OperatorPrompts *prompts,
+                                      QList<AlwaysAllowEntry> chosen, Target target);
+    static QCoro::Task<bool> askingAndAdding(Self self, OperatorPrompts *prompts,
+                                             QList<AlwaysAllowEntry> chosen);
     static QCoro::Task<bool> askingAndRemoving(Self self, OperatorPrompts *prompts,
-                                               AlwaysAllowEntry entry);
+                                               QList<AlwaysAllowEntry> chosen);
     static QCoro::Task<> reloading(Self self, OperatorPrompts *prompts, AlwaysAllowScope scope);
     static QCoro::Task<> askingAndReloading(Self self, OperatorPrompts *prompts);
     static QCoro::Task<bool> clearing(Self self, OperatorPrompts *prompts, Target target);
@@ -87,8 +92,12 @@ private:
     static QCoro::Task<bool> choosingAndRestoring(Self self, OperatorPrompts *prompts);
     static QCoro::Task<bool> restoring(Self self, OperatorPrompts *prompts, QString path);
 
+    bool removeFrom(Target target, const QList<AlwaysAllowEntry> &entries);
     bool clearLists(Target target);
     void record(ActivityActor actor, ActivityAction action, const QString &detail);
+    /// With what one entry is, or how many they are.
+    void recordEntries(ActivityActor actor, ActivityAction action,
+                       const QList<AlwaysAllowEntry> &entries);
     void recordCount(ActivityActor actor, ActivityAction action, qsizetype count);
 
     Collaborators m_collaborators;

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "monitor/ApprovalRecorder.h"
 
+#include "allowlist/CommandDigest.h"
 #include "audit/AuditLogStore.h"
+#include "audit/AutomaticAnswers.h"
 #include "audit/Redaction.h"
 #include "model/CommandRules.h"
 #include "monitor/ApprovalBoard.h"
@@ -131,7 +133,8 @@ void ApprovalRecorder::recordResolved(const ApprovalItem &item, ApprovalDecision
     record.latencyMs = latencyMs;
     record.note = u"decisionSource="_s + origin.source + u" actor="_s + origin.actor;
     if (origin.maker == DecisionMaker::AlwaysAllowList) {
-        *record.note += u' ' + automaticNote;
+        const auto digest = normalizedCommandDigest(item.command);
+        *record.note += u' ' + (digest ? automaticAnswerNote(*digest) : automaticNote);
     }
     m_collaborators.audit.append(record);
 }

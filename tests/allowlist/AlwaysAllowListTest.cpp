@@ -169,21 +169,21 @@ TEST_F(AlwaysAllow, EntriesAreAddedToAndRemovedFromOneListOrBoth)
     list->remember(u"git push"_s);
     list->remember(u"own one"_s);
 
-    EXPECT_FALSE(list->removeFromApp(entry(u"apt list"_s)));
+    EXPECT_FALSE(list->removeFromApp({entry(u"apt list"_s)}));
     EXPECT_TRUE(list->addToApp({entry(u"apt list"_s)}));
     EXPECT_EQ(sourceOf(u"apt list"_s), Source::Both);
-    EXPECT_TRUE(list->removeFromApp(entry(u"apt list"_s)));
+    EXPECT_TRUE(list->removeFromApp({entry(u"apt list"_s)}));
     EXPECT_EQ(sourceOf(u"apt list"_s), Source::BrackwenOnly);
 
-    EXPECT_TRUE(list->removeFromBrackwen(entry(u"apt list"_s)));
+    EXPECT_TRUE(list->removeFromBrackwen({entry(u"apt list"_s)}));
     EXPECT_EQ(sourceOf(u"apt list"_s), Source::LocalOnly);
     EXPECT_EQ(entry(u"apt list"_s).command, u"apt list"_s);
     EXPECT_EQ(list->verdict(u"apt list"_s), Verdict::Allowed);
     EXPECT_FALSE(platformHas("apt list"));
-    EXPECT_FALSE(list->removeFromBrackwen(entry(u"own one"_s)));
+    EXPECT_FALSE(list->removeFromBrackwen({entry(u"own one"_s)}));
     EXPECT_EQ(sourceOf(u"own one"_s), Source::LocalOnly);
 
-    EXPECT_TRUE(list->removeFromBoth(entry(u"git push"_s)));
+    EXPECT_TRUE(list->removeFromBoth({entry(u"git push"_s)}));
     EXPECT_EQ(list->find(digestOf(u"git push"_s)), nullptr);
     EXPECT_FALSE(platformHas("git push"));
     EXPECT_TRUE(platformHas("ls -la"));

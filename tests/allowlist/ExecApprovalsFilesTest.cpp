@@ -59,6 +59,9 @@ TEST_F(ExecApprovals, ReadsThePatternsOfEveryAgentInEveryFile)
                                             {digestOf(u"make test"_s), u"make test"_s},
                                             {digestOf(u"b 1"_s), u"b 1"_s}};
     EXPECT_EQ(patterns.commandsByDigest, expected);
+    const QString usual = platform(u"exec-approvals.json"_s);
+    EXPECT_EQ(findInExecApprovalsFiles(platform(), digestOf(u"ls -la"_s)),
+              QList<ExecApprovalsPlace>({{usual, u"main"_s}, {usual, u"other"_s}}));
     EXPECT_TRUE(log.lines().isEmpty());
 }
 
@@ -71,10 +74,10 @@ TEST_F(ExecApprovals, EditsOnlyTheListsAndKeepsEverythingElse)
     EXPECT_EQ(patternsIn(name).count(u"make test"_s), 1);
     EXPECT_FALSE(files.appendCommands({u"new one"_s}));
 
-    EXPECT_TRUE(files.removeDigest(digestOf(u"ls -la"_s)));
+    EXPECT_TRUE(files.removeDigests({digestOf(u"ls -la"_s)}));
     EXPECT_EQ(patternsIn(name),
               QStringList({u"git  status"_s, u"make test"_s, u"git status"_s, u"new one"_s}));
-    EXPECT_FALSE(files.removeDigest(digestOf(u"ls -la"_s)));
+    EXPECT_FALSE(files.removeDigests({digestOf(u"ls -la"_s)}));
     const QByteArray text = contentOf(platform(name));
     for (const char *kept : {"18446744073709551615", "9007199254740993", "1e2", "\"odd\": 5"}) {
         EXPECT_TRUE(text.contains(kept)) << kept;
@@ -140,7 +143,7 @@ TEST_F(ExecApprovals, ContentOfTheWrongTypeIsNotOverwritten)
                                      R"({"agents":{"main":{"allowlist":{"a":1}}}})"}) {
         write(platform(u"exec-approvals.json"_s), content);
         EXPECT_FALSE(files.appendCommands({u"a b"_s}));
-        EXPECT_FALSE(files.removeDigest(digestOf(u"a b"_s)));
+        EXPECT_FALSE(files.removeDigests({digestOf(u"a b"_s)}));
         EXPECT_EQ(contentOf(platform(u"exec-approvals.json"_s)), content);
         EXPECT_TRUE(log.lines().last().startsWith(u"Brackwen allowlist update failed: "_s));
     }

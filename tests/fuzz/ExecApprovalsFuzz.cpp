@@ -61,13 +61,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         require(allowlistPatterns(document->root).contains(command), "what is added is there");
         require(appendCommands(document->root, {command}) == false, "nothing is added twice");
     }
-    require(removeDigest(document->root, *normalizedCommandDigest(command)).has_value(),
+    require(removeDigests(document->root, {*normalizedCommandDigest(command)}).has_value(),
             "removing never fails");
     for (const QString &pattern : before) {
         require(fuzz::isTrimmed(pattern), "patterns are trimmed");
         if (const auto digest = normalizedCommandDigest(pattern)) {
             require(isCommandDigest(*digest), "a digest is one");
-            require(removeDigest(document->root, *digest).has_value(), "removing never fails");
+            require(removeDigests(document->root, {*digest}).has_value(), "removing never fails");
         }
     }
     for (const QString &left : allowlistPatterns(document->root)) {

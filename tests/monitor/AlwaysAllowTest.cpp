@@ -2,6 +2,7 @@
 #include "monitor/MonitorFixture.h"
 
 #include "allowlist/CommandDigest.h"
+#include "monitor/AlwaysAllowInquiry.h"
 #include "support/ScriptedPrompts.h"
 
 #include <QDir>
@@ -92,8 +93,44 @@ TEST_F(AlwaysAllowTest, AnAutomaticAnswerIsOnRecordAsOne)
     const auto records = core->audit().records(0);
     ASSERT_GE(records.size(), 3);
     EXPECT_EQ(records.at(records.size() - 2).note, u"auto-allow"_s);
-    EXPECT_EQ(records.last().note, u"decisionSource=app-local actor=app-user auto-allow"_s);
+    EXPECT_EQ(records.last().note,
+              u"decisionSource=app-local actor=app-user auto-allow entry="_s
+                  + entry(u"git push"_s).digest.first(16));
     EXPECT_FALSE(log.lines().filter(u"reason=resolved.gateway.allow-once"_s).isEmpty());
+}
+
+TEST_F(AlwaysAllowTest, WhatIsKnownOfAnEntry)
+{
+    makeCoreWithLists();
+    const qint64 startedMs = clock.current;
+    clock.current += 60'000;
+    const qint64 answeredMs = clock.current;
+    gateway.announce(item("auto", "git push"));
+    ASSERT_TRUE(waitSettled(3));
+    AlwaysAllowInquiry inquiry({.list = operations().list(),
+                                .board = board(),
+                                .audit = core->audit(),
+                                .tasks = core->tasks(),
+                                .clock = clock,
+                                .log = log});
+    const auto ask = [&](const QString &command) {
+        inquiry.ask(entry(command).digest);
+        EXPECT_TRUE(waitUntil([&] { return inquiry.facts().isLogRead && inquiry.facts().places; }));
+        return inquiry.facts();
+    };
+    const auto pushed = ask(u"git push"_s);
+    EXPECT_EQ(pushed.places, QList<ExecApprovalsPlace>({{platformFile, u"main"_s}}));
+    EXPECT_EQ(pushed.lastAnswerMs, answeredMs);
+    EXPECT_EQ(pushed.logSinceMs, startedMs);
+    EXPECT_EQ(ask(u"own one"_s).places, QList<ExecApprovalsPlace>());
+    EXPECT_EQ(inquiry.facts().lastAnswerMs, std::nullopt);
+
+    clock.current += 1000;
+    gateway.announce(item("again", "git push"));
+    ASSERT_TRUE(waitSettled(4));
+    EXPECT_EQ(ask(u"git push"_s).lastAnswerMs, answeredMs + 1000) << "since the log was read";
+    monitor().clearHistory();
+    EXPECT_EQ(inquiry.facts().lastAnswerMs, answeredMs);
 }
 
 TEST_F(AlwaysAllowTest, ALineBreakIsAskedAndSaysWhy)
@@ -128,14 +165,14 @@ TEST_F(AlwaysAllowTest, AnAutomaticAnswerThatFailsBecomesAQuestion)
 TEST_F(AlwaysAllowTest, RemovesFromTheListThatWasChosen)
 {
     makeCoreWithLists();
-    EXPECT_FALSE(test::waitFor(operations().promptAndRemove(prompts, entry(u"git push"_s))));
+    EXPECT_FALSE(test::waitFor(operations().promptAndRemove(prompts, {entry(u"git push"_s)})));
     EXPECT_EQ(lastQuestion(),
               u"Remove always-allow entry|Choose which list to remove from.|Delete from app list "
               "only/Delete from Brackwen list only/Delete from both app and Brackwen/Cancel"_s);
     EXPECT_EQ(operations().list().entries().size(), 3);
 
     prompts.answers = {1};
-    test::waitFor(operations().promptAndRemove(prompts, entry(u"own one"_s)));
+    test::waitFor(operations().promptAndRemove(prompts, {entry(u"own one"_s)}));
     EXPECT_EQ(
         lastAlert(),
         u"Notice|This entry is not registered in Brackwen. It will be kept in the app list."_s);
@@ -143,20 +180,58 @@ TEST_F(AlwaysAllowTest, RemovesFromTheListThatWasChosen)
     EXPECT_EQ(latest(), std::tuple(ActivityActor::App, ActivityAction::AddToAppList, u"own …"_s));
 
     prompts.answers = {1};
-    EXPECT_TRUE(test::waitFor(operations().promptAndRemove(prompts, entry(u"apt list"_s))));
+    EXPECT_TRUE(test::waitFor(operations().promptAndRemove(prompts, {entry(u"apt list"_s)})));
     EXPECT_EQ(entry(u"apt list"_s).source, AlwaysAllowSource::LocalOnly);
     EXPECT_EQ(latest(),
               std::tuple(ActivityActor::Brackwen, ActivityAction::RemoveFromBrackwen, u"apt …"_s));
-    EXPECT_TRUE(test::waitFor(operations().remove(prompts, entry(u"apt list"_s), Target::App)));
+    EXPECT_TRUE(test::waitFor(operations().remove(prompts, {entry(u"apt list"_s)}, Target::App)));
     EXPECT_EQ(latest(),
               std::tuple(ActivityActor::App, ActivityAction::RemoveFromAppList, u"apt …"_s));
     prompts.answers = {2};
-    EXPECT_TRUE(test::waitFor(operations().promptAndRemove(prompts, entry(u"git push"_s))));
+    EXPECT_TRUE(test::waitFor(operations().promptAndRemove(prompts, {entry(u"git push"_s)})));
     EXPECT_EQ(
         latest(),
         std::tuple(ActivityActor::AppAndBrackwen, ActivityAction::RemoveFromBoth, u"git …"_s));
     EXPECT_FALSE(platform().contains("git push"));
     EXPECT_EQ(operations().list().entries().size(), 1);
+}
+
+TEST_F(AlwaysAllowTest, SeveralEntriesAreOneQuestionAndOneRow)
+{
+    makeCoreWithLists();
+    const QList<AlwaysAllowEntry> chosen {entry(u"git push"_s), entry(u"own one"_s),
+                                          entry(u"apt list"_s)};
+    EXPECT_FALSE(test::waitFor(operations().promptAndAdd(prompts, chosen)));
+    EXPECT_EQ(
+        lastQuestion(),
+        u"Confirm registration|Add the 3 selected entries to the app list?|Register/Cancel"_s);
+    EXPECT_EQ(entry(u"apt list"_s).source, AlwaysAllowSource::BrackwenOnly);
+    prompts.answers = {0};
+    EXPECT_TRUE(test::waitFor(operations().promptAndAdd(prompts, chosen)));
+    EXPECT_EQ(entry(u"apt list"_s).source, AlwaysAllowSource::Both);
+    EXPECT_EQ(latest(), std::tuple(ActivityActor::App, ActivityAction::AddToAppList, u"count=3"_s));
+
+    prompts.answers = {1};
+    EXPECT_TRUE(test::waitFor(operations().promptAndRemove(prompts, chosen)));
+    EXPECT_TRUE(lastQuestion().startsWith(u"Remove 3 always-allow entries|"_s));
+    EXPECT_EQ(lastAlert(),
+              u"Notice|1 of these entries are not registered in Brackwen. They will be kept in the "
+              "app list."_s);
+    EXPECT_FALSE(platform().contains("apt list") || platform().contains("git push"));
+    EXPECT_EQ(operations().list().entries().size(), 3);
+
+    platformAllows(R"("git push","stays here")");
+    ASSERT_TRUE(waitUntil([this] { return has(u"stays here"_s); }));
+    prompts.answers = {2};
+    // As they were when they were chosen: what is known of them since counts.
+    EXPECT_TRUE(test::waitFor(operations().promptAndRemove(prompts, chosen)));
+    EXPECT_EQ(operations().list().entries(), QList {entry(u"stays here"_s)});
+    EXPECT_FALSE(platform().contains("git push"));
+    EXPECT_EQ(
+        latest(),
+        std::tuple(ActivityActor::AppAndBrackwen, ActivityAction::RemoveFromBoth, u"count=3"_s));
+    prompts.answers = {2};
+    EXPECT_FALSE(test::waitFor(operations().promptAndRemove(prompts, chosen))) << "all are gone";
 }
 
 TEST_F(AlwaysAllowTest, ReloadsWithABackupBeforeIt)
@@ -216,7 +291,7 @@ TEST_F(AlwaysAllowTest, ClearsThePlatformsListOnlyAfterAConfirmation)
 TEST_F(AlwaysAllowTest, RegistersWhatIsACommandAndAddsAllThatIsShown)
 {
     makeCoreWithLists();
-    test::waitFor(operations().remove(prompts, entry(u"apt list"_s), Target::Both));
+    test::waitFor(operations().remove(prompts, {entry(u"apt list"_s)}, Target::Both));
     platformAllows("");
     ASSERT_TRUE(
         waitUntil([this] { return entry(u"git push"_s).source == AlwaysAllowSource::LocalOnly; }));

@@ -105,7 +105,7 @@ QCoro::Task<> AlwaysAllowCommands::change(QPointer<AlwaysAllowCommands> self,
         if (entry == nullptr) {
             co_return;
         }
-        const AlwaysAllowEntry chosen = *entry;
+        const QList<AlwaysAllowEntry> chosen {*entry};
         isChanged = co_await operations.remove(prompts, chosen, command.target);
     }
     if (self) {
