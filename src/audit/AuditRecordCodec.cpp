@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "audit/AuditRecordCodec.h"
 
+#include "system/PlainText.h"
+
 #include <QStringDecoder>
 #include <QStringView>
 
@@ -61,7 +63,7 @@ char *writeInteger(char *out, qint64 value)
 
 constexpr bool isPlain(char16_t unit)
 {
-    return unit >= 0x20 && unit < 0x80 && unit != u'"' && unit != u'\\';
+    return (unit >= 0x20) & (unit < 0x80) & (unit != u'"') & (unit != u'\\');
 }
 
 /// A quote, a backslash or a control character.
@@ -114,11 +116,15 @@ char *writeText(char *out, QStringView text)
 {
     const char16_t *unit = text.utf16();
     const char16_t *const end = unit + text.size();
-    while (unit != end) {
+    for (;;) {
+        const qsizetype copied = copyPlainUnits(QStringView(unit, end), out, isPlain);
+        out += copied;
+        unit += copied;
+        if (unit == end) {
+            return out;
+        }
         const char16_t current = *unit++;
-        if (isPlain(current)) [[likely]] {
-            *out++ = static_cast<char>(current);
-        } else if (current < 0x80) {
+        if (current < 0x80) {
             out = writeEscape(out, current);
         } else if (!QChar::isSurrogate(current)) {
             out = writeUtf8(out, current);
@@ -128,7 +134,6 @@ char *writeText(char *out, QStringView text)
             out = writeUtf8(out, QChar::ReplacementCharacter);
         }
     }
-    return out;
 }
 
 char *writeTextFields(char *out, const AuditEventRecord &record, std::span<const TextField> fields)

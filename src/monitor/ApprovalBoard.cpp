@@ -26,12 +26,7 @@ QList<ApprovalItem> deriveDisplayItems(const PopupQueue &popups, const PendingAp
                                        const AgentFilter *filter)
 {
     QList<ApprovalItem> items;
-    QSet<QStringView> seen;
     const auto take = [&](const ApprovalItem &item) {
-        if (seen.contains(item.approvalId)) {
-            return;
-        }
-        seen.insert(item.approvalId);
         if (filter == nullptr || filter->matches(item)) {
             items.append(item);
         }
@@ -43,7 +38,9 @@ QList<ApprovalItem> deriveDisplayItems(const PopupQueue &popups, const PendingAp
         take(item);
     }
     for (const auto &item : pending.items()) {
-        take(item);
+        if (!popups.contains(item.approvalId)) {
+            take(item);
+        }
     }
     return items;
 }
@@ -298,7 +295,9 @@ void ApprovalBoard::onPopupAnswered(const QString &approvalId,
 void ApprovalBoard::publish()
 {
     m_publishScheduled = false;
-    m_askReasons.removeIf([this](auto reason) { return find(reason.key()) == nullptr; });
+    if (!m_askReasons.isEmpty()) { // a hash is slow to walk through even when nothing is in it
+        m_askReasons.removeIf([this](auto reason) { return find(reason.key()) == nullptr; });
+    }
     const auto previous = std::exchange(m_publishedItems, displayItems());
     if (m_ports.mirror != nullptr) {
         m_ports.mirror->update(m_pending.items());

@@ -1,35 +1,36 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "monitor/ApprovalMetrics.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
+#include <string_view>
 
 namespace bram
 {
 
-using namespace Qt::StringLiterals;
-
 QString ApprovalMetrics::snapshotText(qsizetype pendingCount) const
 {
-    constexpr qsizetype usualLength = 160;
-    QString text;
-    text.reserve(usualLength);
-    const auto add = [&text](QLatin1StringView name, qint64 value) {
-        std::array<char, 20> digits; // as many as an integer can have, with its sign
-        const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr;
-        text.append(name);
-        text.append(QLatin1StringView(digits.data(), end));
+    // Written for every event: in one buffer, as bytes.
+    constexpr std::size_t fields = 9;
+    constexpr std::size_t longestName = 16;
+    constexpr std::size_t longestNumber = 20;
+    std::array<char, fields *(longestName + longestNumber)> buffer;
+    char *out = buffer.data();
+    const auto add = [&](std::string_view name, qint64 value) {
+        out = std::ranges::copy(name, out).out;
+        out = std::to_chars(out, out + longestNumber, value).ptr;
     };
-    add("requested="_L1, requestedCount);
-    add(" resolved="_L1, resolvedCount);
-    add(" external="_L1, externalResolvedCount);
-    add(" unknown="_L1, unknownApprovalCount);
-    add(" allowOnce="_L1, allowOnceCount);
-    add(" allowAlways="_L1, allowAlwaysCount);
-    add(" deny="_L1, denyCount);
-    add(" avgLatencyMs="_L1, averageLatencyMs());
-    add(" pending="_L1, pendingCount);
-    return text;
+    add("requested=", requestedCount);
+    add(" resolved=", resolvedCount);
+    add(" external=", externalResolvedCount);
+    add(" unknown=", unknownApprovalCount);
+    add(" allowOnce=", allowOnceCount);
+    add(" allowAlways=", allowAlwaysCount);
+    add(" deny=", denyCount);
+    add(" avgLatencyMs=", averageLatencyMs());
+    add(" pending=", pendingCount);
+    return QString::fromLatin1(buffer.data(), out - buffer.data());
 }
 
 } // namespace bram

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "system/linux/SyslogLog.h"
 
+#include "system/PlainText.h"
+
 #include <QByteArray>
 #include <QChar>
 #include <QList>
@@ -16,9 +18,9 @@ namespace
 {
 constexpr qint64 lookAgainMs = 1000;
 
-bool isPlain(QChar character)
+constexpr bool isPlain(char16_t unit)
 {
-    return character >= u' ' && character <= u'~';
+    return (unit >= u' ') & (unit <= u'~');
 }
 
 /// Characters that could break the line or turn around how it reads.
@@ -50,15 +52,11 @@ QString withoutMisleadingCharacters(QStringView line)
 QByteArray toLogBytes(QStringView line)
 {
     QByteArray bytes(line.size() + 1, Qt::Uninitialized);
-    char *out = bytes.data();
-    // Nearly all lines are plain ASCII.
-    for (const QChar character : line) {
-        if (!isPlain(character)) {
-            return withoutMisleadingCharacters(line).toUtf8() + '\n';
-        }
-        *out++ = character.toLatin1();
+    const qsizetype copied = copyPlainUnits(line, bytes.data(), isPlain);
+    if (copied < line.size()) {
+        return withoutMisleadingCharacters(line).toUtf8() + '\n';
     }
-    *out = '\n';
+    bytes[copied] = '\n';
     return bytes;
 }
 } // namespace
