@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "model/CommandRules.h"
 
+#include <QStringBuilder>
+
 #include <algorithm>
 #include <array>
 
@@ -111,7 +113,7 @@ QString commandPreview(QStringView command)
     if (program.size() > 1) {
         program = program.sliced(program.lastIndexOf(u'/') + 1);
     }
-    return hasArguments ? program.toString() + u" …"_s : program.toString();
+    return hasArguments ? program % u" …"_s : program.toString();
 }
 
 } // namespace bram

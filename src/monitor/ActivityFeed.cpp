@@ -3,6 +3,8 @@
 
 #include "system/RandomUuid.h"
 
+#include <QStringBuilder>
+
 namespace bram
 {
 
@@ -10,7 +12,7 @@ void ActivityFeed::record(ActivityActor actor, ActivityAction action, const QStr
                           qint64 nowMs)
 {
     const QString unique = randomUuid().first(6).toUpper();
-    m_entries.prepend({.id = QString::number(nowMs) + u'-' + unique,
+    m_entries.prepend({.id = QString::number(nowMs) % u'-' % unique,
                        .actor = actor,
                        .action = action,
                        .detail = detail,

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "monitor/ApprovalHistory.h"
 
+#include <QStringBuilder>
+
 #include <algorithm>
 
 namespace bram
@@ -17,7 +19,7 @@ QDateTime instant(qint64 ms)
 ApprovalHistoryEntry newRow(const QString &approvalId, const QString &command,
                             ApprovalHistoryState state, qint64 nowMs)
 {
-    return {.id = approvalId + u'-' + QString::number(nowMs),
+    return {.id = approvalId % u'-' % QString::number(nowMs),
             .approvalId = approvalId,
             .command = command,
             .state = state,

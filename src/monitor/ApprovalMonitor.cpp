@@ -6,6 +6,8 @@
 #include "system/BackgroundTasks.h"
 #include "system/SystemLog.h"
 
+#include <QStringBuilder>
+
 namespace bram
 {
 
@@ -158,7 +160,7 @@ void ApprovalMonitor::showConnectionAsWorking()
 void ApprovalMonitor::onApprovalRequested(const ApprovalItem &item)
 {
     m_collaborators.log.write(
-        QString(u"[Brackwen] event exec.approval.requested id="_s + item.approvalId));
+        QString("[Brackwen] event exec.approval.requested id="_L1 % item.approvalId));
     m_recorder.recordRequested(item);
     const auto *rules = m_collaborators.ports.alwaysAllow;
     const auto verdict
@@ -178,7 +180,7 @@ void ApprovalMonitor::onApprovalRequested(const ApprovalItem &item)
 void ApprovalMonitor::onApprovalResolved(const QString &approvalId)
 {
     m_collaborators.log.write(
-        QString(u"[Brackwen] event exec.approval.resolved id="_s + approvalId));
+        QString("[Brackwen] event exec.approval.resolved id="_L1 % approvalId));
     m_recorder.recordExternalResolved(approvalId, u"gateway-event"_s);
     m_board.remove(approvalId, ApprovalHistoryState::Resolved);
     m_menuState.note(u"approval.resolved"_s);

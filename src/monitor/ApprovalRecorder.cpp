@@ -128,10 +128,10 @@ void ApprovalRecorder::recordResolved(const ApprovalItem &item, ApprovalDecision
         break;
     }
     const auto latencyMs = consumeLatencyMs(item.approvalId);
-    logMetricsSnapshot(u"resolved."_s + transport + u'.' + rawText(decision), latencyMs);
+    logMetricsSnapshot("resolved."_L1 % transport % u'.' % rawText(decision), latencyMs);
     auto record = decisionRecord(AuditKind::approvalResolved, item, decision, origin);
     record.latencyMs = latencyMs;
-    record.note = u"decisionSource="_s + origin.source + u" actor="_s + origin.actor;
+    record.note = "decisionSource="_L1 % origin.source % " actor="_L1 % origin.actor;
     if (origin.maker == DecisionMaker::AlwaysAllowList) {
         const auto digest = normalizedCommandDigest(item.command);
         *record.note += u' ' + (digest ? automaticAnswerNote(*digest) : automaticNote);

@@ -11,6 +11,7 @@
 #include "system/NextTurn.h"
 
 #include <QElapsedTimer>
+#include <QStringBuilder>
 
 #include <algorithm>
 #include <array>
@@ -144,7 +145,7 @@ void DecisionResolver::begin(const Attempt &attempt)
     }
     m_resolvingIds.insert(item.approvalId);
     recorder.recordDecisionRequested(item, attempt.decision, attempt.origin);
-    m_collaborators.tasks.spawn(travel(this, attempt), u"decision "_s + item.approvalId);
+    m_collaborators.tasks.spawn(travel(this, attempt), "decision "_L1 % item.approvalId);
 }
 
 void DecisionResolver::resolveListed(const QStringList &approvalIds, ApprovalDecision decision)
@@ -252,11 +253,11 @@ void DecisionResolver::onConfirmed(const Attempt &attempt, const QString &transp
     board.remove(item.approvalId, historyState(attempt.decision), attempt.origin.maker);
     if (attempt.tracking == ActivityTracking::Record) {
         board.recordActivity(ActivityActor::App, singleAction(attempt.decision),
-                             recordedPreview(item.command) + u" ["_s
-                                 + (attempt.origin.maker == DecisionMaker::AlwaysAllowList
+                             recordedPreview(item.command) % " ["_L1
+                                 % (attempt.origin.maker == DecisionMaker::AlwaysAllowList
                                         ? automaticNote
                                         : attempt.origin.source)
-                                 + u']');
+                                 % u']');
     }
     settle(attempt, {DecisionOutcome::Kind::Confirmed, {}});
 }

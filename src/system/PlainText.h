@@ -13,7 +13,7 @@ namespace bram
 /// Copies the units at the beginning of `text` that `isPlain` accepts, one byte each, and returns how many
 /// they are: what is written for every event is nearly always plain ASCII. `isPlain` accepts ASCII units
 /// only and is cheap; `out` has room for all of `text`.
-template <std::predicate<char16_t> Predicate>
+template<std::predicate<char16_t> Predicate>
 qsizetype copyPlainUnits(QStringView text, char *out, Predicate isPlain)
 {
     // In blocks of a fixed size on the stack, which a compiler turns into a few instructions each.
