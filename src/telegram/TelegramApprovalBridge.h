@@ -1,13 +1,23 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "telegram/CallbackAnswers.h"
 #include "telegram/TelegramApprovalEntry.h"
+#include "telegram/TelegramBotApi.h"
 #include "telegram/TelegramBotConfig.h"
+#include "telegram/TelegramChat.h"
 #include "telegram/TelegramDecision.h"
+#include "telegram/UpdatePolling.h"
 
+#include <QJsonObject>
 #include <QList>
 #include <QObject>
+#include <QSet>
 #include <QUrl>
+
+#include <map>
+#include <memory>
+#include <optional>
 
 class QNetworkAccessManager;
 
@@ -53,7 +63,23 @@ public:
     const TelegramBotConfig &config() const { return m_config; }
 
 private:
+    void handleUpdate(const QJsonObject &update);
+    void handleCallbackUpdate(const QJsonObject &callbackQuery);
+    void handleMessageUpdate(const QJsonObject &message);
+    /// Null for a chat that is not configured, or none.
+    TelegramChat *chatWith(std::optional<qint64> chatId) const;
+    void logRefusal(const QString &reason, std::optional<qint64> chatId);
+    void logStranger(std::optional<qint64> chatId);
+
     TelegramBotConfig m_config;
+    TelegramDecisionCallback m_onDecision;
+    SystemLog &m_log;
+    TelegramBotApi m_api;
+    UpdatePolling m_polling;
+    CallbackAnswers m_answers;
+    std::map<qint64, std::unique_ptr<TelegramChat>> m_chats;
+    QSet<qint64> m_loggedStrangers;
+    bool m_isStopped = false;
 };
 
 } // namespace bram

@@ -17,7 +17,7 @@ struct TelegramDecision {
     ApprovalDecision decision = ApprovalDecision::Deny;
     qint64 chatId = 0;
     DecisionInputSource source = DecisionInputSource::CallbackButton;
-    /// Who sent it, by their own account, fit to be shown: "Mina Kim (@mina, id 77)". Empty when Telegram
+    /// Who sent it, by their own account, fit to be shown: "id 77, @mina, Mina Kim". Empty when Telegram
     /// does not say.
     QString sender;
 

@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "telegram/DecisionTexts.h"
+
+#include <QRegularExpression>
+#include <QStringList>
+
+#include <array>
+
+namespace bram
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+struct DataPrefix {
+    ApprovalDecision decision;
+    QLatin1StringView text;
+};
+
+constexpr std::array dataPrefixes {
+    DataPrefix {ApprovalDecision::AllowOnce, "allow:"_L1},
+    DataPrefix {ApprovalDecision::Deny, "deny:"_L1},
+    DataPrefix {ApprovalDecision::AllowAlways, "allow-always:"_L1},
+};
+
+constexpr auto commandName = "/approve"_L1;
+} // namespace
+
+QString callbackData(ApprovalDecision decision, const QString &approvalId)
+{
+    for (const DataPrefix &prefix : dataPrefixes) {
+        if (prefix.decision == decision) {
+            return prefix.text + approvalId;
+        }
+    }
+    Q_UNREACHABLE();
+}
+
+std::optional<WrittenDecision> parseCallbackData(const QString &data)
+{
+    for (const DataPrefix &prefix : dataPrefixes) {
+        if (data.startsWith(prefix.text)) {
+            return WrittenDecision {data.sliced(prefix.text.size()), prefix.decision};
+        }
+    }
+    return std::nullopt;
+}
+
+QString approvalCommand(const QString &approvalId, ApprovalDecision decision)
+{
+    return commandName + u' ' + approvalId + u' ' + rawText(decision);
+}
+
+std::optional<WrittenDecision> parseApprovalCommand(const QString &text)
+{
+    static const QRegularExpression gaps(u"[ \\t\\r\\n]+"_s);
+    const QStringList words = text.split(gaps, Qt::SkipEmptyParts);
+    if (words.size() < 3 || words.at(0).toLower().section(u'@', 0, 0) != commandName) {
+        return std::nullopt;
+    }
+    const QString approvalId = words.at(1).trimmed();
+    const auto decision = approvalDecisionFromRawText(words.at(2).toLower());
+    if (approvalId.isEmpty() || !decision) {
+        return std::nullopt;
+    }
+    return WrittenDecision {approvalId, *decision};
+}
+
+} // namespace bram

@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QJsonObject>
+#include <QString>
+
+#include <optional>
+
+namespace bram
+{
+
+// What stands in the updates that Telegram delivers. They are outside data of any shape: what is absent or
+// misshapen is nothing.
+
+/// A whole number, or a text that holds one.
+std::optional<qint64> parseChatId(const QJsonValue &value);
+
+/// Of a message: at "chat" → "id".
+std::optional<qint64> parseChatIdFromMessage(const QJsonObject &message);
+
+/// Of a button press: at "message" → "chat" → "id".
+std::optional<qint64> parseChatIdFromCallbackQuery(const QJsonObject &callbackQuery);
+
+/// The text of a message that has one.
+std::optional<QString> parseApprovalText(const QJsonObject &message);
+
+/// Whether the message is somebody else's words passed on, or reads differently than when it was sent.
+bool isForwardedOrEdited(const QJsonObject &message);
+
+/// Who sent a message or pressed a button, by their own account: "id 77, @mina, Mina Kim"; for somebody who
+/// writes as a group or channel, that one's title. Fit to be shown; empty when it is not said.
+QString senderOf(const QJsonObject &messageOrQuery);
+
+} // namespace bram

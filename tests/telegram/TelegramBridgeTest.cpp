@@ -1,0 +1,275 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "BridgeFixture.h"
+
+#include <QJsonDocument>
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+
+namespace bram
+{
+
+using namespace Qt::StringLiterals;
+using test::waitUntil;
+
+namespace
+{
+class TelegramBridgeTest : public test::BridgeFixture
+{
+protected:
+    qint64 statusMessage(qint64 chatId) const
+    {
+        return api.chats().messages(chatId).constLast().messageId;
+    }
+    [[nodiscard]] bool waitAnswers(qsizetype count)
+    {
+        return waitUntil([&] { return api.queryAnswers().size() == count; });
+    }
+};
+
+BotBehaviour fault(BotFault kind, int times = -1)
+{
+    return {.fault = kind, .text = u"Bad Request: no"_s, .times = times};
+}
+} // namespace
+
+TEST_F(TelegramBridgeTest, OneStatusMessageAChatWhichFollowsTheList)
+{
+    start();
+    bridge->updatePending({});
+    bridge->updatePending({entry(u"a1"_s), {u"b1"_s, u"rm"_s, u"side"_s, true}});
+    ASSERT_TRUE(waitLastText(bound, u"(1)\n1. [main] a1 ls"_s));
+    ASSERT_TRUE(waitLastText(unbound, u"(2)\n1. [main] a1 ls\n2. [HIGH] [side] b1 rm"_s));
+    EXPECT_EQ(api.chats().pressable(bound).size(), 3);
+
+    // Nothing new for the first chat, an edit in the second.
+    bridge->updatePending({entry(u"a1"_s)});
+    ASSERT_TRUE(waitLastText(unbound, u"(1)"_s));
+    EXPECT_EQ(api.callCount(u"editMessageText"_s, bound), 0);
+    EXPECT_EQ(api.callCount(u"editMessageText"_s, unbound), 1);
+
+    bridge->updatePending({});
+    ASSERT_TRUE(waitLastText(bound, u": none"_s));
+    EXPECT_TRUE(api.chats().pressable(bound).isEmpty());
+    bridge->updatePending({entry(u"a2"_s)});
+    ASSERT_TRUE(waitLastText(bound, u"a2"_s));
+    EXPECT_EQ(texts(bound).size(), 2);
+}
+
+TEST_F(TelegramBridgeTest, AListThatWasEmptyInBetweenIsANewMessage)
+{
+    start();
+    bridge->updatePending({entry(u"a1"_s)});
+    ASSERT_TRUE(waitLastText(bound, u"a1"_s));
+    bridge->updatePending({});
+    bridge->updatePending({entry(u"a2"_s)});
+    ASSERT_TRUE(waitLastText(bound, u"a2"_s));
+    EXPECT_EQ(texts(bound).first(), u"BRAM pending approvals: none"_s);
+}
+
+TEST_F(TelegramBridgeTest, ADeletedOrRefusedMessageIsSentAnew)
+{
+    start();
+    bridge->updatePending({entry(u"a1"_s)});
+    ASSERT_TRUE(waitLastText(bound, u"a1"_s));
+    api.removeMessage(bound, statusMessage(bound));
+    bridge->updatePending({entry(u"a1"_s), entry(u"a2"_s)});
+    ASSERT_TRUE(waitLastText(bound, u"(2)"_s));
+    EXPECT_EQ(texts(bound).size(), 1);
+
+    api.setBehaviour(u"editMessageText"_s, fault(BotFault::Refuse));
+    bridge->updatePending({});
+    EXPECT_TRUE(waitUntil([&] { return texts(bound).isEmpty() && texts(unbound).isEmpty(); }))
+        << "what cannot be emptied is deleted";
+}
+
+TEST_F(TelegramBridgeTest, EveryFaultEndsInTheRightList)
+{
+    start();
+    bridge->updatePending({entry(u"a0"_s)});
+    ASSERT_TRUE(waitLastText(bound, u"a0"_s));
+    int round = 0;
+    for (const BotFault kind :
+         {BotFault::CutInBody, BotFault::TruncatedJson, BotFault::HtmlError, BotFault::RateLimit}) {
+        // Two chats and a connection that the client tries again by itself.
+        api.setBehaviour(u"editMessageText"_s, fault(kind, 2));
+        const QString id = u"a%1"_s.arg(++round);
+        bridge->updatePending({entry(id)});
+        ASSERT_TRUE(waitLastText(bound, id));
+        ASSERT_TRUE(waitLastText(unbound, id));
+    }
+    EXPECT_EQ(texts(bound).size(), 1) << "a call that may have counted is repeated, not replaced";
+    EXPECT_TRUE(waitLog(u"[Brackwen][Telegram] pending message update failed (chat=501): "_s));
+}
+
+TEST_F(TelegramBridgeTest, TheTimeThatTelegramAsksForIsWaited)
+{
+    start();
+    api.setBehaviour(u"sendMessage"_s,
+                     {.fault = BotFault::RateLimit, .retryAfterSeconds = 2, .times = 2});
+    bridge->updatePending({entry(u"a1"_s)});
+    ASSERT_TRUE(waitLog(u"(chat=501): Too Many Requests: retry after 2"_s));
+    for (int i = 2; i < 50; ++i) {
+        bridge->updatePending({entry(u"a%1"_s.arg(i))});
+    }
+    ASSERT_TRUE(waitLastText(bound, u"a49"_s));
+    QList<qint64> times;
+    for (const BotCall &call : api.calls()) {
+        if (call.chatId == bound) {
+            times.append(call.atMs);
+        }
+    }
+    ASSERT_EQ(times.size(), 2);
+    EXPECT_GE(times.last() - times.first(), 2000);
+}
+
+TEST_F(TelegramBridgeTest, ABurstIsFewCallsAndAChatThatHangsHoldsUpNoOther)
+{
+    start();
+    api.setBehaviour(u"sendMessage"_s, {.fault = BotFault::Hang, .times = 1}); // chat 501 is first
+    QList<TelegramApprovalEntry> entries;
+    for (int i = 0; i < 300; ++i) {
+        entries.prepend(entry(u"a%1"_s.arg(i)));
+        bridge->updatePending(entries);
+        QCoreApplication::processEvents();
+    }
+    ASSERT_TRUE(waitLastText(unbound, u"(300)\n1. [main] a299"_s));
+    EXPECT_LE(api.callCount(u"editMessageText"_s, unbound), 2);
+    EXPECT_TRUE(texts(bound).isEmpty());
+}
+
+TEST_F(TelegramBridgeTest, ButtonsAndWhatTheyAreAnswered)
+{
+    start();
+    bridge->updatePending({entry(u"a1"_s)});
+    ASSERT_TRUE(waitLastText(bound, u"a1"_s));
+    ASSERT_TRUE(waitLastText(unbound, u"a1"_s));
+    const struct {
+        qint64 chatId;
+        QString data;
+        bool isAccepted;
+        QString answer;
+        bool isAlert;
+    } rows[] = {
+        {bound, u"allow:a1"_s, true, u"승인 요청 전송됨"_s, false},
+        {bound, u"deny:a1"_s, true, u"거부 요청 전송됨"_s, false},
+        {bound, u"allow-always:a1"_s, true, u"영구 승인 요청 전송됨"_s, false},
+        {bound, u"allow:a1"_s, false, u"대기 중이 아니거나 이미 처리됨"_s, true},
+        {bound, u"explode:a1"_s, true, u"지원하지 않는 작업"_s, true},
+        {unbound, u"allow:a1"_s, true, u"승인 권한이 없는 채팅입니다"_s, true},
+        {503, u"allow:a1"_s, true, u"허용되지 않은 채팅입니다"_s, true},
+    };
+    qsizetype answers = 0;
+    for (const auto &row : rows) {
+        accepts = row.isAccepted;
+        api.pressData(row.chatId, 101, row.data);
+        ASSERT_TRUE(waitAnswers(++answers));
+        EXPECT_EQ(api.queryAnswers().constLast().text, row.answer);
+        EXPECT_EQ(api.queryAnswers().constLast().isAlert, row.isAlert);
+    }
+    ASSERT_EQ(decisions.size(), 4) << "only what passes the bridge's own gate";
+    EXPECT_EQ(decisions.at(2),
+              (TelegramDecision {u"a1"_s, ApprovalDecision::AllowAlways, bound,
+                                 DecisionInputSource::CallbackButton,
+                                 u"id 7001, @operator, Operator"_s}));
+    EXPECT_EQ(log.lines().filter(u"decision refused: "_s).size(), 3);
+}
+
+TEST_F(TelegramBridgeTest, AButtonUnderAnOlderFormOfTheRequestDecidesNothing)
+{
+    start();
+    bridge->updatePending({entry(u"a1"_s, u"ls"_s)});
+    ASSERT_TRUE(waitLastText(bound, u"ls"_s));
+    api.setBehaviour(u"editMessageText"_s, fault(BotFault::Hang));
+    bridge->updatePending({entry(u"a1"_s, u"rm -rf /"_s)});
+    ASSERT_TRUE(api.press(bound, 1));
+    ASSERT_TRUE(waitAnswers(1));
+    EXPECT_EQ(api.queryAnswers().constLast().text, u"대기 중이 아니거나 이미 처리됨"_s);
+    EXPECT_TRUE(decisions.isEmpty());
+}
+
+TEST_F(TelegramBridgeTest, CommandsDecideOnlyInTheirSendersOwnWords)
+{
+    config.enablePolling = false;
+    config.enableCommandPollingInPublishOnly = true;
+    start();
+    api.say(503, u"/approve a1 deny"_s);
+    api.say(bound, u"/approve a1 deny"_s, PracticeSaying::Forwarded);
+    api.say(bound, u"/approve a1 deny"_s, PracticeSaying::Edited);
+    api.pushUpdate(
+        {{u"callback_query"_s, QJsonObject {{u"id"_s, u"9"_s}, {u"data"_s, u"allow:a1"_s}}},
+         {u"message"_s,
+          QJsonObject {{u"chat"_s, QJsonObject {{u"id"_s, bound}}},
+                       {u"text"_s, u"/approve a1 allow-once"_s}}}});
+    api.say(bound, u"how is it going?"_s);
+    accepts = false;
+    api.say(unbound, u"/approve@bot a1 allow-once"_s);
+    ASSERT_TRUE(waitLastText(unbound, u"BRAM: 대기 중이 아니거나 이미 처리됨"_s));
+    ASSERT_EQ(decisions.size(), 1);
+    EXPECT_EQ(decisions.constFirst().chatId, unbound);
+    EXPECT_EQ(decisions.constFirst().source, DecisionInputSource::CommandMessage);
+    EXPECT_TRUE(texts(503).filter(u"BRAM"_s).isEmpty());
+    EXPECT_EQ(log.lines().filter(u"decision refused: "_s).size(), 2);
+    const QJsonArray allowed
+        = api.calls().constFirst().payload.value("allowed_updates"_L1).toArray();
+    EXPECT_EQ(allowed, QJsonArray {u"message"_s});
+
+    // The keys below the chat say the command.
+    accepts = true;
+    bridge->updatePending({entry(u"a2"_s)});
+    ASSERT_TRUE(waitLastText(bound, u"Use /approve"_s));
+    ASSERT_TRUE(api.press(bound, 2));
+    ASSERT_TRUE(waitUntil([&] { return decisions.size() == 2; }));
+    EXPECT_EQ(decisions.constLast().decision, ApprovalDecision::Deny);
+}
+
+TEST_F(TelegramBridgeTest, OddUpdatesAndBrokenAnswersEndNothing)
+{
+    start();
+    for (
+        const char *json : {
+            R"({"update_id": 5000, "callback_query": {"id": "1", "message": {"chat": {"id": 1e300}}}})",
+            R"({"update_id": 5001, "callback_query": "x", "message": []})",
+            R"({"update_id": 9223372036854775808, "poll": {}})",
+            R"({"update_id": "17", "message": {"chat": {"id": "501"}, "text": ["/approve"]}})",
+            R"({"update_id": 4000})",
+        }) {
+        api.pushUpdate(QJsonDocument::fromJson(json).object());
+    }
+    ASSERT_TRUE(waitUntil([&] {
+        return api.isPolled()
+            && api.calls().constLast().payload.value("offset"_L1).toInteger() == 5002;
+    }));
+    // A call that waits is answered like this, then the next ones are.
+    for (const BotFault kind : {BotFault::Garbage, BotFault::HtmlError}) {
+        api.setBehaviour(u"getUpdates"_s, fault(kind, 1));
+        api.dropClients();
+        ASSERT_TRUE(waitUntil([&] { return api.isPolled(); }));
+    }
+    EXPECT_TRUE(waitLog(u"[Brackwen][Telegram] poll failed: Invalid Telegram response"_s));
+    api.say(bound, u"/approve a1 deny"_s);
+    EXPECT_TRUE(waitUntil([&] { return decisions.size() == 1; }));
+}
+
+TEST_F(TelegramBridgeTest, SafeModeFetchesNothingAndStopEndsEverything)
+{
+    config.enablePolling = false;
+    start();
+    bridge->updatePending({entry(u"a1"_s)});
+    ASSERT_TRUE(waitLastText(bound, u"Publish-only safe mode"_s));
+    EXPECT_EQ(api.callCount(u"getUpdates"_s), 0);
+
+    config.enablePolling = true;
+    start();
+    ASSERT_TRUE(waitUntil([&] { return api.isPolled(); }));
+    bridge->start();
+    const qsizetype calls = api.calls().size();
+    bridge->stop();
+    bridge->start();
+    bridge->updatePending({entry(u"a2"_s)});
+    ASSERT_TRUE(waitUntil([&] { return !api.isPolled() && tasks.running().isEmpty(); }));
+    EXPECT_EQ(api.calls().size(), calls);
+}
+
+} // namespace bram
