@@ -13,6 +13,41 @@
     </message>
 </context>
 <context>
+    <name>PartsUsed</name>
+    <message>
+        <source>event loop, windows, network, D-Bus</source>
+        <translation>이벤트 루프, 창, 네트워크, D-Bus</translation>
+    </message>
+    <message>
+        <source>coroutines</source>
+        <translation>코루틴</translation>
+    </message>
+    <message>
+        <source>the desktop&apos;s keyring</source>
+        <translation>데스크톱 키링</translation>
+    </message>
+    <message>
+        <source>signatures</source>
+        <translation>서명</translation>
+    </message>
+    <message>
+        <source>reading the audit log</source>
+        <translation>감사 로그 읽기</translation>
+    </message>
+    <message>
+        <source>the line typed in a terminal</source>
+        <translation>터미널 줄 편집</translation>
+    </message>
+    <message>
+        <source>finding the display and its tray</source>
+        <translation>디스플레이와 트레이 찾기</translation>
+    </message>
+    <message>
+        <source>It is built on these libraries, which it uses as the system has them installed. The whole text of each licence is in the file named with it.</source>
+        <translation>다음 라이브러리를 바탕으로 하며, 시스템에 설치된 것을 그대로 사용합니다. 각 라이선스의 전문은 함께 적힌 파일에 있습니다.</translation>
+    </message>
+</context>
+<context>
     <name>Status</name>
     <message>
         <source>Gateway token: %1</source>
@@ -561,6 +596,22 @@
         <source>                        write the list into a file, take it from one</source>
         <translation>                        목록을 파일로 저장, 파일에서 복원</translation>
     </message>
+    <message>
+        <source>Say on or off: shared-polling on|off</source>
+        <translation>on 또는 off를 지정하세요: shared-polling on|off</translation>
+    </message>
+    <message>
+        <source>Messages of a Telegram bot that the platform uses too may be fetched.</source>
+        <translation>플랫폼도 쓰는 텔레그램 봇의 메시지를 가져올 수 있습니다.</translation>
+    </message>
+    <message>
+        <source>Messages of a Telegram bot that the platform uses too are left to it.</source>
+        <translation>플랫폼도 쓰는 텔레그램 봇의 메시지는 플랫폼에 맡깁니다.</translation>
+    </message>
+    <message>
+        <source>shared-polling on|off   fetch messages of a Telegram bot the platform uses too</source>
+        <translation>shared-polling on|off   플랫폼도 쓰는 텔레그램 봇의 메시지 가져오기</translation>
+    </message>
 </context>
 <context>
     <name>Words</name>
@@ -724,8 +775,39 @@
         <translation>메뉴 막대에서 Brackwen 요청을 지켜보고 로컬과 Telegram 경로로 승인/거부 결정을 전달하는 승인 오케스트레이터입니다.</translation>
     </message>
     <message>
-        <source>Close</source>
-        <translation>닫기</translation>
+        <source>The program&apos;s crest</source>
+        <translation>프로그램 문장</translation>
+    </message>
+    <message>
+        <source>&amp;Licences</source>
+        <translation>라이선스(&amp;L)</translation>
+    </message>
+    <message>
+        <source>Licences</source>
+        <translation>라이선스</translation>
+    </message>
+    <message>
+        <source>&amp;Close</source>
+        <translation>닫기(&amp;C)</translation>
+    </message>
+</context>
+<context>
+    <name>bram::AgentMenu</name>
+    <message>
+        <source>All agents (unrestricted)</source>
+        <translation>전체 에이전트(제한해제)</translation>
+    </message>
+    <message>
+        <source>All %1 in the Settings…</source>
+        <translation>설정에서 전체 %1개 보기…</translation>
+    </message>
+    <message>
+        <source>Settings…</source>
+        <translation>설정…</translation>
+    </message>
+    <message>
+        <source>Agent: %1</source>
+        <translation>에이전트: %1</translation>
     </message>
 </context>
 <context>
@@ -745,6 +827,41 @@
     <message>
         <source>Cancel</source>
         <translation>취소</translation>
+    </message>
+</context>
+<context>
+    <name>bram::AgentSettingsPage</name>
+    <message>
+        <source>&amp;Agents</source>
+        <translation>에이전트(&amp;A)</translation>
+    </message>
+    <message>
+        <source>Show requests &amp;of:</source>
+        <translation>요청을 표시할 에이전트(&amp;O):</translation>
+    </message>
+    <message>
+        <source>Agent</source>
+        <translation>에이전트</translation>
+    </message>
+    <message>
+        <source>&amp;Refresh</source>
+        <translation>새로 고침(&amp;R)</translation>
+    </message>
+    <message>
+        <source>Reads the agents from the platform&apos;s configuration again</source>
+        <translation>플랫폼 설정에서 에이전트를 다시 읽습니다</translation>
+    </message>
+    <message>
+        <source>The platform&apos;s configuration names no agent. Once it does, choose Refresh, or wait: its file is watched.</source>
+        <translation>플랫폼 설정에 에이전트가 없습니다. 추가한 뒤 새로 고침을 누르거나 잠시 기다리세요. 설정 파일은 계속 확인합니다.</translation>
+    </message>
+    <message>
+        <source>The requests of every agent are shown, asked about and notified of.</source>
+        <translation>모든 에이전트의 요청을 표시하고, 팝업과 알림으로 묻습니다.</translation>
+    </message>
+    <message>
+        <source>Only the requests of this agent are shown, asked about and notified of. Those of the others wait at the gateway.</source>
+        <translation>이 에이전트의 요청만 표시하고, 팝업과 알림으로 묻습니다. 다른 에이전트의 요청은 게이트웨이에서 기다립니다.</translation>
     </message>
 </context>
 <context>
@@ -1052,6 +1169,112 @@ The request is still pending and can be decided again.</source>
     </message>
 </context>
 <context>
+    <name>bram::FileSettingsPage</name>
+    <message>
+        <source>Preferences</source>
+        <translation>환경설정</translation>
+    </message>
+    <message>
+        <source>Audit log and reports</source>
+        <translation>감사 로그와 리포트</translation>
+    </message>
+    <message>
+        <source>Platform configuration</source>
+        <translation>플랫폼 설정</translation>
+    </message>
+    <message>
+        <source>Platform&apos;s always-allow lists</source>
+        <translation>플랫폼의 영구 승인 목록</translation>
+    </message>
+    <message>
+        <source>Lock of the running copy</source>
+        <translation>실행 중인 프로그램의 잠금</translation>
+    </message>
+    <message>
+        <source>&amp;Files</source>
+        <translation>파일(&amp;F)</translation>
+    </message>
+    <message>
+        <source>%1:</source>
+        <translation>%1:</translation>
+    </message>
+    <message>
+        <source>Not There Yet</source>
+        <translation>아직 없음</translation>
+    </message>
+    <message>
+        <source>Open Folder</source>
+        <translation>폴더 열기</translation>
+    </message>
+    <message>
+        <source>Open</source>
+        <translation>열기</translation>
+    </message>
+    <message>
+        <source>The preferences are written by BRAM while it runs: change them here and in the menu, not in the file.</source>
+        <translation>환경설정 파일은 실행 중에 BRAM이 기록합니다. 파일이 아니라 이 창과 메뉴에서 바꾸세요.</translation>
+    </message>
+</context>
+<context>
+    <name>bram::GeneralSettingsPage</name>
+    <message>
+        <source>&amp;General</source>
+        <translation>일반(&amp;G)</translation>
+    </message>
+    <message>
+        <source>&amp;Language (언어):</source>
+        <translation>언어(&amp;L) (Language):</translation>
+    </message>
+    <message>
+        <source>At login:</source>
+        <translation>로그인할 때:</translation>
+    </message>
+    <message>
+        <source>Notifications:</source>
+        <translation>알림:</translation>
+    </message>
+    <message>
+        <source>&amp;Start BRAM when I log in</source>
+        <translation>로그인하면 BRAM 시작(&amp;S)</translation>
+    </message>
+    <message>
+        <source>Send a Test &amp;Notification</source>
+        <translation>테스트 알림 보내기(&amp;N)</translation>
+    </message>
+    <message>
+        <source>Language</source>
+        <translation>언어</translation>
+    </message>
+    <message>
+        <source>This could not be remembered; it lasts until the program ends.</source>
+        <translation>저장하지 못했습니다. 프로그램이 끝날 때까지만 유지됩니다.</translation>
+    </message>
+    <message>
+        <source>Practice mode leaves your desktop&apos;s settings alone.</source>
+        <translation>연습 모드에서는 데스크톱 설정을 바꾸지 않습니다.</translation>
+    </message>
+    <message>
+        <source>Not changed: %1</source>
+        <translation>바꾸지 못함: %1</translation>
+    </message>
+    <message>
+        <source>Another copy is started: %1. Switch this off and on again to start this one.</source>
+        <translation>다른 프로그램이 시작됩니다: %1. 이 프로그램을 시작하려면 껐다가 다시 켜세요.</translation>
+    </message>
+    <message>
+        <source>Sending …</source>
+        <translation>보내는 중…</translation>
+    </message>
+    <message>
+        <source>The desktop has taken the test notification. If you do not see it, look whether &quot;do not disturb&quot; is on.</source>
+        <translation>데스크톱이 테스트 알림을 받았습니다. 보이지 않으면 방해 금지 모드가 켜져 있는지 확인하세요.</translation>
+    </message>
+    <message>
+        <source>The test notification was not shown: %1</source>
+        <translation>테스트 알림이 표시되지 않았습니다: %1</translation>
+    </message>
+</context>
+<context>
     <name>bram::HistoryMenu</name>
     <message>
         <source>Nothing has happened yet</source>
@@ -1184,6 +1407,29 @@ The request is still pending and can be decided again.</source>
     </message>
 </context>
 <context>
+    <name>bram::RecordMenu</name>
+    <message>
+        <source>Save last 7 days audit data</source>
+        <translation>최근 7일 감사 데이터 저장</translation>
+    </message>
+    <message>
+        <source>View last 7 days audit data</source>
+        <translation>최근 7일 감사 데이터 보기</translation>
+    </message>
+    <message>
+        <source>Export diagnostics bundle</source>
+        <translation>진단 번들 내보내기</translation>
+    </message>
+    <message>
+        <source>Audit/Diagnostics (%1 %)</source>
+        <translation>감사/진단 (%1 %)</translation>
+    </message>
+    <message>
+        <source>Audit/Diagnostics</source>
+        <translation>감사/진단</translation>
+    </message>
+</context>
+<context>
     <name>bram::RecordOperations</name>
     <message>
         <source>Save last 7 days audit data</source>
@@ -1250,6 +1496,26 @@ The request is still pending and can be decided again.</source>
         <source>Generated 2 synthetic approvals (low/high risk) and a token-revocation disconnect event. In Telegram dry-run mode, check payload logs for button rendering.</source>
         <translation>가상 승인 2건(저위험/고위험)과 토큰 리보크성 연결 끊김 이벤트를 발생시켰습니다. 텔레그램 dry-run이면 버튼 payload 로그를 확인하세요.</translation>
     </message>
+    <message>
+        <source>Self-Test Passed</source>
+        <translation>자가 점검 통과</translation>
+    </message>
+    <message>
+        <source>Self-Test Failed</source>
+        <translation>자가 점검 실패</translation>
+    </message>
+    <message>
+        <source>2 synthetic approvals and a token-revocation disconnect were counted and put on record.
+Result: %1</source>
+        <translation>가상 승인 2건과 토큰 리보크성 연결 끊김이 집계되고 기록되었습니다.
+결과: %1</translation>
+    </message>
+    <message>
+        <source>Not everything was counted and put on record, or the result could not be written.
+Result, if there is one: %1</source>
+        <translation>일부가 집계되거나 기록되지 않았거나, 결과를 쓰지 못했습니다.
+결과(있는 경우): %1</translation>
+    </message>
 </context>
 <context>
     <name>bram::RequestDetailsWindow</name>
@@ -1304,6 +1570,21 @@ The request is still pending and can be decided again.</source>
     <message>
         <source>Close</source>
         <translation>닫기</translation>
+    </message>
+</context>
+<context>
+    <name>bram::SettingsWindow</name>
+    <message>
+        <source>Settings</source>
+        <translation>설정</translation>
+    </message>
+    <message>
+        <source>Changes apply at once.</source>
+        <translation>변경 사항은 바로 적용됩니다.</translation>
+    </message>
+    <message>
+        <source>&amp;Close</source>
+        <translation>닫기(&amp;C)</translation>
     </message>
 </context>
 <context>
@@ -1384,6 +1665,14 @@ The request is still pending and can be decided again.</source>
         <source>Run Program Simulation</source>
         <translation>프로그램 시뮬레이션 실행</translation>
     </message>
+    <message>
+        <source>Run Self-Test</source>
+        <translation>자가 점검 실행</translation>
+    </message>
+    <message>
+        <source>Settings…</source>
+        <translation>설정…</translation>
+    </message>
 </context>
 <context>
     <name>bram::StatusWindow</name>
@@ -1422,6 +1711,40 @@ The request is still pending and can be decided again.</source>
     <message>
         <source>Menu</source>
         <translation>메뉴</translation>
+    </message>
+</context>
+<context>
+    <name>bram::TelegramSettingsPage</name>
+    <message>
+        <source>This could not be remembered; it lasts until the program ends.</source>
+        <translation>저장하지 못했습니다. 프로그램이 끝날 때까지만 유지됩니다.</translation>
+    </message>
+    <message>
+        <source>&amp;Telegram</source>
+        <translation>텔레그램(&amp;T)</translation>
+    </message>
+    <message>
+        <source>Shared polling:</source>
+        <translation>공유 폴링:</translation>
+    </message>
+    <message>
+        <source>Fetch the messages of a bot that the &amp;platform uses too</source>
+        <translation>플랫폼도 쓰는 봇의 메시지 가져오기(&amp;P)</translation>
+    </message>
+    <message>
+        <source>Two programs that fetch the messages of one bot take them from each other. So while this is off, BRAM only sends to the chats of a bot that the platform&apos;s own channel fetches from, and takes no decisions there.</source>
+        <translation>두 프로그램이 같은 봇의 메시지를 가져오면 서로의 메시지를 가로챕니다. 그래서 이 설정이 꺼져 있으면, 플랫폼 채널이 메시지를 가져오는 봇에는 BRAM이 보내기만 하고 그 채팅의 결정은 받지 않습니다.</translation>
+    </message>
+</context>
+<context>
+    <name>bram::TrialNotification</name>
+    <message>
+        <source>Test notification</source>
+        <translation>테스트 알림</translation>
+    </message>
+    <message>
+        <source>A request for approval would be shown like this.</source>
+        <translation>승인 요청은 이렇게 표시됩니다.</translation>
     </message>
 </context>
 </TS>

@@ -19,6 +19,7 @@ constexpr AuditLogLimits auditLimits {
 
 Core::Core(const World &world)
     : m_log(world.log)
+    , m_places(world.places)
     , m_environment(world.places.environment)
     , m_config(world.places.environment, world.places.account)
     , m_tasks(world.log)

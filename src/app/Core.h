@@ -62,12 +62,15 @@ public:
     LanguageChoice &language() { return m_language; }
     SharedPollingSetting &sharedPolling() { return m_sharedPolling; }
     const Environment &environment() const { return m_environment; }
+    const BrackwenConfig &config() const { return m_config; }
+    const Places &places() const { return m_places; }
 
 private:
     QJsonObject settingsForDiagnostics() const;
     MonitorPorts allPorts(MonitorPorts ports);
 
     SystemLog &m_log;
+    Places m_places;
     Environment m_environment;
     BrackwenConfig m_config;
     BackgroundTasks m_tasks;

@@ -3,12 +3,15 @@
 
 #include "app/FrontEnd.h"
 #include "monitor/ApprovalNotifications.h"
+#include "system/linux/AutostartEntry.h"
 #include "system/linux/DesktopNotifications.h"
+#include "system/linux/XdgFileOpener.h"
 #include "ui/desktop/ApprovalPopupPresenter.h"
 #include "ui/desktop/DesktopFrontEnd.h"
 #include "ui/desktop/DesktopPrompts.h"
 
 #include <memory>
+#include <optional>
 
 namespace bram
 {
@@ -31,11 +34,12 @@ public:
     void finish() override;
 
 private:
-    const Clock &m_clock;
     SimulationEntry m_simulationEntry;
     DesktopNotifications m_notificationService;
     ApprovalNotifications m_notifications;
     ApprovalPopupPresenter m_popup;
+    XdgFileOpener m_opener;
+    std::optional<AutostartEntry> m_loginStart;
     std::unique_ptr<DesktopPrompts> m_prompts;
     std::unique_ptr<DesktopFrontEnd> m_frontEnd;
 };

@@ -24,6 +24,7 @@ Places Places::ofOperator()
         .dataFolder = Paths::writableLocation(Paths::GenericDataLocation) + u'/' + folderName,
         .environment = Environment::ofProcess(),
         .account = AccountFacts::ofProcess(),
+        .autostart = AutostartEntry::Places::ofProcess(),
     };
 }
 

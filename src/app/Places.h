@@ -3,8 +3,11 @@
 
 #include "config/BrackwenConfig.h"
 #include "config/Environment.h"
+#include "system/linux/AutostartEntry.h"
 
 #include <QString>
+
+#include <optional>
 
 namespace bram
 {
@@ -16,6 +19,8 @@ struct Places {
     QString dataFolder; ///< the application-support folder: audit log
     Environment environment;
     AccountFacts account;
+    QString lockFile {}; ///< of the one copy per user; empty without one
+    std::optional<AutostartEntry::Places> autostart {}; ///< where the start at login is set
 
     /// The operator's: below XDG_CONFIG_HOME and XDG_DATA_HOME.
     static Places ofOperator();

@@ -64,6 +64,7 @@ bool SingleInstanceLock::acquire()
         return false;
     }
     m_fd = fd;
+    m_lockPath = QFile::decodeName(path);
     return true;
 }
 

@@ -24,6 +24,8 @@ public:
     bool acquire();
 
     bool isHeld() const { return m_fd >= 0; }
+    /// Of the file that is locked.
+    const QString &path() const { return m_lockPath; }
 
 private:
     QString m_lockPath;

@@ -29,6 +29,7 @@ void TerminalSession::start(Core &core)
                                          .record = core.record(),
                                          .alwaysAllow = core.alwaysAllow(),
                                          .language = core.language(),
+                                         .sharedPolling = core.sharedPolling(),
                                          .tasks = core.tasks(),
                                          .clock = m_clock,
                                          .input = *m_input,

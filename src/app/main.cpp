@@ -76,6 +76,8 @@ int runProgram(QCoreApplication &application, const bram::LaunchOptions &options
             return EXIT_FAILURE;
         }
         return EXIT_SUCCESS; // the copy that is running already wins, without a word
+    } else {
+        places.lockFile = lock.path();
     }
 
     bram::Application program({.places = std::move(places),

@@ -46,6 +46,20 @@ Alert simulationAlert()
                 "event. In Telegram dry-run mode, check payload logs for button rendering.")};
 }
 
+Alert selfTestAlert(bool success)
+{
+    return {.title = success ? ReliabilityExercises::tr("Self-Test Passed")
+                             : ReliabilityExercises::tr("Self-Test Failed"),
+            .text = success ? ReliabilityExercises::tr(
+                                  "2 synthetic approvals and a token-revocation disconnect were "
+                                  "counted and put on record.\nResult: %1")
+                                  .arg(ReliabilityExercises::defaultResultPath)
+                            : ReliabilityExercises::tr(
+                                  "Not everything was counted and put on record, or the result "
+                                  "could not be written.\nResult, if there is one: %1")
+                                  .arg(ReliabilityExercises::defaultResultPath)};
+}
+
 /// Whether the result is written into what is there, which is no file and stays: "/dev/null", "/dev/stdout",
 /// a pipe that somebody reads from.
 bool isStream(const QString &path)
@@ -121,6 +135,11 @@ void ReliabilityExercises::runReliabilitySelfTest(const QString &resultPath)
     m_collaborators.tasks.spawn(testSelf(this, resultPath), u"self-test"_s);
 }
 
+void ReliabilityExercises::runSelfTestForOperator(OperatorPrompts &prompts)
+{
+    m_collaborators.tasks.spawn(testSelfForOperator(this, &prompts), u"self-test"_s);
+}
+
 QCoro::Task<> ReliabilityExercises::simulateForOperator(QPointer<ReliabilityExercises> self,
                                                         OperatorPrompts *prompts)
 {
@@ -162,18 +181,29 @@ QString ReliabilityExercises::simulateRequest(const QString &idBeginning, const 
 QCoro::Task<> ReliabilityExercises::testSelf(QPointer<ReliabilityExercises> self,
                                              QString resultPath)
 {
-    if (!isStream(resultPath)) {
-        QFile::remove(resultPath);
-    }
     const bool success = co_await measure(self, resultPath);
     if (self) {
         Q_EMIT self->selfTestFinished(success);
     }
 }
 
+QCoro::Task<> ReliabilityExercises::testSelfForOperator(QPointer<ReliabilityExercises> self,
+                                                        OperatorPrompts *prompts)
+{
+    const bool success = co_await measure(self, defaultResultPath);
+    if (!self || !self->m_running) {
+        co_return;
+    }
+    const Alert alert = selfTestAlert(success);
+    co_await prompts->inform(alert);
+}
+
 QCoro::Task<bool> ReliabilityExercises::measure(QPointer<ReliabilityExercises> self,
                                                 QString resultPath)
 {
+    if (!isStream(resultPath)) {
+        QFile::remove(resultPath);
+    }
     ApprovalMonitor &monitor = self->m_collaborators.monitor;
     const qint64 startMs = self->m_collaborators.clock.nowMs();
     const qint64 requestedBefore = monitor.metrics().requestedCount;

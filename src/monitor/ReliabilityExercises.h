@@ -52,6 +52,10 @@ public:
     /// that an absent file means failure; what is no file there, as "/dev/stdout", is written to and stays.
     void runReliabilitySelfTest(const QString &resultPath);
 
+    /// The same for an operator who is there, while the program goes on: tells how it ended instead of
+    /// `selfTestFinished`. The result goes to `defaultResultPath`.
+    void runSelfTestForOperator(OperatorPrompts &prompts);
+
     /// Ends what is under way, as failed.
     void stop();
 
@@ -69,6 +73,8 @@ private:
     static QCoro::Task<> simulateForOperator(QPointer<ReliabilityExercises> self,
                                              OperatorPrompts *prompts);
     static QCoro::Task<> testSelf(QPointer<ReliabilityExercises> self, QString resultPath);
+    static QCoro::Task<> testSelfForOperator(QPointer<ReliabilityExercises> self,
+                                             OperatorPrompts *prompts);
     /// The ids of the requests; empty when the program ends meanwhile.
     static QCoro::Task<QStringList> simulate(QPointer<ReliabilityExercises> self);
     static QCoro::Task<bool> measure(QPointer<ReliabilityExercises> self, QString resultPath);

@@ -70,6 +70,8 @@ public:
 
 Q_SIGNALS:
     void stateChanged();
+    /// The service has taken the notification in its newest form.
+    void shown(const QString &tag);
     /// A person has pressed one of the buttons that the notification has now; it is gone with that.
     void actionInvoked(const QString &tag, const QString &actionId);
     void failed(const QString &tag, const QString &reason);

@@ -2,6 +2,7 @@
 #include "ui/desktop/DesktopPrompts.h"
 #include "support/Waiting.h"
 #include "system/Preferences.h"
+#include "system/linux/XdgFileOpener.h"
 
 #include <QApplication>
 #include <QFile>
@@ -56,7 +57,8 @@ protected:
 
     QTemporaryDir folder;
     Preferences preferences {folder.filePath(u"preferences.ini"_s)};
-    DesktopPrompts prompts {preferences};
+    XdgFileOpener opener;
+    DesktopPrompts prompts {preferences, opener};
 };
 
 TEST_F(DesktopPromptsTest, everyButtonIsItsAnswerAndTurningAwayIsTheHarmlessOne)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ui/desktop/StatusMenu.h"
 #include "monitor/MonitorFixture.h"
+#include "support/ScriptedPrompts.h"
 #include "ui/desktop/DesktopActions.h"
 
 #include <QClipboard>
@@ -22,9 +23,12 @@ protected:
         makeConnectedCore();
         actions = std::make_unique<DesktopActions>(DesktopActions::Collaborators {
             .monitor = monitor(),
+            .record = core->record(),
+            .prompts = prompts,
+            .tasks = core->tasks(),
             .language = core->language(),
             .environment = core->environment(),
-            .clock = clock,
+            .surface = [] { return SurfaceFacts(); },
         });
         statusMenu
             = std::make_unique<StatusMenu>(*actions, core->language(), MenuDrawing::OwnWindow);
@@ -42,7 +46,9 @@ protected:
     {
         statusMenu->update({.status = {{u"Gateway connected"_s, IndicatorState::Green}},
                             .pending = board().displayItems(),
-                            .history = board().history()});
+                            .history = board().history(),
+                            .agents = {.available = monitor().agents().availableAgentIds(),
+                                       .selected = monitor().agents().selectedAgentId()}});
     }
 
     void requestAndShow(const ApprovalItem &wanted)
@@ -87,6 +93,7 @@ protected:
         return submenu("Pending")->actions().at(row)->menu();
     }
 
+    test::ScriptedPrompts prompts;
     std::unique_ptr<DesktopActions> actions;
     std::unique_ptr<StatusMenu> statusMenu;
 };
@@ -114,8 +121,13 @@ TEST_F(StatusMenuTest, eachEntryOfARequestDoesWhatItSays)
     EXPECT_EQ(QGuiApplication::clipboard()->text(), item("copied", "copy me").pretty());
     entry(*requestMenu(0), "Copy Approval ID")->trigger();
     EXPECT_EQ(QGuiApplication::clipboard()->text(), u"copied"_s);
+    prompts.answers = {0};
     entry(*submenu("All Pending"), "Copy all")->trigger();
-    EXPECT_TRUE(QGuiApplication::clipboard()->text().contains(u"Count: 1\n\n[1]\nID: copied\n"_s));
+    EXPECT_TRUE(test::waitUntil([] {
+        return QGuiApplication::clipboard()->text().contains(u"Count: 1\n\n[1]\nID: copied\n"_s);
+    }));
+    EXPECT_EQ(prompts.questions.constLast().buttons,
+              (QStringList {u"클립보드 복사"_s, u"텍스트 파일 저장"_s}));
 }
 
 TEST_F(StatusMenuTest, offersASimulationOnlyToWhoAskedForIt)

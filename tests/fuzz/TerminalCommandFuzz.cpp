@@ -34,6 +34,9 @@ QString typedFor(const TerminalCommand &command)
     if (const auto *language = std::get_if<LanguageCommand>(&command)) {
         return u"language "_s + rawText(language->language);
     }
+    if (const auto *polling = std::get_if<SharedPollingCommand>(&command)) {
+        return polling->isAllowed ? u"shared-polling on"_s : u"shared-polling off"_s;
+    }
     if (const auto *one = std::get_if<DecideCommand>(&command)) {
         return rawText(one->decision) + u' ' + one->target;
     }

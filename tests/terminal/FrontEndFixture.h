@@ -41,6 +41,7 @@ protected:
                                              .record = core->record(),
                                              .alwaysAllow = core->alwaysAllow(),
                                              .language = core->language(),
+                                             .sharedPolling = core->sharedPolling(),
                                              .tasks = core->tasks(),
                                              .clock = clock,
                                              .input = input,

@@ -189,6 +189,10 @@ TEST_F(Questions, TheChoiceOfAgentIsMadeHere)
     typeAndHear(u"language kor"_s, u"이제"_s);
     typeAndHear(u"list"_s, u"에이전트"_s);
     typeAndHear(u"language eng"_s, u"The texts are in English now."_s);
+    typeAndHear(u"shared-polling on"_s, u"may be fetched."_s);
+    EXPECT_TRUE(core->sharedPolling().allowSharedBotPollingOverride());
+    typeAndHear(u"shared-polling off"_s, u"are left to it."_s);
+    EXPECT_FALSE(core->sharedPolling().allowSharedBotPollingOverride());
     typeAndHear(u"simulate"_s, u"sim-high-"_s);
     EXPECT_TRUE(says(u"\nSimulation Executed\n  Generated 2 synthetic"_s));
 }

@@ -330,6 +330,7 @@ void DesktopNotifications::onNotified(const QString &tag, quint32 id)
     } else {
         entry.stage = Entry::Stage::Shown;
         entry.unreadUntil = QDeadlineTimer(entry.isNewForm ? m_settings.readingTime : 0ms);
+        Q_EMIT shown(QString(tag));
     }
     sendWaiting();
 }

@@ -2,6 +2,7 @@
 #include "ui/desktop/AboutWindow.h"
 
 #include "ui/desktop/CrestIcon.h"
+#include "ui/desktop/PartsUsed.h"
 
 #include <QBoxLayout>
 #include <QKeyEvent>
@@ -14,7 +15,8 @@ using namespace Qt::StringLiterals;
 namespace
 {
 constexpr int crestSide = 96;
-constexpr int textWidth = 340;
+constexpr QSize usualSize(520, 460);
+constexpr QSize smallestSize(380, 260);
 } // namespace
 
 AboutWindow::AboutWindow()
@@ -22,7 +24,31 @@ AboutWindow::AboutWindow()
     , m_name(new QLabel(u"BrackwenApprovalsMenu"_s, this))
     , m_version(new QLabel(this))
     , m_text(new QLabel(this))
+    , m_licencesTitle(new QLabel(this))
+    , m_licences(new QPlainTextEdit(this))
     , m_close(new QPushButton(this))
+{
+    m_licences->setReadOnly(true);
+    m_licences->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    m_licences->setTabChangesFocus(true);
+    m_licencesTitle->setBuddy(m_licences);
+
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(20, 20, 20, 16);
+    layout->setSpacing(12);
+    layout->addLayout(makeHead());
+    layout->addWidget(m_licencesTitle);
+    layout->addWidget(m_licences, 1);
+    layout->addWidget(m_close, 0, Qt::AlignRight);
+    setMinimumSize(smallestSize);
+    resize(usualSize);
+
+    connect(m_close, &QPushButton::clicked, this, &QWidget::close);
+    retranslate();
+    m_close->setFocus();
+}
+
+QLayout *AboutWindow::makeHead()
 {
     QFont large = m_name->font();
     large.setPointSizeF(large.pointSizeF() * 1.4);
@@ -30,36 +56,34 @@ AboutWindow::AboutWindow()
     m_name->setFont(large);
     m_crest->setPixmap(applicationIcon().pixmap(QSize(crestSide, crestSide), devicePixelRatioF()));
     m_text->setWordWrap(true);
-    m_text->setFixedWidth(textWidth);
-
+    for (QLabel *label : {m_name, m_version, m_text}) {
+        label->setTextFormat(Qt::PlainText);
+        label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    }
     auto *texts = new QVBoxLayout;
     texts->addWidget(m_name);
     texts->addWidget(m_version);
     texts->addSpacing(8);
     texts->addWidget(m_text);
     texts->addStretch();
-    auto *row = new QHBoxLayout;
-    row->setSpacing(20);
-    row->addWidget(m_crest, 0, Qt::AlignTop);
-    row->addLayout(texts);
-    auto *layout = new QVBoxLayout(this);
-    layout->setContentsMargins(20, 20, 20, 16);
-    layout->setSpacing(16);
-    layout->addLayout(row);
-    layout->addWidget(m_close, 0, Qt::AlignRight);
-    layout->setSizeConstraint(QLayout::SetFixedSize);
-
-    connect(m_close, &QPushButton::clicked, this, &QWidget::close);
-    retranslate();
+    auto *head = new QHBoxLayout;
+    head->setSpacing(20);
+    head->addWidget(m_crest, 0, Qt::AlignTop);
+    head->addLayout(texts, 1);
+    return head;
 }
 
 void AboutWindow::retranslate()
 {
     setWindowTitle(tr("About BrackwenApprovalsMenu"));
+    m_crest->setAccessibleName(tr("The program's crest"));
     m_version->setText(tr("Version %1").arg(QStringLiteral(BRAM_VERSION)));
     m_text->setText(tr("An approval orchestrator that watches Brackwen requests in the menu bar "
                        "and relays allow/deny decisions through local and Telegram paths."));
-    m_close->setText(tr("Close"));
+    m_licencesTitle->setText(tr("&Licences"));
+    m_licences->setPlainText(partsUsedText());
+    m_licences->setAccessibleName(tr("Licences"));
+    m_close->setText(tr("&Close"));
 }
 
 void AboutWindow::changeEvent(QEvent *event)

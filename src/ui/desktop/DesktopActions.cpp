@@ -3,8 +3,7 @@
 
 #include "config/Environment.h"
 #include "monitor/ApprovalMonitor.h"
-#include "monitor/PendingExport.h"
-#include "system/Clock.h"
+#include "system/BackgroundTasks.h"
 #include "ui/language/LanguageChoice.h"
 
 #include <QClipboard>
@@ -25,6 +24,11 @@ const QString defaultControlUiUrl = u"http://127.0.0.1:18789"_s;
 
 DesktopActions::DesktopActions(const Collaborators &collaborators)
     : m_collaborators(collaborators)
+    , m_record({.record = collaborators.record,
+                .prompts = collaborators.prompts,
+                .tasks = collaborators.tasks,
+                .language = collaborators.language,
+                .surface = collaborators.surface})
 {
 }
 
@@ -82,13 +86,6 @@ void DesktopActions::copyId(const QString &approvalId)
     QGuiApplication::clipboard()->setText(approvalId);
 }
 
-void DesktopActions::copyAll()
-{
-    QGuiApplication::clipboard()->setText(
-        pendingApprovalExportText(m_collaborators.monitor.board().displayItems(),
-                                  m_collaborators.clock.nowMs(), SecretsInExport::Shown));
-}
-
 void DesktopActions::reconnectGateway()
 {
     m_collaborators.monitor.reconnectGateway();
@@ -112,6 +109,25 @@ void DesktopActions::openControlUI()
 void DesktopActions::chooseLanguage(MenuLanguage language)
 {
     m_collaborators.language.choose(language);
+}
+
+void DesktopActions::chooseAgent(const QString &agentId)
+{
+    if (agentId != everyAgent) {
+        m_collaborators.monitor.agents().setSelectedAgent(agentId);
+    } else if (!m_isChoosingAllAgents) {
+        m_collaborators.tasks.spawn(choosingAllAgents(this), u"choice of agent"_s);
+    }
+}
+
+QCoro::Task<> DesktopActions::choosingAllAgents(QPointer<DesktopActions> self)
+{
+    self->m_isChoosingAllAgents = true;
+    co_await AgentSelection::choose(&self->m_collaborators.monitor.agents(),
+                                    self->m_collaborators.prompts, everyAgent);
+    if (self) {
+        self->m_isChoosingAllAgents = false;
+    }
 }
 
 } // namespace bram

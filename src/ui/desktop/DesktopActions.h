@@ -4,19 +4,20 @@
 #include "model/ApprovalDecision.h"
 #include "model/ApprovalItem.h"
 #include "model/MenuLanguage.h"
+#include "ui/desktop/RecordActions.h"
 
+#include <QCoro/QCoroTask>
 #include <QList>
 #include <QObject>
+#include <QPointer>
 
 namespace bram
 {
 
 class ApprovalMonitor;
-class Clock;
 class Environment;
-class LanguageChoice;
 
-/// What the operator can do from the status menu and the status window, once for both. Main thread.
+/// What the operator can do from the menu and the windows, once for all of them. Main thread.
 ///
 /// Decisions name the request as it was read: one that has changed or ended since is not decided.
 class DesktopActions final : public QObject
@@ -26,9 +27,12 @@ class DesktopActions final : public QObject
 public:
     struct Collaborators {
         ApprovalMonitor &monitor;
+        RecordOperations &record;
+        OperatorPrompts &prompts;
+        BackgroundTasks &tasks;
         LanguageChoice &language;
         const Environment &environment;
-        const Clock &clock;
+        std::function<SurfaceFacts()> surface;
     };
 
     explicit DesktopActions(const Collaborators &collaborators);
@@ -43,27 +47,35 @@ public:
 
     void copyDetails(const ApprovalItem &item);
     void copyId(const QString &approvalId);
-    /// Everything displayed, as text, on the clipboard.
-    void copyAll();
+    /// What can be taken out of the program.
+    RecordActions &record() { return m_record; }
 
     void reconnectGateway();
     void reloadGatewayToken();
     void openControlUI();
     void chooseLanguage(MenuLanguage language);
+    /// The first time that this means every agent, it is asked about; a second wish for that meanwhile is
+    /// the same one.
+    void chooseAgent(const QString &agentId);
 
 Q_SIGNALS:
     /// A decision was not taken because the request is no longer the one that was read.
     void changedSinceShown(const QString &approvalId);
     void detailsRequested(const QString &approvalId);
     void windowRequested();
+    void settingsRequested();
     void aboutRequested();
     void simulationRequested();
+    void selfTestRequested();
     void quitRequested();
 
 private:
+    static QCoro::Task<> choosingAllAgents(QPointer<DesktopActions> self);
     bool isAsShown(const ApprovalItem &shown) const;
 
     Collaborators m_collaborators;
+    RecordActions m_record;
+    bool m_isChoosingAllAgents = false;
 };
 
 } // namespace bram

@@ -8,9 +8,10 @@
 #include "monitor/ReliabilityExercises.h"
 #include "system/BackgroundTasks.h"
 #include "system/NextTurn.h"
-#include "ui/desktop/AboutWindow.h"
 #include "ui/desktop/ApprovalPopupPresenter.h"
+#include "ui/desktop/BringToFront.h"
 #include "ui/desktop/CrestIcon.h"
+#include "ui/desktop/DesktopSurface.h"
 #include "ui/desktop/MenuText.h"
 #include "ui/desktop/RequestDetailsWindow.h"
 #include "ui/desktop/StatusWindow.h"
@@ -31,24 +32,30 @@ namespace
 {
 constexpr auto pauseBetweenRefreshes = 100ms;
 constexpr qint64 manyAtOnceMs = 5000;
-
-void bringToFront(QWidget &window)
-{
-    window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
-    window.show();
-    window.raise();
-    window.activateWindow();
-}
 } // namespace
 
 DesktopFrontEnd::DesktopFrontEnd(const Collaborators &collaborators)
     : m_collaborators(collaborators)
     , m_actions({.monitor = collaborators.monitor,
+                 .record = collaborators.record,
+                 .prompts = collaborators.prompts,
+                 .tasks = collaborators.tasks,
                  .language = collaborators.language,
                  .environment = collaborators.environment,
-                 .clock = collaborators.clock})
+                 .surface =
+                     [this] {
+                         return desktopSurface(m_tray.host(),
+                                               m_collaborators.notificationService.state());
+                     }})
     , m_menu(m_actions, collaborators.language, MenuDrawing::TrayHost,
              collaborators.simulationEntry)
+    , m_utilities({.actions = m_actions,
+                   .agents = collaborators.monitor.agents(),
+                   .language = collaborators.language,
+                   .tasks = collaborators.tasks,
+                   .notificationService = collaborators.notificationService,
+                   .notifications = collaborators.notifications,
+                   .settings = collaborators.settings})
 {
     m_pause.setSingleShot(true);
     m_pause.setInterval(pauseBetweenRefreshes);
@@ -82,6 +89,11 @@ void DesktopFrontEnd::followMonitor()
             });
     connect(&m_collaborators.monitor.decisions(), &DecisionResolver::decisionSettled, this,
             &DesktopFrontEnd::onSettled);
+    const AgentSelection &agents = m_collaborators.monitor.agents();
+    connect(&agents, &AgentSelection::availableAgentIdsChanged, this,
+            &DesktopFrontEnd::scheduleRefresh);
+    connect(&agents, &AgentSelection::selectedAgentChanged, this,
+            &DesktopFrontEnd::scheduleRefresh);
     connect(&m_collaborators.language, &LanguageChoice::languageChanged, this,
             &DesktopFrontEnd::onLanguageChanged);
 }
@@ -94,9 +106,13 @@ void DesktopFrontEnd::followWishes()
     connect(&m_actions, &DesktopActions::detailsRequested, this, &DesktopFrontEnd::showDetails);
     connect(&m_actions, &DesktopActions::changedSinceShown, this,
             &DesktopFrontEnd::onChangedSinceShown);
-    connect(&m_actions, &DesktopActions::aboutRequested, this, &DesktopFrontEnd::showAbout);
+    connect(&m_actions, &DesktopActions::settingsRequested, this,
+            [this] { m_utilities.showSettings(); });
+    connect(&m_actions, &DesktopActions::aboutRequested, this, [this] { m_utilities.showAbout(); });
     connect(&m_actions, &DesktopActions::simulationRequested, this,
             [this] { m_collaborators.exercises.runProgramSimulation(&m_collaborators.prompts); });
+    connect(&m_actions, &DesktopActions::selfTestRequested, this,
+            [this] { m_collaborators.exercises.runSelfTestForOperator(m_collaborators.prompts); });
     connect(&m_actions, &DesktopActions::quitRequested, this, &DesktopFrontEnd::quitRequested);
 }
 
@@ -135,6 +151,8 @@ StatusMenuContent DesktopFrontEnd::content() const
                       m_collaborators.language.current()),
         .pending = board.displayItems(),
         .history = board.history(),
+        .agents = {.available = m_collaborators.monitor.agents().availableAgentIds(),
+                   .selected = m_collaborators.monitor.agents().selectedAgentId()},
     };
 }
 
@@ -225,7 +243,8 @@ void DesktopFrontEnd::onTrayHosted(bool hosted)
 StatusWindow &DesktopFrontEnd::window()
 {
     if (!m_window) {
-        m_window = std::make_unique<StatusWindow>(m_actions, m_collaborators.language);
+        m_window = std::make_unique<StatusWindow>(m_actions, m_collaborators.language,
+                                                  m_collaborators.simulationEntry);
     }
     return *m_window;
 }
@@ -252,14 +271,6 @@ void DesktopFrontEnd::showDetails(const QString &approvalId)
         m_details = std::make_unique<RequestDetailsWindow>();
     }
     m_details->open(details);
-}
-
-void DesktopFrontEnd::showAbout()
-{
-    if (!m_about) {
-        m_about = std::make_unique<AboutWindow>();
-    }
-    bringToFront(*m_about);
 }
 
 } // namespace bram

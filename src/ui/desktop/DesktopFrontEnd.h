@@ -6,6 +6,7 @@
 #include "ui/desktop/DesktopActions.h"
 #include "ui/desktop/StatusMenu.h"
 #include "ui/desktop/TrayIcon.h"
+#include "ui/desktop/UtilityWindows.h"
 
 #include <QElapsedTimer>
 #include <QObject>
@@ -16,11 +17,7 @@
 namespace bram
 {
 
-class AboutWindow;
-class ApprovalNotifications;
 class ApprovalPopupPresenter;
-class BackgroundTasks;
-class OperatorPrompts;
 class ReliabilityExercises;
 class RequestDetailsWindow;
 class StatusWindow;
@@ -37,13 +34,15 @@ public:
     struct Collaborators {
         ApprovalMonitor &monitor;
         ReliabilityExercises &exercises;
+        RecordOperations &record;
         OperatorPrompts &prompts;
         BackgroundTasks &tasks;
+        NotificationService &notificationService;
         ApprovalNotifications &notifications;
         ApprovalPopupPresenter &popup;
         LanguageChoice &language;
         const Environment &environment;
-        const Clock &clock;
+        SettingsParts settings;
         SimulationEntry simulationEntry = SimulationEntry::Hidden;
     };
 
@@ -70,7 +69,6 @@ private:
     void onChangedSinceShown(const QString &approvalId);
     void showWindow();
     void showDetails(const QString &approvalId);
-    void showAbout();
     StatusWindow &window();
 
     Collaborators m_collaborators;
@@ -82,7 +80,7 @@ private:
     QElapsedTimer m_sinceFailure; ///< since the operator was last told of a failed decision
     std::unique_ptr<StatusWindow> m_window;
     std::unique_ptr<RequestDetailsWindow> m_details;
-    std::unique_ptr<AboutWindow> m_about;
+    UtilityWindows m_utilities;
 };
 
 } // namespace bram

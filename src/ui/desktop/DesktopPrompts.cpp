@@ -1,16 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ui/desktop/DesktopPrompts.h"
 
+#include "system/FileOpener.h"
 #include "system/Preferences.h"
 #include "system/Reply.h"
 
-#include <QDesktopServices>
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QMessageBox>
 #include <QPushButton>
-#include <QUrl>
 
 #include <utility>
 
@@ -82,8 +81,9 @@ QFileDialog *makeFileDialog(const FileQuestion &question, const QString &folder)
 }
 } // namespace
 
-DesktopPrompts::DesktopPrompts(Preferences &preferences)
+DesktopPrompts::DesktopPrompts(Preferences &preferences, FileOpener &opener)
     : m_preferences(preferences)
+    , m_opener(opener)
 {
 }
 
@@ -158,7 +158,8 @@ Reply<std::optional<QString>> DesktopPrompts::open(const FileQuestion &question)
 
 QCoro::Task<bool> DesktopPrompts::openFile(QString path)
 {
-    co_return QDesktopServices::openUrl(QUrl::fromLocalFile(path));
+    const FileOpened opened = co_await m_opener.open(path);
+    co_return opened.has_value();
 }
 
 void DesktopPrompts::stop()

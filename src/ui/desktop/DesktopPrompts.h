@@ -15,6 +15,7 @@
 namespace bram
 {
 
+class FileOpener;
 class Preferences;
 
 /// Tells and asks the operator in dialogs, one at a time. None of them is modal: requests go on arriving
@@ -25,7 +26,7 @@ class DesktopPrompts final : public QObject, public OperatorPrompts
 
 public:
     /// The folders chosen last are kept in `preferences`.
-    explicit DesktopPrompts(Preferences &preferences);
+    DesktopPrompts(Preferences &preferences, FileOpener &opener);
     ~DesktopPrompts() override;
 
     QCoro::Task<> inform(Alert alert) override;
@@ -49,6 +50,7 @@ private:
     void rememberFolder(const QString &operation, const QString &chosenPath);
 
     Preferences &m_preferences;
+    FileOpener &m_opener;
     std::deque<MakeDialog> m_waiting;
     QPointer<QDialog> m_open;
     bool m_isStopped = false;

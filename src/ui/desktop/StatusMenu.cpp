@@ -2,6 +2,7 @@
 #include "ui/desktop/StatusMenu.h"
 
 #include "ui/desktop/DesktopActions.h"
+#include "ui/desktop/RecordActions.h"
 #include "ui/desktop/StatusDot.h"
 #include "ui/language/LanguageChoice.h"
 
@@ -27,10 +28,13 @@ StatusMenu::StatusMenu(DesktopActions &actions, const LanguageChoice &language, 
     , m_drawing(drawing)
     , m_pending(actions, drawing)
     , m_history(actions, drawing)
+    , m_agents(actions, drawing)
+    , m_record(actions.record())
 {
     build();
     labelRows();
     m_simulation.setVisible(simulationEntry == SimulationEntry::Shown);
+    m_selfTest.setVisible(simulationEntry == SimulationEntry::Shown);
     m_forgottenOpen.setSingleShot(true);
     m_forgottenOpen.setInterval(longestOpen);
     connect(&m_forgottenOpen, &QTimer::timeout, this, &StatusMenu::countAsClosed);
@@ -57,8 +61,11 @@ void StatusMenu::build()
     m_menu.addSeparator();
     m_menu.addActions({&m_window, &m_controlUi, &m_clearPending, &m_simulation});
     m_menu.addSeparator();
+    m_menu.addMenu(&m_agents.menu());
+    m_menu.addMenu(&m_record.menu());
+    m_record.append(m_selfTest);
     buildLanguageMenu();
-    m_menu.addActions({&m_about, &m_quit});
+    m_menu.addActions({&m_settings, &m_about, &m_quit});
 
     connect(&m_reconnect, &QAction::triggered, &m_actions, &DesktopActions::reconnectGateway);
     connect(&m_reload, &QAction::triggered, &m_actions, &DesktopActions::reloadGatewayToken);
@@ -66,6 +73,8 @@ void StatusMenu::build()
     connect(&m_controlUi, &QAction::triggered, &m_actions, &DesktopActions::openControlUI);
     connect(&m_clearPending, &QAction::triggered, &m_actions, &DesktopActions::clearPending);
     connect(&m_simulation, &QAction::triggered, &m_actions, &DesktopActions::simulationRequested);
+    connect(&m_selfTest, &QAction::triggered, &m_actions, &DesktopActions::selfTestRequested);
+    connect(&m_settings, &QAction::triggered, &m_actions, &DesktopActions::settingsRequested);
     connect(&m_about, &QAction::triggered, &m_actions, &DesktopActions::aboutRequested);
     connect(&m_quit, &QAction::triggered, &m_actions, &DesktopActions::quitRequested);
 }
@@ -84,7 +93,8 @@ void StatusMenu::buildBulkMenu()
     decideAll(m_approveAll, ApprovalDecision::AllowOnce);
     decideAll(m_alwaysAllowAll, ApprovalDecision::AllowAlways);
     connect(&m_denyAll, &QAction::triggered, &m_actions, &DesktopActions::denyAll);
-    connect(&m_copyAll, &QAction::triggered, &m_actions, &DesktopActions::copyAll);
+    connect(&m_copyAll, &QAction::triggered, &m_actions.record(),
+            &RecordActions::copyOrSaveAllPending);
 }
 
 void StatusMenu::buildLanguageMenu()
@@ -112,6 +122,7 @@ void StatusMenu::update(const StatusMenuContent &content)
     showStatus();
     m_pending.update(content.pending, m_state);
     m_history.update(content.history, m_state);
+    m_agents.update(content.agents, m_state);
     showPendingCount();
 }
 
@@ -121,6 +132,8 @@ void StatusMenu::retranslate()
     labelBulkRows();
     m_pending.retranslate(m_drawing);
     m_history.retranslate(m_drawing);
+    m_agents.retranslate(m_drawing);
+    m_record.retranslate();
     update(StatusMenuContent(m_content));
 }
 
@@ -159,6 +172,8 @@ void StatusMenu::labelRows()
     m_controlUi.setText(tr("Open Control UI"));
     m_clearPending.setText(tr("Clear Pending Approvals"));
     m_simulation.setText(tr("Run Program Simulation"));
+    m_selfTest.setText(tr("Run Self-Test"));
+    m_settings.setText(tr("Settings…"));
     m_languages.setTitle(tr("Language (언어)"));
     m_about.setText(tr("About BrackwenApprovalsMenu"));
     m_quit.setText(tr("Quit BrackwenApprovalsMenu"));
@@ -186,8 +201,9 @@ void StatusMenu::showPendingCount()
     const qsizetype count = m_content.pending.size();
     m_pending.menu().setTitle(count == 0 ? tr("Pending approvals")
                                          : tr("Pending approvals (%1)").arg(count));
-    m_bulk.menuAction()->setEnabled(count > 0);
-    m_clearPending.setEnabled(count > 0);
+    for (QAction *action : {&m_approveAll, &m_alwaysAllowAll, &m_denyAll, &m_clearPending}) {
+        action->setEnabled(count > 0);
+    }
 }
 
 /// Also when it counts as open already: then nobody has said that it was closed in between.

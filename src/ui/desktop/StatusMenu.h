@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "ui/desktop/AgentMenu.h"
 #include "ui/desktop/HistoryMenu.h"
 #include "ui/desktop/PendingMenu.h"
+#include "ui/desktop/RecordMenu.h"
 #include "ui/desktop/StatusTexts.h"
 
 #include <QMenu>
@@ -17,7 +19,7 @@ namespace bram
 class DesktopActions;
 class LanguageChoice;
 
-/// Whether the menu offers to simulate requests, for those who ask for it.
+/// Whether the menu offers to exercise the program with made-up requests, for those who ask for it.
 enum class SimulationEntry {
     Hidden,
     Shown,
@@ -28,6 +30,7 @@ struct StatusMenuContent {
     QList<StatusLine> status;
     QList<ApprovalItem> pending;
     QList<ApprovalHistoryEntry> history;
+    AgentChoices agents {};
 };
 
 /// The menu that opens from the tray icon. Its rows never change in number while it is open and its lists
@@ -88,9 +91,13 @@ private:
     QAction m_controlUi;
     QAction m_clearPending;
     QAction m_simulation;
+    AgentMenu m_agents;
+    RecordMenu m_record;
+    QAction m_selfTest;
     QMenu m_languages;
     QAction m_english;
     QAction m_korean;
+    QAction m_settings;
     QAction m_about;
     QAction m_quit;
 };

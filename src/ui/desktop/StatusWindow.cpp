@@ -36,9 +36,10 @@ QLabel *makeTitle(QWidget *parent)
 }
 } // namespace
 
-StatusWindow::StatusWindow(DesktopActions &actions, const LanguageChoice &language)
+StatusWindow::StatusWindow(DesktopActions &actions, const LanguageChoice &language,
+                           SimulationEntry simulationEntry)
     : m_actions(actions)
-    , m_menu(actions, language, MenuDrawing::OwnWindow)
+    , m_menu(actions, language, MenuDrawing::OwnWindow, simulationEntry)
     , m_notice(new QLabel(this))
     , m_reconnect(new QPushButton(this))
     , m_reload(new QPushButton(this))

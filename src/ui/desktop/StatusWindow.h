@@ -29,7 +29,8 @@ public:
         OnlySurface, ///< there is no tray icon: closing minimises it
     };
 
-    StatusWindow(DesktopActions &actions, const LanguageChoice &language);
+    StatusWindow(DesktopActions &actions, const LanguageChoice &language,
+                 SimulationEntry simulationEntry);
     ~StatusWindow() override;
 
     void setRole(Role role);

@@ -52,8 +52,9 @@ public:
     /// Whether this process draws the icon's menu itself; else the host does. Decided with the first host.
     bool drawsMenuItself() const { return m_kind == TrayHost::XEmbed; }
 
-    /// Whether there is a host that shows the icon at this moment.
+    /// Whether there is a host that shows the icon at this moment, and of which kind.
     bool isHosted() const;
+    TrayHost host() const { return isHosted() ? m_kind : TrayHost::None; }
 
 Q_SIGNALS:
     /// Said when it is other than said last. That there is none is said when the grace time is over, and

@@ -167,6 +167,12 @@ std::expected<TerminalCommand, Error> parseCommandLine(QStringView line)
         return language ? Parsed(LanguageCommand {*language})
                         : fault(TerminalTr::tr("Say which language: language eng|kor"));
     }
+    if (word == "shared-polling"_L1) {
+        const bool isAllowed = rest == "on"_L1;
+        return isAllowed || rest == "off"_L1
+            ? Parsed(SharedPollingCommand {isAllowed})
+            : fault(TerminalTr::tr("Say on or off: shared-polling on|off"));
+    }
     if (word == "always-allow"_L1) {
         return parseAlwaysAllow(rest);
     }

@@ -68,6 +68,13 @@ struct LanguageCommand {
     bool operator==(const LanguageCommand &) const = default;
 };
 
+/// `shared-polling on|off`
+struct SharedPollingCommand {
+    bool isAllowed = false;
+
+    bool operator==(const SharedPollingCommand &) const = default;
+};
+
 /// A command about a file or a folder, whose path is all that stands after the word
 struct FileCommand {
     enum class Purpose {
@@ -102,7 +109,7 @@ struct AlwaysAllowCommand {
 
 using TerminalCommand
     = std::variant<PlainCommand, ShowCommand, DecideCommand, DecideAllCommand, AgentCommand,
-                   LanguageCommand, FileCommand, AlwaysAllowCommand>;
+                   LanguageCommand, SharedPollingCommand, FileCommand, AlwaysAllowCommand>;
 
 /// Reads one line as typed. Words are told apart by blanks and compared exactly; the error is one line,
 /// in the operator's language, that says what is wrong. It may repeat what was typed as it was.

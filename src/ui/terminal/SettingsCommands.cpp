@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ui/terminal/SettingsCommands.h"
 
+#include "config/SharedPollingSetting.h"
 #include "monitor/AgentSelection.h"
 #include "system/BackgroundTasks.h"
 #include "ui/language/LanguageChoice.h"
@@ -61,6 +62,22 @@ void SettingsCommands::chooseLanguage(MenuLanguage language)
 {
     const bool isKept = m_collaborators.language.choose(language);
     m_collaborators.voice.say(TerminalTr::tr("The texts are in English now."));
+    sayUnlessKept(isKept);
+}
+
+void SettingsCommands::setSharedPolling(bool isAllowed)
+{
+    const bool isKept = m_collaborators.sharedPolling.setAllowSharedBotPollingOverride(isAllowed);
+    m_collaborators.voice.say(
+        isAllowed ? TerminalTr::tr(
+            "Messages of a Telegram bot that the platform uses too may be fetched.")
+                  : TerminalTr::tr(
+                      "Messages of a Telegram bot that the platform uses too are left to it."));
+    sayUnlessKept(isKept);
+}
+
+void SettingsCommands::sayUnlessKept(bool isKept)
+{
     if (!isKept) {
         m_collaborators.voice.say(
             TerminalTr::tr("This could not be remembered; it lasts until the program ends."),

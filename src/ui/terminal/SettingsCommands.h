@@ -15,6 +15,7 @@ class AgentSelection;
 class BackgroundTasks;
 class LanguageChoice;
 class OperatorPrompts;
+class SharedPollingSetting;
 class TerminalVoice;
 
 /// The commands that set for whom and in which language the program works. Main thread.
@@ -26,6 +27,7 @@ public:
     struct Collaborators {
         AgentSelection &agents;
         LanguageChoice &language;
+        SharedPollingSetting &sharedPolling;
         OperatorPrompts &prompts;
         BackgroundTasks &tasks;
         TerminalVoice &voice;
@@ -36,10 +38,12 @@ public:
     void listAgents();
     void chooseAgent(const QString &agentId);
     void chooseLanguage(MenuLanguage language);
+    void setSharedPolling(bool isAllowed);
 
 private:
     static QCoro::Task<> choose(QPointer<SettingsCommands> self, QString agentId);
     void sayAgent();
+    void sayUnlessKept(bool isKept);
 
     Collaborators m_collaborators;
 };

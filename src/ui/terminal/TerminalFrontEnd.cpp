@@ -29,6 +29,7 @@ TerminalFrontEnd::TerminalFrontEnd(const Collaborators &collaborators)
     , m_requests(collaborators.monitor, m_voice, collaborators.clock)
     , m_settings({.agents = collaborators.monitor.agents(),
                   .language = collaborators.language,
+                  .sharedPolling = collaborators.sharedPolling,
                   .prompts = m_prompts,
                   .tasks = collaborators.tasks,
                   .voice = m_voice})
@@ -88,6 +89,7 @@ void TerminalFrontEnd::carryOut(const TerminalCommand &command, DialogueMoment b
             [&](const DecideAllCommand &wish) { m_requests.decideAll(wish.decision, begunAt); },
             [&](const AgentCommand &wish) { m_settings.chooseAgent(wish.agentId); },
             [&](const LanguageCommand &wish) { m_settings.chooseLanguage(wish.language); },
+            [&](const SharedPollingCommand &wish) { m_settings.setSharedPolling(wish.isAllowed); },
             [&](const FileCommand &wish) { m_record.carryOut(wish); },
             [&](const AlwaysAllowCommand &wish) { m_alwaysAllow.carryOut(wish); },
         },

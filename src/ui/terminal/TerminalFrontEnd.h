@@ -30,6 +30,7 @@ public:
         RecordOperations &record;
         AlwaysAllowOperations &alwaysAllow;
         LanguageChoice &language;
+        SharedPollingSetting &sharedPolling;
         BackgroundTasks &tasks;
         const Clock &clock;
         LineSource &input;

@@ -281,6 +281,8 @@ TerminalLines helpLines(int columns)
         TerminalTr::tr(
             "simulate                show made-up requests and a refusal by the gateway"),
         TerminalTr::tr("language eng|kor        the language of these texts"),
+        TerminalTr::tr(
+            "shared-polling on|off   fetch messages of a Telegram bot the platform uses too"),
         TerminalTr::tr("help                    these lines"),
         TerminalTr::tr("quit                    end the program (so does the end of input)"),
         TerminalTr::tr("ID is a request's number (3 or #3), its id or the beginning of its id."),

@@ -1,0 +1,84 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "ui/desktop/AgentSettingsPage.h"
+
+#include "monitor/AgentSelection.h"
+#include "ui/desktop/AgentMenu.h"
+#include "ui/desktop/ChoiceBox.h"
+#include "ui/desktop/DesktopActions.h"
+
+#include <QBoxLayout>
+#include <QFormLayout>
+
+namespace bram
+{
+
+AgentSettingsPage::AgentSettingsPage(DesktopActions &actions, AgentSelection &agents)
+    : m_agents(agents)
+    , m_choice(new ChoiceBox(this))
+    , m_readAgain(new QPushButton(this))
+{
+    m_choice->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    m_choice->setMinimumContentsLength(20);
+    m_readAgain->setAutoDefault(false);
+    addRow(m_choice);
+    m_meaning = addNote();
+    m_emptyNote = addNote();
+    auto *button = new QHBoxLayout;
+    button->addWidget(m_readAgain);
+    button->addStretch();
+    form()->addRow(QString(), button);
+
+    connect(m_choice, &ChoiceBox::chosen, this,
+            [&actions](const QVariant &agentId) { actions.chooseAgent(agentId.toString()); });
+    connect(m_readAgain, &QPushButton::clicked, &agents,
+            &AgentSelection::refreshAvailableAgentIdsFromConfig);
+    connect(&agents, &AgentSelection::availableAgentIdsChanged, this,
+            &AgentSettingsPage::showAgents);
+    connect(&agents, &AgentSelection::selectedAgentChanged, this, &AgentSettingsPage::showAgents);
+    retranslate();
+}
+
+QString AgentSettingsPage::title() const
+{
+    return tr("&Agents");
+}
+
+void AgentSettingsPage::refresh()
+{
+    showAgents();
+}
+
+void AgentSettingsPage::retranslate()
+{
+    setRowLabel(m_choice, tr("Show requests &of:"));
+    m_choice->setAccessibleName(tr("Agent"));
+    m_readAgain->setText(tr("&Refresh"));
+    m_readAgain->setToolTip(tr("Reads the agents from the platform's configuration again"));
+    setNote(
+        m_emptyNote,
+        tr("The platform's configuration names no agent. Once it does, choose Refresh, or wait: "
+           "its file is watched."));
+    showAgents();
+}
+
+void AgentSettingsPage::showAgents()
+{
+    m_choice->clear();
+    for (const QString &agentId : m_agents.availableAgentIds()) {
+        m_choice->addItem(agentName(agentId), agentId);
+    }
+    if (m_choice->count() > 0) {
+        m_choice->insertSeparator(m_choice->count());
+    }
+    m_choice->addItem(agentName(everyAgent), everyAgent);
+    m_choice->setChosen(m_agents.selectedAgentId());
+    setNote(
+        m_meaning,
+        m_agents.isUnrestricted()
+            ? tr("The requests of every agent are shown, asked about and notified of.")
+            : tr("Only the requests of this agent are shown, asked about and notified of. Those "
+                 "of the others wait at the gateway."));
+    m_emptyNote->setVisible(m_agents.availableAgentIds().isEmpty());
+}
+
+} // namespace bram

@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "ui/desktop/RecordActions.h"
+
+#include "monitor/RecordOperations.h"
+#include "system/BackgroundTasks.h"
+#include "ui/language/LanguageChoice.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+
+namespace bram
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+/// What an operation gives is told by its own dialogs.
+QCoro::Task<> finished(QCoro::Task<bool> operation)
+{
+    co_await operation;
+}
+
+void copyToClipboard(const QString &text)
+{
+    QGuiApplication::clipboard()->setText(text);
+}
+} // namespace
+
+RecordActions::RecordActions(const Collaborators &collaborators)
+    : m_collaborators(collaborators)
+{
+    const RecordOperations *record = &collaborators.record;
+    connect(record, &RecordOperations::workStarted, this, [this] {
+        m_percentDone = 0;
+        Q_EMIT workChanged();
+    });
+    connect(record, &RecordOperations::workProgressed, this, [this](int percent) {
+        m_percentDone = percent;
+        Q_EMIT workChanged();
+    });
+    connect(record, &RecordOperations::workEnded, this, &RecordActions::workChanged);
+}
+
+void RecordActions::exportWeeklyAuditReport()
+{
+    m_collaborators.tasks.spawn(finished(m_collaborators.record.exportWeeklyAuditReport(
+                                    m_collaborators.prompts, m_collaborators.language.current())),
+                                u"weekly report"_s);
+}
+
+void RecordActions::previewWeeklyAuditReport()
+{
+    m_collaborators.tasks.spawn(finished(m_collaborators.record.previewWeeklyAuditReport(
+                                    m_collaborators.prompts, m_collaborators.language.current())),
+                                u"weekly report"_s);
+}
+
+void RecordActions::exportDiagnosticsBundle()
+{
+    m_collaborators.tasks.spawn(finished(m_collaborators.record.exportDiagnosticsBundle(
+                                    m_collaborators.prompts, m_collaborators.surface(),
+                                    m_collaborators.language.current())),
+                                u"diagnostics bundle"_s);
+}
+
+void RecordActions::copyOrSaveAllPending()
+{
+    m_collaborators.tasks.spawn(finished(m_collaborators.record.copyOrSaveAllPendingApprovalDetails(
+                                    m_collaborators.prompts, copyToClipboard)),
+                                u"export"_s);
+}
+
+bool RecordActions::isWorking() const
+{
+    return m_collaborators.record.isWorking();
+}
+
+} // namespace bram

@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "ui/desktop/SettingsPage.h"
+
+#include <QEvent>
+#include <QFormLayout>
+
+namespace bram
+{
+
+SettingsPage::SettingsPage(QWidget *parent)
+    : QWidget(parent)
+    , m_form(new QFormLayout(this))
+{
+    m_form->setContentsMargins(16, 16, 16, 16);
+    m_form->setHorizontalSpacing(12);
+    m_form->setVerticalSpacing(8);
+    m_form->setRowWrapPolicy(QFormLayout::WrapLongRows);
+    m_form->setFieldGrowthPolicy(QFormLayout::ExpandingFieldsGrow);
+    m_form->setLabelAlignment(Qt::AlignLeft);
+}
+
+void SettingsPage::addRow(QWidget *field)
+{
+    auto *label = new QLabel(this);
+    label->setBuddy(field);
+    m_form->addRow(label, field);
+}
+
+void SettingsPage::setRowLabel(QWidget *field, const QString &text)
+{
+    static_cast<QLabel *>(m_form->labelForField(field))->setText(text);
+}
+
+QLabel *SettingsPage::addNote()
+{
+    auto *note = new QLabel(this);
+    note->setTextFormat(Qt::PlainText);
+    note->setWordWrap(true);
+    note->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    QSizePolicy policy(QSizePolicy::MinimumExpanding, QSizePolicy::Minimum);
+    policy.setHeightForWidth(true);
+    note->setSizePolicy(policy);
+    m_form->addRow(QString(), note);
+    return note;
+}
+
+void SettingsPage::setNote(QLabel *note, const QString &text)
+{
+    note->setText(text);
+    note->setVisible(!text.isEmpty());
+}
+
+void SettingsPage::changeEvent(QEvent *event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::LanguageChange) {
+        retranslate();
+    }
+}
+
+} // namespace bram
