@@ -612,6 +612,10 @@
         <source>shared-polling on|off   fetch messages of a Telegram bot the platform uses too</source>
         <translation>shared-polling on|off   플랫폼도 쓰는 텔레그램 봇의 메시지 가져오기</translation>
     </message>
+    <message>
+        <source>ALWAYS ASKED, LINE BREAK</source>
+        <translation>항상 확인, 줄바꿈</translation>
+    </message>
 </context>
 <context>
     <name>Words</name>

@@ -26,6 +26,7 @@ constexpr QLatin1StringView automaticPrefix("always-allow-auto-backup-");
 constexpr qint64 maxBackupBytes = 16 * 1024 * 1024;
 constexpr QLatin1StringView idPrefix("ID: ");
 constexpr QLatin1StringView commandPrefix("Command: ");
+constexpr QLatin1StringView lineBreakLine("LineBreak: yes");
 
 QString sourceWord(AlwaysAllowSource source)
 {
@@ -62,8 +63,11 @@ QString alwaysAllowBackupText(const QList<AlwaysAllowEntry> &entries, const QStr
                        u"Count: "_s + QString::number(entries.size()), QString()};
     for (const auto &entry : entries) {
         lines += {idPrefix + entry.digest, u"Source: "_s + sourceWord(entry.source),
-                  u"Sensitive: "_s + (entry.isSecuritySensitive ? u"yes"_s : u"no"_s),
-                  commandPrefix + onOneLine(entry.command), QString()};
+                  u"Sensitive: "_s + (entry.isSecuritySensitive ? u"yes"_s : u"no"_s)};
+        if (entry.hasLineBreak) {
+            lines.append(lineBreakLine);
+        }
+        lines += {commandPrefix + onOneLine(entry.command), QString()};
     }
     return lines.join(u'\n');
 }
@@ -91,6 +95,8 @@ QList<BackedUpCommand> parseAlwaysAllowBackup(const QString &text)
             block.digest = line.sliced(idPrefix.size()).toString();
         } else if (line.startsWith(commandPrefix)) {
             block.command = line.sliced(commandPrefix.size()).trimmed().toString();
+        } else if (line == lineBreakLine) {
+            block.hasLineBreak = true;
         }
     }
     close();

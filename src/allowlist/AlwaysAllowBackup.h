@@ -17,12 +17,14 @@ class Preferences;
 struct BackedUpCommand {
     QString digest;
     QString command; ///< empty when there is none
+    bool hasLineBreak = false; ///< as of `AlwaysAllowEntry`
 
     bool operator==(const BackedUpCommand &) const = default;
 };
 
 /// A backup as people and `parseAlwaysAllowBackup` read it. A command with a line break is cut there, and
-/// marked as cut with an ellipsis: the format has one line for it.
+/// marked as cut with an ellipsis: the format has one line for it. An entry with a line break has a line that
+/// says so, which other readers pass over.
 QString alwaysAllowBackupText(const QList<AlwaysAllowEntry> &entries, const QString &header,
                               qint64 nowMs);
 

@@ -16,6 +16,9 @@ struct AlwaysAllowEntry {
     QString command;
     AlwaysAllowSource source = AlwaysAllowSource::LocalOnly;
     bool isSecuritySensitive = false;
+    /// The command that the digest was made of has a line break or an unusual blank, so that on the own list
+    /// it answers nothing (`AlwaysAllowVerdict::LineBreak`).
+    bool hasLineBreak = false;
 
     bool operator==(const AlwaysAllowEntry &) const = default;
 };

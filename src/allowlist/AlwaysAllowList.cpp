@@ -108,7 +108,7 @@ AlwaysAllowVerdict AlwaysAllowList::verdict(const QString &command) const
 void AlwaysAllowList::remember(const QString &command)
 {
     const auto digest = normalizedCommandDigest(command);
-    if (digest && m_app.insert(*digest, commandPreview(command), command)) {
+    if (digest && m_app.insert(*digest, commandPreview(command), formOf(command))) {
         m_app.persist();
         refresh();
     }
@@ -202,12 +202,15 @@ bool AlwaysAllowList::registerAtBrackwen(const QStringList &commands)
 qsizetype AlwaysAllowList::restore(const QList<BackedUpCommand> &commands)
 {
     qsizetype count = 0;
-    for (const auto &[digest, command] : commands) {
+    for (const auto &[digest, command, hasLineBreak] : commands) {
         if (!isCommandDigest(digest)) {
             continue;
         }
         const bool isKnown = !m_app.preview(digest).isEmpty();
-        m_app.insert(digest, isKnown ? QString() : command, {});
+        // Without a mark, the text may still be a preview only.
+        const bool isMarked = hasLineBreak || hasAmbiguousBlank(command);
+        m_app.insert(digest, isKnown ? QString() : command,
+                     isMarked ? CommandForm::WithLineBreak : CommandForm::Unknown);
         ++count;
     }
     m_app.persist();
@@ -218,7 +221,7 @@ qsizetype AlwaysAllowList::restore(const QList<BackedUpCommand> &commands)
 bool AlwaysAllowList::ensureInApp(const AlwaysAllowEntry &entry)
 {
     const QString pattern = m_platform.value(entry.digest);
-    return m_app.insert(entry.digest, pattern.isEmpty() ? entry.command : pattern, pattern);
+    return m_app.insert(entry.digest, pattern.isEmpty() ? entry.command : pattern, formOf(pattern));
 }
 
 void AlwaysAllowList::loadPlatform()
@@ -244,13 +247,16 @@ void AlwaysAllowList::refresh()
     for (const QString &digest : std::as_const(digests)) {
         const auto pattern = m_platform.constFind(digest);
         const bool isPlatforms = pattern != m_platform.cend();
+        const bool isOwn = m_app.digests().contains(digest);
         const QString command = isPlatforms ? *pattern : m_app.preview(digest);
-        entries.append({.digest = digest,
-                        .command = command,
-                        .source = !isPlatforms                 ? AlwaysAllowSource::LocalOnly
-                            : m_app.digests().contains(digest) ? AlwaysAllowSource::Both
-                                                               : AlwaysAllowSource::BrackwenOnly,
-                        .isSecuritySensitive = isSecuritySensitiveCommand(command)});
+        entries.append(
+            {.digest = digest,
+             .command = command,
+             .source = !isPlatforms ? AlwaysAllowSource::LocalOnly
+                 : isOwn            ? AlwaysAllowSource::Both
+                                    : AlwaysAllowSource::BrackwenOnly,
+             .isSecuritySensitive = isSecuritySensitiveCommand(command),
+             .hasLineBreak = isOwn ? m_app.hadLineBreak(digest) : hasAmbiguousBlank(command)});
     }
     entries = inOrder(entries);
     if (std::exchange(m_entries, entries) != entries) {

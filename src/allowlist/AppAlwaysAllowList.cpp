@@ -26,6 +26,11 @@ QStringList sorted(const QSet<QString> &texts)
     return list;
 }
 
+QSet<QString> setOf(const QStringList &texts)
+{
+    return {texts.begin(), texts.end()};
+}
+
 /// The value, or the empty one with a line in the log.
 template<typename Value>
 Value usable(std::expected<Value, Error> value, SystemLog &log)
@@ -38,6 +43,13 @@ Value usable(std::expected<Value, Error> value, SystemLog &log)
 }
 } // namespace
 
+CommandForm formOf(const QString &command)
+{
+    return command.isEmpty()         ? CommandForm::Unknown
+        : hasAmbiguousBlank(command) ? CommandForm::WithLineBreak
+                                     : CommandForm::Plain;
+}
+
 AppAlwaysAllowList::AppAlwaysAllowList(Preferences &preferences, SystemLog &log)
     : m_preferences(preferences)
     , m_log(log)
@@ -46,13 +58,12 @@ AppAlwaysAllowList::AppAlwaysAllowList(Preferences &preferences, SystemLog &log)
 
 void AppAlwaysAllowList::load()
 {
-    const auto listOf = [this](const QString &key) {
-        const QStringList texts = usable(m_preferences.textList(key), m_log);
-        return QSet<QString>(texts.begin(), texts.end());
-    };
-    m_digests = listOf(alwaysAllowCommandsKey);
+    m_digests = setOf(usable(m_preferences.textList(alwaysAllowCommandsKey), m_log));
     m_digests.remove(QString());
-    m_withLineBreak = listOf(lineBreakDigestsKey);
+    const auto withLineBreak = m_preferences.textList(lineBreakDigestsKey);
+    const QStringList marked = usable(withLineBreak, m_log);
+    // Without the marks, what has to be asked could not be told from what may be answered.
+    m_withLineBreak = withLineBreak ? setOf(marked) : m_digests;
     m_previews = usable(m_preferences.textMap(alwaysAllowCommandPreviewMapKey), m_log);
     m_previews.removeIf([](auto entry) {
         entry.value() = entry.value().trimmed();
@@ -63,7 +74,7 @@ void AppAlwaysAllowList::load()
     const auto legacy = m_preferences.textMap(legacyAlwaysAllowCommandMapKey);
     for (const auto &[digest, command] : usable(legacy, m_log).asKeyValueRange()) {
         if (!digest.isEmpty() && !m_previews.contains(digest)) {
-            insert(digest, commandPreview(command), command);
+            insert(digest, commandPreview(command), formOf(command));
         }
     }
     if (legacy && m_preferences.contains(legacyAlwaysAllowCommandMapKey)) {
@@ -84,8 +95,7 @@ void AppAlwaysAllowList::persist()
     }
 }
 
-bool AppAlwaysAllowList::insert(const QString &digest, const QString &preview,
-                                const QString &command)
+bool AppAlwaysAllowList::insert(const QString &digest, const QString &preview, CommandForm form)
 {
     const bool isNew = !m_digests.contains(digest);
     bool isChanged = isNew;
@@ -94,11 +104,9 @@ bool AppAlwaysAllowList::insert(const QString &digest, const QString &preview,
         m_previews.insert(digest, preview);
         isChanged = true;
     }
-    if (hasAmbiguousBlank(command)) {
-        if (isNew) {
-            m_withLineBreak.insert(digest);
-        }
-    } else if (!command.isEmpty() && m_withLineBreak.remove(digest)) {
+    if (form == CommandForm::WithLineBreak && isNew) {
+        m_withLineBreak.insert(digest);
+    } else if (form == CommandForm::Plain && m_withLineBreak.remove(digest)) {
         isChanged = true;
     }
     return isChanged;

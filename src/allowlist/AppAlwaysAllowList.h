@@ -11,6 +11,16 @@ namespace bram
 class Preferences;
 class SystemLog;
 
+/// What is known of the command that a digest was made of.
+enum class CommandForm {
+    Unknown,
+    Plain,
+    WithLineBreak, ///< or another ambiguous blank
+};
+
+/// `Unknown` of an empty text.
+CommandForm formOf(const QString &command);
+
 /// The application's own always-allow list: digests, each with a text that tells people what it is. Kept
 /// in the preferences; a malformed value there counts as empty and is said in the log. Main thread.
 class AppAlwaysAllowList
@@ -28,9 +38,9 @@ public:
     /// commands that a shell reads differently, so that it answers for none.
     bool hadLineBreak(const QString &digest) const { return m_withLineBreak.contains(digest); }
 
-    /// Each returns whether something has changed, which is then to be persisted. `command` is the text
-    /// that the digest was made of, where it is known; of an empty `preview` nothing is kept.
-    bool insert(const QString &digest, const QString &preview, const QString &command);
+    /// Each returns whether something has changed, which is then to be persisted. Of an empty `preview`
+    /// nothing is kept.
+    bool insert(const QString &digest, const QString &preview, CommandForm form);
     bool remove(const QString &digest);
     bool clear();
 

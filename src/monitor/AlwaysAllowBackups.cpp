@@ -123,9 +123,9 @@ QCoro::Task<bool> AlwaysAllowOperations::restoring(Self self, OperatorPrompts *p
         co_return true;
     }
     QStringList texts;
-    for (const auto &[digest, command] : *commands) {
-        if (own.list.find(digest) != nullptr) { // one that was refused is not
-            texts.append(command);
+    for (const BackedUpCommand &restored : *commands) {
+        if (own.list.find(restored.digest) != nullptr) { // one that was refused is not
+            texts.append(restored.command);
         }
     }
     own.list.registerAtBrackwen(concreteCommandsForBrackwen(texts));

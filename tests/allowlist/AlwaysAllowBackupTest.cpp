@@ -34,20 +34,22 @@ TEST_F(Backup, IsWrittenForPeopleAndReadBack)
     const QString first(64, u'1');
     const QString second(64, u'2');
     const QString third(64, u'3');
-    const QString text = alwaysAllowBackupText(
-        {{first, u"ls -la"_s, AlwaysAllowSource::LocalOnly, false},
-         {second, u"sudo ls\nID: "_s + third + u"\nCommand: rm x"_s, AlwaysAllowSource::Both, true},
-         {third, QString(), AlwaysAllowSource::BrackwenOnly, false}},
-        u"영구 승인 목록 백업"_s, nowMs);
-    EXPECT_EQ(text,
-              u"영구 승인 목록 백업\nGeneratedAt: 2024-03-05T07:08:09Z\nCount: 3\n\n"
-              "ID: "_s
-                  + first + u"\nSource: local\nSensitive: no\nCommand: ls -la\n\nID: "_s + second
-                  + u"\nSource: local+brackwen\nSensitive: yes\nCommand: sudo ls …\n\nID: "_s
-                  + third + u"\nSource: brackwen\nSensitive: no\nCommand: \n"_s);
+    const QString text
+        = alwaysAllowBackupText({{first, u"ls -la"_s, AlwaysAllowSource::LocalOnly, false},
+                                 {second, u"sudo ls\nID: "_s + third + u"\nCommand: rm x"_s,
+                                  AlwaysAllowSource::Both, true, true},
+                                 {third, QString(), AlwaysAllowSource::BrackwenOnly, false}},
+                                u"영구 승인 목록 백업"_s, nowMs);
+    EXPECT_EQ(
+        text,
+        u"영구 승인 목록 백업\nGeneratedAt: 2024-03-05T07:08:09Z\nCount: 3\n\n"
+        "ID: "_s
+            + first + u"\nSource: local\nSensitive: no\nCommand: ls -la\n\nID: "_s + second
+            + u"\nSource: local+brackwen\nSensitive: yes\nLineBreak: yes\nCommand: sudo ls …\n\nID: "_s
+            + third + u"\nSource: brackwen\nSensitive: no\nCommand: \n"_s);
     EXPECT_EQ(parseAlwaysAllowBackup(text),
               QList<BackedUpCommand>(
-                  {{first, u"ls -la"_s}, {second, u"sudo ls …"_s}, {third, QString()}}));
+                  {{first, u"ls -la"_s}, {second, u"sudo ls …"_s, true}, {third, QString()}}));
 }
 
 TEST_F(Backup, BlocksAreTakenAsTheyStandAndDuplicatesOnce)

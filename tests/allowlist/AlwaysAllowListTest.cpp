@@ -108,6 +108,28 @@ TEST_F(AlwaysAllow, ALineBreakIsNeverAnsweredWhicheverOfTheTwoHasIt)
     EXPECT_EQ(list->verdict(u"rm a ls b"_s), Verdict::Allowed);
 }
 
+TEST_F(AlwaysAllow, ALineBreakOutlivesABackupAndAMalformedMark)
+{
+    platformAllows({"cp c\\nls d", "make it"});
+    list->reload(AlwaysAllowScope::IncludeRegistered);
+    list->remember(u"rm a\nls b"_s);
+    const auto backup
+        = parseAlwaysAllowBackup(alwaysAllowBackupText(list->entries(), u"Head"_s, 0));
+    EXPECT_TRUE(entry(u"rm a ls b"_s).hasLineBreak);
+    list->clearApp();
+    EXPECT_EQ(list->restore(backup), 3);
+    restart();
+    for (const QString &command : {u"rm a ls b"_s, u"cp c ls d"_s, u"cp c\nls d"_s}) {
+        EXPECT_EQ(list->verdict(command), Verdict::LineBreak) << qPrintable(command);
+    }
+    EXPECT_EQ(list->verdict(u"make it"_s), Verdict::Allowed);
+
+    preferences->setText(u"approvals.always-allow.line-break-digests"_s, u"["_s);
+    restart();
+    EXPECT_EQ(list->verdict(u"rm a ls b"_s), Verdict::LineBreak);
+    EXPECT_EQ(log.lines().filter(u"line-break-digests is malformed"_s).size(), 1);
+}
+
 TEST_F(AlwaysAllow, MigratesWhatEarlierReleasesKept)
 {
     const QString known = digestOf(u"ls -la"_s);

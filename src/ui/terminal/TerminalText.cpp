@@ -232,8 +232,13 @@ TerminalLines alwaysAllowLines(const QList<AlwaysAllowEntry> &entries, int colum
         const QString digest = honestLine(entry.digest.left(listedDigestCharacters)).text;
         const QString command = entry.command.isEmpty() ? TerminalTr::tr("(command not known)")
                                                         : honestLine(entry.command).text;
-        const QString mark
-            = entry.isSecuritySensitive ? TerminalTr::tr("SENSITIVE") + u"  "_s : QString();
+        QString mark;
+        if (entry.isSecuritySensitive) {
+            mark += TerminalTr::tr("SENSITIVE") + u"  "_s;
+        }
+        if (entry.hasLineBreak && entry.source != AlwaysAllowSource::BrackwenOnly) {
+            mark += TerminalTr::tr("ALWAYS ASKED, LINE BREAK") + u"  "_s;
+        }
         appendRows(lines, {}, u"  : "_s,
                    digest + u"  "_s + listWord(entry.source).leftJustified(8) + u"  "_s + mark
                        + command,
