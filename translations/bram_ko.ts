@@ -1042,6 +1042,10 @@
         <source>Remove %1 always-allow entries</source>
         <translation>영구 승인 항목 %1개 삭제</translation>
     </message>
+    <message>
+        <source>CAUTION: %1 of them show another command than the one that they allow: %2</source>
+        <translation>주의: %1개 항목은 실제로 허용하는 명령과 다른 명령을 표시합니다: %2</translation>
+    </message>
 </context>
 <context>
     <name>bram::ApprovalPopupView</name>

@@ -2,6 +2,7 @@
 #include "allowlist/AlwaysAllowBackup.h"
 
 #include "allowlist/CommandDigest.h"
+#include "allowlist/ExecApprovalsEdit.h"
 #include "system/FileReplacement.h"
 #include "system/Files.h"
 #include "system/Preferences.h"
@@ -103,23 +104,35 @@ QList<BackedUpCommand> parseAlwaysAllowBackup(const QString &text)
     return commands;
 }
 
+bool isMisleading(const BackedUpCommand &backedUp)
+{
+    // Previews, which have no arguments and no folder, are for commands of many digests.
+    return isCommandDigest(backedUp.digest)
+        && !concreteCommandsForBrackwen({backedUp.command}).isEmpty()
+        && normalizedCommandDigest(backedUp.command) != backedUp.digest;
+}
+
 QString manualBackupName(qint64 nowMs)
 {
     return fileName("always-allow-backup-"_L1, nowMs);
 }
 
-std::expected<void, Error> writeAutomaticBackup(const QString &homeFolder, Preferences &preferences,
-                                                const QString &text, qint64 nowMs)
+std::expected<QString, Error> writeAutomaticBackup(const QString &homeFolder, const QString &text,
+                                                   qint64 nowMs)
 {
     const QString folder = homeFolder + u"/.brackwen/approvals-menu-backups"_s;
+    if (const auto made = makePrivateFolder(folder); !made) {
+        return std::unexpected(made.error());
+    }
     const QString path = folder + u'/' + fileName(automaticPrefix, nowMs);
-    auto written = makePrivateFolder(folder);
-    if (written) {
-        written = writePrivateFile(path, text.toUtf8());
+    if (const auto written = writePrivateFile(path, text.toUtf8()); !written) {
+        return std::unexpected(written.error());
     }
-    if (!written) {
-        return written;
-    }
+    return path;
+}
+
+void replaceLastAutomaticBackup(Preferences &preferences, const QString &path)
+{
     const QString previous = preferences.text(lastPathKey).value_or(QString());
     // The preferences may hold anything: only a backup is removed.
     if (!previous.isEmpty() && previous != path
@@ -128,7 +141,6 @@ std::expected<void, Error> writeAutomaticBackup(const QString &homeFolder, Prefe
     }
     preferences.setText(lastPathKey, path);
     preferences.save();
-    return {};
 }
 
 std::expected<QList<BackedUpCommand>, Error> readAlwaysAllowBackup(const QString &path)

@@ -31,14 +31,21 @@ QString alwaysAllowBackupText(const QList<AlwaysAllowEntry> &entries, const QStr
 /// Each digest once, with the command of its first block. Lines of other kinds are passed over.
 QList<BackedUpCommand> parseAlwaysAllowBackup(const QString &text);
 
+/// Whether the command is whole, and another one than that of the digest: this would show one command and allow
+/// another.
+bool isMisleading(const BackedUpCommand &backedUp);
+
 /// The name suggested for a backup that the operator makes.
 QString manualBackupName(qint64 nowMs);
 
-/// Writes the automatic backup to its folder in `homeFolder`, and removes the one before.
-std::expected<void, Error> writeAutomaticBackup(const QString &homeFolder, Preferences &preferences,
-                                                const QString &text, qint64 nowMs);
+/// Writes the automatic backup to its folder in `homeFolder`, and returns its path. Any thread.
+std::expected<QString, Error> writeAutomaticBackup(const QString &homeFolder, const QString &text,
+                                                   qint64 nowMs);
 
-/// The blocks of a backup file; at most 16 MiB of UTF-8.
+/// Remembers this automatic backup and removes the one before. Main thread.
+void replaceLastAutomaticBackup(Preferences &preferences, const QString &path);
+
+/// The blocks of a backup file; at most 16 MiB of UTF-8. Any thread.
 std::expected<QList<BackedUpCommand>, Error> readAlwaysAllowBackup(const QString &path);
 
 } // namespace bram

@@ -44,6 +44,11 @@ QList<AlwaysAllowEntry> inOrder(const QList<AlwaysAllowEntry> &entries)
     }
     return result;
 }
+
+QCoro::Task<bool> nothingToDo()
+{
+    co_return false;
+}
 } // namespace
 
 AlwaysAllowList::AlwaysAllowList(Preferences &preferences, const QString &platformFolder,
@@ -133,28 +138,6 @@ bool AlwaysAllowList::removeFromApp(const QList<AlwaysAllowEntry> &entries)
     return true;
 }
 
-bool AlwaysAllowList::removeFromBrackwen(const QList<AlwaysAllowEntry> &entries)
-{
-    bool isAdded = false;
-    for (const auto &entry : entries) {
-        isAdded = ensureInApp(entry) || isAdded;
-    }
-    const bool isRemoved = takeFromBrackwen(entries);
-    if (!isAdded && !isRemoved) {
-        return false;
-    }
-    persistAndReload();
-    return true;
-}
-
-bool AlwaysAllowList::removeFromBoth(const QList<AlwaysAllowEntry> &entries)
-{
-    const bool isRemovedHere = takeFromApp(entries);
-    const bool isRemovedThere = takeFromBrackwen(entries);
-    persistAndReload();
-    return isRemovedHere || isRemovedThere;
-}
-
 bool AlwaysAllowList::takeFromApp(const QList<AlwaysAllowEntry> &entries)
 {
     bool isChanged = false;
@@ -167,7 +150,7 @@ bool AlwaysAllowList::takeFromApp(const QList<AlwaysAllowEntry> &entries)
 }
 
 /// Each file is written once, however many entries go.
-bool AlwaysAllowList::takeFromBrackwen(const QList<AlwaysAllowEntry> &entries)
+QCoro::Task<bool> AlwaysAllowList::takeFromBrackwen(const QList<AlwaysAllowEntry> &entries)
 {
     QSet<QString> digests;
     for (const auto &entry : entries) {
@@ -175,7 +158,7 @@ bool AlwaysAllowList::takeFromBrackwen(const QList<AlwaysAllowEntry> &entries)
             digests.insert(entry.digest);
         }
     }
-    return !digests.isEmpty() && m_files.removeDigests(digests);
+    return digests.isEmpty() ? nothingToDo() : m_files.removeDigests(digests);
 }
 
 bool AlwaysAllowList::clearApp()
@@ -185,18 +168,44 @@ bool AlwaysAllowList::clearApp()
     return isChanged;
 }
 
-bool AlwaysAllowList::clearBrackwen()
+QCoro::Task<bool> AlwaysAllowList::removeFromBrackwen(QList<AlwaysAllowEntry> entries)
 {
-    const bool isChanged = m_files.clear();
-    persistAndReload();
-    return isChanged;
+    bool isAdded = false;
+    for (const auto &entry : entries) {
+        isAdded = ensureInApp(entry) || isAdded;
+    }
+    if (isAdded) {
+        m_app.persist();
+    }
+    return following(this, takeFromBrackwen(entries), isAdded, Reload::WhereChanged);
 }
 
-bool AlwaysAllowList::registerAtBrackwen(const QStringList &commands)
+QCoro::Task<bool> AlwaysAllowList::removeFromBoth(QList<AlwaysAllowEntry> entries)
 {
-    const bool isChanged = m_files.appendCommands(commands);
-    reload(AlwaysAllowScope::IncludeRegistered);
-    return isChanged;
+    const bool isRemoved = takeFromApp(entries);
+    m_app.persist();
+    return following(this, takeFromBrackwen(entries), isRemoved, Reload::Always);
+}
+
+QCoro::Task<bool> AlwaysAllowList::clearBrackwen()
+{
+    return following(this, m_files.clear(), false, Reload::Always);
+}
+
+QCoro::Task<bool> AlwaysAllowList::registerAtBrackwen(QStringList commands)
+{
+    return following(this, m_files.appendCommands(std::move(commands)), false, Reload::Always);
+}
+
+QCoro::Task<bool> AlwaysAllowList::following(Self self, QCoro::Task<bool> work, bool isChangedHere,
+                                             Reload reload)
+{
+    const bool isChangedThere = co_await work;
+    const bool isChanged = isChangedHere || isChangedThere;
+    if (self && (isChanged || reload == Reload::Always)) {
+        self->reload(AlwaysAllowScope::IncludeRegistered);
+    }
+    co_return isChanged;
 }
 
 qsizetype AlwaysAllowList::restore(const QList<BackedUpCommand> &commands)

@@ -7,9 +7,11 @@
 #include "allowlist/AppAlwaysAllowList.h"
 #include "allowlist/ExecApprovalsFiles.h"
 
+#include <QCoro/QCoroTask>
 #include <QHash>
 #include <QList>
 #include <QObject>
+#include <QPointer>
 
 namespace bram
 {
@@ -52,12 +54,15 @@ public:
     // Each returns whether something has changed.
     bool addToApp(const QList<AlwaysAllowEntry> &entries);
     bool removeFromApp(const QList<AlwaysAllowEntry> &entries);
-    /// The commands stay allowed here.
-    bool removeFromBrackwen(const QList<AlwaysAllowEntry> &entries);
-    bool removeFromBoth(const QList<AlwaysAllowEntry> &entries);
     bool clearApp();
-    bool clearBrackwen();
-    bool registerAtBrackwen(const QStringList &commands);
+
+    // The same, in the platform's files: begun at once, and done to its end also when this object goes. What
+    // changes here is kept before the wait, so that nothing done meanwhile is lost.
+    /// The commands stay allowed here.
+    QCoro::Task<bool> removeFromBrackwen(QList<AlwaysAllowEntry> entries);
+    QCoro::Task<bool> removeFromBoth(QList<AlwaysAllowEntry> entries);
+    QCoro::Task<bool> clearBrackwen();
+    QCoro::Task<bool> registerAtBrackwen(QStringList commands);
 
     /// Takes in what has a proper digest, without replacing a text that is there. Returns how many.
     qsizetype restore(const QList<BackedUpCommand> &commands);
@@ -66,9 +71,17 @@ Q_SIGNALS:
     void entriesChanged();
 
 private:
+    using Self = QPointer<AlwaysAllowList>;
+
+    /// When the work on the platform's files has ended: loads the lists anew where something has changed, there or
+    /// before here, and gives whether it has.
+    enum class Reload { WhereChanged, Always };
+    static QCoro::Task<bool> following(Self self, QCoro::Task<bool> work, bool isChangedHere,
+                                       Reload reload);
+
     bool ensureInApp(const AlwaysAllowEntry &entry);
     bool takeFromApp(const QList<AlwaysAllowEntry> &entries);
-    bool takeFromBrackwen(const QList<AlwaysAllowEntry> &entries);
+    QCoro::Task<bool> takeFromBrackwen(const QList<AlwaysAllowEntry> &entries);
     void loadPlatform();
     void refresh();
     void persistAndReload();

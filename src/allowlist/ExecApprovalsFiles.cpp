@@ -11,6 +11,7 @@
 #include <QFileInfo>
 
 #include <algorithm>
+#include <utility>
 
 namespace bram
 {
@@ -22,22 +23,12 @@ namespace
 constexpr qint64 maxBytes = 16 * 1024 * 1024;
 /// A program that writes a file in place needs a moment until it is whole.
 constexpr int settlingMs = 100;
+/// As long as events keep coming, which may be about other files in the folder.
+constexpr int longestSettlingMs = 1000;
 /// How often an edit is done again because the file had changed meanwhile.
 constexpr int mostAttempts = 50;
 
-std::expected<ExactJsonDocument, Error> readDocument(const QString &path)
-{
-    const auto content = readRegularFile(path, maxBytes);
-    if (!content) {
-        return std::unexpected(content.error());
-    }
-    auto document = parseExactJson(*content);
-    if (document && !document->root.isObject()) {
-        return std::unexpected(Error {u"not a JSON object"_s});
-    }
-    return document;
-}
-
+/// In the order of their names.
 QStringList candidatesIn(const QString &folder)
 {
     // The name filter of QDir would ignore case.
@@ -51,6 +42,19 @@ QStringList candidatesIn(const QString &folder)
     }
     std::ranges::sort(paths);
     return paths;
+}
+
+std::expected<ExactJsonDocument, Error> readDocument(const QString &path)
+{
+    const auto content = readRegularFile(path, maxBytes);
+    if (!content) {
+        return std::unexpected(content.error());
+    }
+    auto document = parseExactJson(*content);
+    if (document && !document->root.isObject()) {
+        return std::unexpected(Error {u"not a JSON object"_s});
+    }
+    return document;
 }
 } // namespace
 
@@ -73,13 +77,20 @@ ExecApprovalsFiles::ExecApprovalsFiles(const QString &folder, SystemLog &log)
 {
     m_settling.setSingleShot(true);
     m_settling.setInterval(settlingMs);
-    connect(&m_settling, &QTimer::timeout, this, [this] {
-        watchWhatIsThere();
-        Q_EMIT changed();
-    });
-    const auto settle = [this] { m_settling.start(); };
+    connect(&m_settling, &QTimer::timeout, this, &ExecApprovalsFiles::look);
+    const auto settle = [this] {
+        if (!m_settling.isActive()) {
+            m_unsettled.start();
+        }
+        if (m_unsettled.elapsed() < longestSettlingMs) {
+            m_settling.start();
+        }
+    };
     connect(&m_watcher, &QFileSystemWatcher::directoryChanged, this, settle);
-    connect(&m_watcher, &QFileSystemWatcher::fileChanged, this, settle);
+    connect(&m_watcher, &QFileSystemWatcher::fileChanged, this, [this, settle] {
+        m_wasWritten = true;
+        settle();
+    });
 }
 
 QStringList ExecApprovalsFiles::candidatePaths() const
@@ -107,36 +118,55 @@ ExecApprovalsFiles::Patterns ExecApprovalsFiles::load()
     return patterns;
 }
 
-bool ExecApprovalsFiles::appendCommands(const QStringList &commands)
+QCoro::Task<bool> ExecApprovalsFiles::appendCommands(QStringList commands)
 {
-    return editEach([&](ExactJson &root) { return bram::appendCommands(root, commands); });
+    return editing(this,
+                   [commands](ExactJson &root) { return bram::appendCommands(root, commands); });
 }
 
-bool ExecApprovalsFiles::removeDigests(const QSet<QString> &digests)
+QCoro::Task<bool> ExecApprovalsFiles::removeDigests(QSet<QString> digests)
 {
-    return editEach([&](ExactJson &root) { return bram::removeDigests(root, digests); });
+    return editing(this, [digests](ExactJson &root) { return bram::removeDigests(root, digests); });
 }
 
-bool ExecApprovalsFiles::clear()
+QCoro::Task<bool> ExecApprovalsFiles::clear()
 {
-    return editEach([](ExactJson &root) { return clearAllowlists(root); });
+    return editing(this, [](ExactJson &root) { return clearAllowlists(root); });
 }
 
-bool ExecApprovalsFiles::editEach(const Edit &edit)
+QCoro::Task<bool> ExecApprovalsFiles::editing(QPointer<ExecApprovalsFiles> self, Edit edit)
 {
-    bool isChanged = false;
-    for (const QString &path : candidatePaths()) {
-        const auto edited = editFile(path, edit);
+    std::function<Outcome()> work
+        = [folder = self->m_folder, edit] { return editEach(candidatesIn(folder), edit); };
+    const Outcome outcome = co_await self->m_worker.run<Outcome>({}, std::move(work));
+    if (!self) {
+        co_return false;
+    }
+    for (const auto &[path, problem] : outcome.problems.asKeyValueRange()) {
+        self->sayProblem(path, problem);
+    }
+    for (const QString &failure : outcome.failures) {
+        self->m_log.write(QString(u"Brackwen allowlist update failed: "_s + failure));
+    }
+    co_return outcome.isChanged;
+}
+
+ExecApprovalsFiles::Outcome ExecApprovalsFiles::editEach(const QStringList &paths, const Edit &edit)
+{
+    Outcome outcome;
+    for (const QString &path : paths) {
+        const auto edited = editFile(path, edit, outcome);
         if (edited) {
-            isChanged = isChanged || *edited;
+            outcome.isChanged = outcome.isChanged || *edited;
         } else {
-            m_log.write(QString(u"Brackwen allowlist update failed: "_s + edited.error().message));
+            outcome.failures.append(edited.error().message);
         }
     }
-    return isChanged;
+    return outcome;
 }
 
-std::expected<bool, Error> ExecApprovalsFiles::editFile(const QString &path, const Edit &edit)
+std::expected<bool, Error> ExecApprovalsFiles::editFile(const QString &path, const Edit &edit,
+                                                        Outcome &outcome)
 {
     if (!QFileInfo::exists(path)) { // a link to nowhere
         return false;
@@ -149,7 +179,7 @@ std::expected<bool, Error> ExecApprovalsFiles::editFile(const QString &path, con
     for (int attempt = 0; attempt < mostAttempts; ++attempt) {
         auto document = readDocument(path);
         if (!document) {
-            sayProblem(path, document.error().message);
+            outcome.problems.insert(path, document.error().message);
             return false;
         }
         const auto edited = edit(document->root);
@@ -182,21 +212,42 @@ void ExecApprovalsFiles::sayProblem(const QString &path, const QString &problem)
 
 void ExecApprovalsFiles::watch()
 {
-    m_isWatching = true;
     watchWhatIsThere();
+    m_stamps = stamps();
+}
+
+QMap<QString, FileStamp> ExecApprovalsFiles::stamps() const
+{
+    QMap<QString, FileStamp> stamps;
+    for (const QString &path : candidatePaths()) {
+        stamps.insert(path, FileStamp::of(path));
+    }
+    return stamps;
+}
+
+void ExecApprovalsFiles::look()
+{
+    watchWhatIsThere();
+    // The folder is the platform's, and busy with files that are none of ours.
+    const bool isWritten = std::exchange(m_wasWritten, false);
+    const auto now = stamps();
+    if (std::exchange(m_stamps, now) != now || isWritten) {
+        Q_EMIT changed();
+    }
 }
 
 void ExecApprovalsFiles::watchWhatIsThere()
 {
-    if (!m_isWatching) {
-        return;
-    }
     // As long as the folder is not there, the one above tells when it comes.
     const bool isThere = QFileInfo(m_folder).isDir();
     QStringList wanted {isThere ? m_folder : QFileInfo(m_folder).absolutePath()};
     for (const QString &path : candidatePaths()) {
         wanted.append(path); // also follows a link to the file it names
+        if (const QFileInfo file(path); file.isSymLink()) {
+            wanted.append(QFileInfo(file.symLinkTarget()).absolutePath());
+        }
     }
+    wanted.removeDuplicates();
     // Anew: a watched path may meanwhile stand for another file.
     if (const QStringList watched = m_watcher.directories() + m_watcher.files();
         !watched.isEmpty()) {

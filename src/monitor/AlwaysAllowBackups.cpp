@@ -10,6 +10,8 @@
 #include "system/FileReplacement.h"
 #include "system/SystemLog.h"
 
+#include <algorithm>
+
 namespace bram
 {
 
@@ -18,6 +20,8 @@ using namespace Qt::StringLiterals;
 namespace
 {
 const QString lastFolder = u"always-allow-backup"_s;
+constexpr qsizetype namedDigestCharacters = 12; ///< enough to name an entry
+constexpr qsizetype mostNamed = 5;
 } // namespace
 
 QCoro::Task<bool> AlwaysAllowOperations::backup(OperatorPrompts &prompts)
@@ -60,9 +64,17 @@ QCoro::Task<bool> AlwaysAllowOperations::backingUp(Self self, OperatorPrompts *p
                                                    QString path)
 {
     auto &own = self->m_collaborators;
+    const auto count = own.list.entries().size();
     const QString text = alwaysAllowBackupText(own.list.entries(), tr("Always allow list backup"),
                                                own.clock.nowMs());
-    const auto written = writePrivateFile(path, text.toUtf8());
+    using Written = std::expected<void, Error>;
+    std::function<Written()> work
+        = [path, bytes = text.toUtf8()] { return writePrivateFile(path, bytes); };
+    const Written abandoned = std::unexpected(Error {u"the program ends"_s});
+    const Written written = co_await self->m_worker.run<Written>(abandoned, std::move(work));
+    if (!self) {
+        co_return false;
+    }
     if (!written) {
         own.log.write(
             QString(u"[Brackwen] always-allow backup failed: "_s + written.error().message));
@@ -71,8 +83,7 @@ QCoro::Task<bool> AlwaysAllowOperations::backingUp(Self self, OperatorPrompts *p
         co_await prompts->inform(notice);
         co_return false;
     }
-    self->recordCount(ActivityActor::App, ActivityAction::BackupAlwaysAllowList,
-                      own.list.entries().size());
+    self->recordCount(ActivityActor::App, ActivityAction::BackupAlwaysAllowList, count);
     co_return true;
 }
 
@@ -95,27 +106,30 @@ QCoro::Task<bool> AlwaysAllowOperations::restoring(Self self, OperatorPrompts *p
                                                    QString path)
 {
     auto &own = self->m_collaborators;
-    const auto commands = readAlwaysAllowBackup(path);
-    const qsizetype count = commands ? own.list.restore(*commands) : 0;
+    using Read = std::expected<QList<BackedUpCommand>, Error>;
+    std::function<Read()> work = [path] { return readAlwaysAllowBackup(path); };
+    const Read abandoned = std::unexpected(Error {u"the program ends"_s});
+    const Read read = co_await self->m_worker.run<Read>(abandoned, std::move(work));
+    if (!self) {
+        co_return false;
+    }
+    const QList<BackedUpCommand> commands = read.value_or(QList<BackedUpCommand>());
+    const qsizetype count = read ? own.list.restore(commands) : 0;
     if (count == 0) {
-        own.log.write(
-            QString(u"[Brackwen] always-allow restore failed: "_s
-                    + (commands ? path + u" holds no valid entry"_s : commands.error().message)));
-        const Alert notice {tr("Restore failed"), tr("No valid entries were found in the backup.")};
+        const QString reason = read ? refusedText(commands.size()) : read.error().message;
+        own.log.write(QString(u"[Brackwen] always-allow restore failed: "_s
+                              + (read ? path + u" holds no valid entry"_s : reason)));
+        QStringList texts {tr("No valid entries were found in the backup."), reason};
+        texts.removeAll(QString());
+        const Alert notice {tr("Restore failed"), texts.join(u'\n')};
         co_await prompts->inform(notice);
         co_return false;
     }
     self->record(ActivityActor::App, ActivityAction::RestoreAlwaysAllowList,
                  u"restored-count="_s + QString::number(count));
-    QString outcome = tr("Entries restored to the app list: %1.").arg(count);
-    if (const auto refused = commands->size() - count; refused > 0) {
-        outcome += u' '
-            + tr("Refused because their ID is not 64 lower-case hexadecimal digits: %1.")
-                  .arg(refused);
-    }
     const Question question {
         .title = tr("Do you want to also add restored items to Brackwen always-allow lists?"),
-        .text = outcome,
+        .text = restoredText(commands, count),
         .buttons = {tr("Confirm"), tr("Cancel")},
         .harmless = 1};
     const auto choice = co_await prompts->ask(question);
@@ -123,13 +137,41 @@ QCoro::Task<bool> AlwaysAllowOperations::restoring(Self self, OperatorPrompts *p
         co_return true;
     }
     QStringList texts;
-    for (const BackedUpCommand &restored : *commands) {
+    for (const BackedUpCommand &restored : commands) {
         if (own.list.find(restored.digest) != nullptr) { // one that was refused is not
             texts.append(restored.command);
         }
     }
-    own.list.registerAtBrackwen(concreteCommandsForBrackwen(texts));
+    co_await own.list.registerAtBrackwen(concreteCommandsForBrackwen(texts));
     co_return true;
+}
+
+QString AlwaysAllowOperations::refusedText(qsizetype count)
+{
+    return count == 0
+        ? QString()
+        : tr("Refused because their ID is not 64 lower-case hexadecimal digits: %1.").arg(count);
+}
+
+QString AlwaysAllowOperations::restoredText(const QList<BackedUpCommand> &commands, qsizetype count)
+{
+    QStringList texts {tr("Entries restored to the app list: %1.").arg(count),
+                       refusedText(commands.size() - count)};
+    QStringList misleading;
+    for (const BackedUpCommand &restored : commands) {
+        if (isMisleading(restored)) {
+            misleading.append(restored.digest.left(namedDigestCharacters));
+        }
+    }
+    if (!misleading.isEmpty()) {
+        const auto all = misleading.size();
+        misleading.resize(std::min(all, mostNamed));
+        texts.append(tr("CAUTION: %1 of them show another command than the one that they allow: %2")
+                         .arg(QString::number(all),
+                              misleading.join(u", "_s) + (all > mostNamed ? u" …"_s : QString())));
+    }
+    texts.removeAll(QString());
+    return texts.join(u' ');
 }
 
 } // namespace bram

@@ -25,6 +25,15 @@ QString entryDetail(const AlwaysAllowEntry &entry)
     const QString preview = recordedPreview(entry.command);
     return preview.isEmpty() ? entry.digest.left(12) + u"…"_s : preview;
 }
+
+QStringList concreteCommands(const QList<AlwaysAllowEntry> &entries)
+{
+    QStringList texts;
+    for (const auto &entry : entries) {
+        texts.append(entry.command);
+    }
+    return concreteCommandsForBrackwen(texts);
+}
 } // namespace
 
 AlwaysAllowOperations::AlwaysAllowOperations(const Collaborators &collaborators)
@@ -118,7 +127,8 @@ QCoro::Task<bool> AlwaysAllowOperations::removing(Self self, OperatorPrompts *pr
     const auto unregistered
         = std::ranges::count(entries, AlwaysAllowSource::LocalOnly, &AlwaysAllowEntry::source);
     if (target != Target::Brackwen || unregistered == 0) {
-        co_return self->removeFrom(target, entries);
+        const bool isChanged = co_await removingFrom(self, target, entries);
+        co_return isChanged;
     }
     const QString text = entries.size() == 1
         ? tr("This entry is not registered in Brackwen. It will be kept in the app list.")
@@ -133,32 +143,39 @@ QCoro::Task<bool> AlwaysAllowOperations::removing(Self self, OperatorPrompts *pr
     if (entries.size() == 1) {
         co_return self->addToAppList(entries);
     }
-    co_return self->removeFrom(target, self->m_collaborators.list.present(entries));
+    const auto left = self->m_collaborators.list.present(entries);
+    const bool isChanged = co_await removingFrom(self, target, left);
+    co_return isChanged;
 }
 
-bool AlwaysAllowOperations::removeFrom(Target target, const QList<AlwaysAllowEntry> &entries)
+QCoro::Task<bool> AlwaysAllowOperations::removingFrom(Self self, Target target,
+                                                      QList<AlwaysAllowEntry> entries)
 {
-    auto &list = m_collaborators.list;
+    auto &list = self->m_collaborators.list;
     bool isChanged = false;
     switch (target) {
     case Target::App:
         isChanged = list.removeFromApp(entries);
         if (isChanged) {
-            recordEntries(ActivityActor::App, ActivityAction::RemoveFromAppList, entries);
+            self->recordEntries(ActivityActor::App, ActivityAction::RemoveFromAppList, entries);
         }
         break;
     case Target::Brackwen:
-        isChanged = list.removeFromBrackwen(entries);
-        if (isChanged) {
-            recordEntries(ActivityActor::Brackwen, ActivityAction::RemoveFromBrackwen, entries);
+        isChanged = co_await list.removeFromBrackwen(entries);
+        if (self && isChanged) {
+            self->recordEntries(ActivityActor::Brackwen, ActivityAction::RemoveFromBrackwen,
+                                entries);
         }
         break;
     case Target::Both:
-        isChanged = list.removeFromBoth(entries);
-        recordEntries(ActivityActor::AppAndBrackwen, ActivityAction::RemoveFromBoth, entries);
+        isChanged = co_await list.removeFromBoth(entries);
+        if (self) {
+            self->recordEntries(ActivityActor::AppAndBrackwen, ActivityAction::RemoveFromBoth,
+                                entries);
+        }
         break;
     }
-    return isChanged;
+    co_return isChanged;
 }
 
 QCoro::Task<bool> AlwaysAllowOperations::askingAndRemoving(Self self, OperatorPrompts *prompts,
@@ -186,10 +203,19 @@ QCoro::Task<> AlwaysAllowOperations::reloading(Self self, OperatorPrompts *promp
 {
     auto &own = self->m_collaborators;
     const qint64 nowMs = own.clock.nowMs();
-    const auto written = writeAutomaticBackup(
-        own.homeFolder, own.preferences,
-        alwaysAllowBackupText(own.list.entries(), tr("Always allow list auto-backup"), nowMs),
-        nowMs);
+    const QString text
+        = alwaysAllowBackupText(own.list.entries(), tr("Always allow list auto-backup"), nowMs);
+    using Written = std::expected<QString, Error>;
+    std::function<Written()> work
+        = [home = own.homeFolder, text, nowMs] { return writeAutomaticBackup(home, text, nowMs); };
+    const Written abandoned = std::unexpected(Error {u"the program ends"_s});
+    const Written written = co_await self->m_worker.run<Written>(abandoned, std::move(work));
+    if (!self) {
+        co_return;
+    }
+    if (written) {
+        replaceLastAutomaticBackup(own.preferences, *written);
+    }
     own.list.reload(scope);
     if (scope == AlwaysAllowScope::IncludeRegistered) {
         self->record(ActivityActor::AppAndBrackwen, ActivityAction::RefreshAlwaysAllowList,
@@ -226,7 +252,8 @@ QCoro::Task<bool> AlwaysAllowOperations::clearing(Self self, OperatorPrompts *pr
                                                   Target target)
 {
     if (target == Target::App) {
-        co_return self->clearLists(target);
+        const bool isChanged = co_await clearingLists(self, target);
+        co_return isChanged;
     }
     const Question question {
         .title = tr("Confirmation"),
@@ -235,7 +262,11 @@ QCoro::Task<bool> AlwaysAllowOperations::clearing(Self self, OperatorPrompts *pr
         .buttons = {tr("Confirm"), tr("Cancel")},
         .harmless = 1};
     const auto choice = co_await prompts->ask(question);
-    co_return self &&choice == 0 && self->clearLists(target);
+    if (!self || choice != 0) {
+        co_return false;
+    }
+    const bool isChanged = co_await clearingLists(self, target);
+    co_return isChanged;
 }
 
 QCoro::Task<bool> AlwaysAllowOperations::askingAndClearing(Self self, OperatorPrompts *prompts)
@@ -254,31 +285,31 @@ QCoro::Task<bool> AlwaysAllowOperations::askingAndClearing(Self self, OperatorPr
     co_return isChanged;
 }
 
-bool AlwaysAllowOperations::clearLists(Target target)
+QCoro::Task<bool> AlwaysAllowOperations::clearingLists(Self self, Target target)
 {
-    auto &list = m_collaborators.list;
+    auto &list = self->m_collaborators.list;
     const auto count = list.entries().size();
-    bool isChanged = false;
+    bool isChanged = target != Target::Brackwen && list.clearApp();
+    if (target != Target::App) {
+        const bool isBrackwenChanged = co_await list.clearBrackwen();
+        isChanged = isChanged || isBrackwenChanged;
+    }
+    if (!self) {
+        co_return isChanged;
+    }
+    const auto gone = count - list.entries().size();
     switch (target) {
     case Target::App:
-        isChanged = list.clearApp();
-        recordCount(ActivityActor::App, ActivityAction::ClearAppList,
-                    count - list.entries().size());
+        self->recordCount(ActivityActor::App, ActivityAction::ClearAppList, gone);
         break;
     case Target::Brackwen:
-        isChanged = list.clearBrackwen();
-        recordCount(ActivityActor::Brackwen, ActivityAction::ClearBrackwenList,
-                    count - list.entries().size());
+        self->recordCount(ActivityActor::Brackwen, ActivityAction::ClearBrackwenList, gone);
         break;
-    case Target::Both: {
-        const bool isAppChanged = list.clearApp();
-        isChanged = list.clearBrackwen() || isAppChanged;
-        recordCount(ActivityActor::AppAndBrackwen, ActivityAction::ClearBothLists,
-                    count - list.entries().size());
+    case Target::Both:
+        self->recordCount(ActivityActor::AppAndBrackwen, ActivityAction::ClearBothLists, gone);
         break;
     }
-    }
-    return isChanged;
+    co_return isChanged;
 }
 
 QCoro::Task<bool> AlwaysAllowOperations::addingAll(Self self, OperatorPrompts *prompts)
@@ -292,8 +323,11 @@ QCoro::Task<bool> AlwaysAllowOperations::addingAll(Self self, OperatorPrompts *p
     if (!self || choice != 0) {
         co_return false;
     }
-    const bool isChanged = self->m_collaborators.list.addToApp(shown);
-    self->recordCount(ActivityActor::App, ActivityAction::AddAllToAppList, shown.size());
+    auto &list = self->m_collaborators.list;
+    const auto added
+        = list.present(shown); // not what has been taken out while the question was open
+    const bool isChanged = list.addToApp(added);
+    self->recordCount(ActivityActor::App, ActivityAction::AddAllToAppList, added.size());
     const Alert notice {tr("Confirm registration"),
                         tr("All visible entries were added to the app list.")};
     co_await prompts->inform(notice);
@@ -302,11 +336,8 @@ QCoro::Task<bool> AlwaysAllowOperations::addingAll(Self self, OperatorPrompts *p
 
 QCoro::Task<bool> AlwaysAllowOperations::registering(Self self, OperatorPrompts *prompts)
 {
-    QStringList texts;
-    for (const auto &entry : self->m_collaborators.list.entries()) {
-        texts.append(entry.command);
-    }
-    const QStringList commands = concreteCommandsForBrackwen(texts);
+    auto &list = self->m_collaborators.list;
+    QStringList commands = concreteCommands(list.entries());
     if (commands.isEmpty()) {
         const Alert notice {
             tr("No commands to register"),
@@ -324,7 +355,12 @@ QCoro::Task<bool> AlwaysAllowOperations::registering(Self self, OperatorPrompts 
     if (!self || choice != 0) {
         co_return false;
     }
-    const bool isChanged = self->m_collaborators.list.registerAtBrackwen(commands);
+    const QStringList current = concreteCommands(list.entries());
+    commands.removeIf([&current](const QString &command) { return !current.contains(command); });
+    const bool isChanged = co_await list.registerAtBrackwen(commands);
+    if (!self) {
+        co_return isChanged;
+    }
     self->recordCount(ActivityActor::Brackwen, ActivityAction::RegisterAlwaysAllowToBrackwen,
                       commands.size());
     const QString changedText

@@ -3,6 +3,7 @@
 
 #include "allowlist/AlwaysAllowList.h"
 #include "model/ActivityEntry.h"
+#include "system/Worker.h"
 
 #include <QCoro/QCoroTask>
 #include <QObject>
@@ -92,8 +93,11 @@ private:
     static QCoro::Task<bool> choosingAndRestoring(Self self, OperatorPrompts *prompts);
     static QCoro::Task<bool> restoring(Self self, OperatorPrompts *prompts, QString path);
 
-    bool removeFrom(Target target, const QList<AlwaysAllowEntry> &entries);
-    bool clearLists(Target target);
+    static QCoro::Task<bool> removingFrom(Self self, Target target,
+                                          QList<AlwaysAllowEntry> entries);
+    static QCoro::Task<bool> clearingLists(Self self, Target target);
+    static QString refusedText(qsizetype count);
+    static QString restoredText(const QList<BackedUpCommand> &commands, qsizetype count);
     void record(ActivityActor actor, ActivityAction action, const QString &detail);
     /// With what one entry is, or how many they are.
     void recordEntries(ActivityActor actor, ActivityAction action,
@@ -101,6 +105,7 @@ private:
     void recordCount(ActivityActor actor, ActivityAction action, qsizetype count);
 
     Collaborators m_collaborators;
+    Worker m_worker; ///< for the backups: the disk may be a slow one
 };
 
 } // namespace bram

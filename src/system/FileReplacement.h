@@ -31,7 +31,7 @@ std::expected<Replacement, Error> replaceFile(const QString &path, const QByteAr
 class FolderLock
 {
 public:
-    /// Waits for a moment when another process has it; gives up then.
+    /// Waits for a moment when another process has it; gives up then. Not on the main thread.
     static std::expected<FolderLock, Error> acquire(const QString &folder);
 
     FolderLock(FolderLock &&other) noexcept;

@@ -2,13 +2,10 @@
 #include "system/FileWatch.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 
 #include <chrono>
 #include <utility>
-
-#include <sys/stat.h>
 
 namespace bram
 {
@@ -43,20 +40,8 @@ void FileWatch::start()
 {
     watchPlaces();
     for (const QString &path : m_paths) {
-        m_stamps.insert(path, stampOf(path));
+        m_stamps.insert(path, FileStamp::of(path));
     }
-}
-
-FileWatch::Stamp FileWatch::stampOf(const QString &path)
-{
-    struct stat status = {};
-    if (::stat(QFile::encodeName(path).constData(), &status) != 0) {
-        return {};
-    }
-    return {.device = status.st_dev,
-            .inode = status.st_ino,
-            .size = status.st_size,
-            .modifiedNs = status.st_mtim.tv_sec * 1'000'000'000LL + status.st_mtim.tv_nsec};
 }
 
 QStringList FileWatch::placesToWatch() const
@@ -92,7 +77,7 @@ void FileWatch::look()
 {
     bool isChanged = std::exchange(m_wasWritten, false);
     for (const QString &path : m_paths) {
-        const Stamp now = stampOf(path);
+        const FileStamp now = FileStamp::of(path);
         if (std::exchange(m_stamps[path], now) != now) {
             isChanged = true;
             // A watch stays with a file that was replaced, as long as somebody has that open.

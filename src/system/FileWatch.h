@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "system/FileStamp.h"
+
 #include <QFileSystemWatcher>
 #include <QHash>
 #include <QObject>
@@ -30,17 +32,6 @@ Q_SIGNALS:
     void changed();
 
 private:
-    /// What tells one content of a file from another without reading it.
-    struct Stamp {
-        quint64 device = 0;
-        quint64 inode = 0;
-        qint64 size = -1;
-        qint64 modifiedNs = 0;
-
-        bool operator==(const Stamp &) const = default;
-    };
-
-    static Stamp stampOf(const QString &path);
     QStringList placesToWatch() const;
     void watchPlaces();
     void look();
@@ -48,7 +39,7 @@ private:
     QStringList m_paths;
     QFileSystemWatcher m_watcher;
     QTimer m_settling;
-    QHash<QString, Stamp> m_stamps; ///< by path
+    QHash<QString, FileStamp> m_stamps; ///< by path
     bool m_wasWritten = false; ///< a file itself, since the last look
 };
 

@@ -22,6 +22,15 @@ protected:
         return QDir(folder).entryList(QDir::Files | QDir::Hidden | QDir::NoDotAndDotDot);
     }
 
+    std::expected<QString, Error> writeAutomatic(const QString &text, qint64 atMs)
+    {
+        auto written = writeAutomaticBackup(home.path(), text, atMs);
+        if (written) {
+            replaceLastAutomaticBackup(preferences, *written);
+        }
+        return written;
+    }
+
     const QString folder = platform(u"approvals-menu-backups"_s);
     Preferences preferences {home.filePath(u"preferences.ini"_s)};
 };
@@ -75,10 +84,10 @@ TEST_F(Backup, BlocksAreTakenAsTheyStandAndDuplicatesOnce)
 
 TEST_F(Backup, TheAutomaticOneReplacesTheOneBeforeAndNothingElse)
 {
-    ASSERT_TRUE(writeAutomaticBackup(home.path(), preferences, u"one"_s, nowMs));
+    ASSERT_TRUE(writeAutomatic(u"one"_s, nowMs));
     EXPECT_EQ(backups(), QStringList(u"always-allow-auto-backup-1709622489.txt"_s));
-    ASSERT_TRUE(writeAutomaticBackup(home.path(), preferences, u"two"_s, nowMs + 400));
-    ASSERT_TRUE(writeAutomaticBackup(home.path(), preferences, u"three"_s, nowMs + 1000));
+    ASSERT_TRUE(writeAutomatic(u"two"_s, nowMs + 400));
+    ASSERT_TRUE(writeAutomatic(u"three"_s, nowMs + 1000));
     EXPECT_EQ(backups(), QStringList(u"always-allow-auto-backup-1709622490.txt"_s));
     const QString path = folder + u'/' + backups().constFirst();
     EXPECT_EQ(contentOf(path), "three");
@@ -90,24 +99,37 @@ TEST_F(Backup, TheAutomaticOneReplacesTheOneBeforeAndNothingElse)
     const QString precious = home.filePath(u"precious.txt"_s);
     write(precious, "x");
     preferences.setText(key, precious);
-    ASSERT_TRUE(writeAutomaticBackup(home.path(), preferences, u"four"_s, nowMs + 2000));
+    ASSERT_TRUE(writeAutomatic(u"four"_s, nowMs + 2000));
     EXPECT_TRUE(QFileInfo::exists(precious));
 }
 
 TEST_F(Backup, WhatCannotBeWrittenLeavesTheOneBefore)
 {
-    ASSERT_TRUE(writeAutomaticBackup(home.path(), preferences, u"one"_s, nowMs));
+    ASSERT_TRUE(writeAutomatic(u"one"_s, nowMs));
     {
         const FullDisk full;
-        EXPECT_FALSE(writeAutomaticBackup(home.path(), preferences, u"two"_s, nowMs + 1000));
+        EXPECT_FALSE(writeAutomatic(u"two"_s, nowMs + 1000));
     }
     EXPECT_EQ(backups().size(), 1);
     EXPECT_EQ(contentOf(folder + u'/' + backups().constFirst()), "one");
     ASSERT_TRUE(QDir(folder).removeRecursively());
     write(folder, "a file where the folder should be");
-    const auto refused = writeAutomaticBackup(home.path(), preferences, u"three"_s, nowMs);
+    const auto refused = writeAutomatic(u"three"_s, nowMs);
     ASSERT_FALSE(refused);
     EXPECT_FALSE(refused.error().message.contains(u'\n'));
+}
+
+TEST(BackedUp, ATextThatIsNotThatOfItsDigestMisleads)
+{
+    const QString digest = u"1de700c29687cae34561545f50d3c8b3d9afe88e04cc11069f8a6dc6e4ce9464"_s;
+    const std::pair<QString, bool> rows[] {
+        {u"ls  -la"_s, false}, {u"ls …"_s, false}, {u"ls"_s, false},
+        {u""_s, false},        {u"ls -a"_s, true}, {u"/bin/ls"_s, true},
+    };
+    for (const auto &[command, expected] : rows) {
+        EXPECT_EQ(isMisleading({digest, command}), expected) << qPrintable(command);
+    }
+    EXPECT_FALSE(isMisleading({u"refused"_s, u"ls -a"_s}));
 }
 
 TEST_F(Backup, UnusableFilesAreRefused)

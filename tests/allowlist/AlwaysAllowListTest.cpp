@@ -197,22 +197,22 @@ TEST_F(AlwaysAllow, EntriesAreAddedToAndRemovedFromOneListOrBoth)
     EXPECT_TRUE(list->removeFromApp({entry(u"apt list"_s)}));
     EXPECT_EQ(sourceOf(u"apt list"_s), Source::BrackwenOnly);
 
-    EXPECT_TRUE(list->removeFromBrackwen({entry(u"apt list"_s)}));
+    EXPECT_TRUE(test::waitFor(list->removeFromBrackwen({entry(u"apt list"_s)})));
     EXPECT_EQ(sourceOf(u"apt list"_s), Source::LocalOnly);
     EXPECT_EQ(entry(u"apt list"_s).command, u"apt list"_s);
     EXPECT_EQ(list->verdict(u"apt list"_s), Verdict::Allowed);
     EXPECT_FALSE(platformHas("apt list"));
-    EXPECT_FALSE(list->removeFromBrackwen({entry(u"own one"_s)}));
+    EXPECT_FALSE(test::waitFor(list->removeFromBrackwen({entry(u"own one"_s)})));
     EXPECT_EQ(sourceOf(u"own one"_s), Source::LocalOnly);
 
-    EXPECT_TRUE(list->removeFromBoth({entry(u"git push"_s)}));
+    EXPECT_TRUE(test::waitFor(list->removeFromBoth({entry(u"git push"_s)})));
     EXPECT_EQ(list->find(digestOf(u"git push"_s)), nullptr);
     EXPECT_FALSE(platformHas("git push"));
     EXPECT_TRUE(platformHas("ls -la"));
 
     EXPECT_TRUE(list->clearApp());
     EXPECT_EQ(texts(), QStringList(u"ls -la"_s));
-    EXPECT_TRUE(list->clearBrackwen());
+    EXPECT_TRUE(test::waitFor(list->clearBrackwen()));
     EXPECT_TRUE(list->entries().isEmpty());
     restart();
     EXPECT_TRUE(list->entries().isEmpty());
@@ -228,7 +228,7 @@ TEST_F(AlwaysAllow, FollowsThePlatformUnlessOnlyTheOwnListIsWanted)
     bool isNoticed = false;
     QObject::connect(&other, &ExecApprovalsFiles::changed, &other, [&] { isNoticed = true; });
     other.watch();
-    ASSERT_TRUE(other.appendCommands({u"yes yes"_s}));
+    ASSERT_TRUE(test::waitFor(other.appendCommands({u"yes yes"_s})));
     ASSERT_TRUE(waitUntil([&] { return isNoticed; }));
     EXPECT_TRUE(list->entries().isEmpty());
     list->reload(AlwaysAllowScope::IncludeRegistered);

@@ -5,6 +5,7 @@
 
 #include "allowlist/ExecApprovalsFiles.h"
 #include "support/Doubles.h"
+#include "support/Waiting.h"
 
 #include <QCoreApplication>
 #include <QThread>
@@ -25,7 +26,8 @@ int main(int argc, char **argv)
     bram::test::RecordingLog log;
     bram::ExecApprovalsFiles files(arguments.value(1), log);
     for (int i = 0; i < arguments.value(3).toInt(); ++i) {
-        if (!files.appendCommands({arguments.value(2) + u' ' + QString::number(i)})) {
+        const QString command = arguments.value(2) + u' ' + QString::number(i);
+        if (!bram::test::waitFor(files.appendCommands({command}))) {
             std::fprintf(stderr, "%s\n", qPrintable(log.lines().join(u'\n')));
             return 1;
         }

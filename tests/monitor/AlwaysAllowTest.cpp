@@ -358,9 +358,24 @@ TEST_F(AlwaysAllowTest, BacksUpAndRestores)
     EXPECT_EQ(entry(u"own one"_s).source, AlwaysAllowSource::LocalOnly);
     EXPECT_FALSE(platform().contains("rm x"));
 
+    ASSERT_TRUE(file.open(QFile::Append));
+    file.write("\nID: " + QByteArray(64, 'b') + "\nCommand: ls -la\n");
+    file.close();
+    EXPECT_TRUE(test::waitFor(operations().restoreFrom(prompts, path)));
+    EXPECT_TRUE(lastQuestion().contains(
+        u"CAUTION: 1 of them show another command than the one that they allow: bbbbbbbbbbbb|"_s))
+        << qPrintable(lastQuestion());
+    ASSERT_TRUE(file.open(QFile::WriteOnly));
+    file.write("ID: NOT-A-DIGEST\nCommand: rm x y\n");
+    file.close();
+    EXPECT_FALSE(test::waitFor(operations().restoreFrom(prompts, path)));
+    EXPECT_TRUE(lastAlert().contains(u"No valid entries were found in the backup.\nRefused"_s));
+
     for (const QString &bad : {folder.path(), folder.filePath(u"absent"_s)}) {
         EXPECT_FALSE(test::waitFor(operations().restoreFrom(prompts, bad)));
-        EXPECT_TRUE(lastAlert().endsWith(u"|No valid entries were found in the backup."_s));
+        EXPECT_TRUE(lastAlert().contains(u"|No valid entries were found in the backup.\ncannot"_s))
+            << qPrintable(lastAlert());
+        EXPECT_TRUE(lastAlert().contains(bad));
     }
     EXPECT_FALSE(test::waitFor(operations().backupTo(prompts, folder.path())));
     EXPECT_TRUE(lastAlert().contains(u"failed: "_s));

@@ -24,7 +24,7 @@ using namespace Qt::StringLiterals;
 
 namespace
 {
-constexpr int lockPatienceMs = 1000;
+constexpr int lockPatienceMs = 3000;
 constexpr int lockStepMs = 2;
 /// How often a file is put back that yet another program keeps replacing.
 constexpr int mostExchanges = 20;
