@@ -1177,6 +1177,25 @@ The request is still pending and can be decided again.</source>
     </message>
 </context>
 <context>
+    <name>bram::DesktopPrompts</name>
+    <message>
+        <source>Replace the file?</source>
+        <translation>파일을 바꿀까요?</translation>
+    </message>
+    <message>
+        <source>There is a file already: %1</source>
+        <translation>파일이 이미 있습니다: %1</translation>
+    </message>
+    <message>
+        <source>Replace</source>
+        <translation>바꾸기</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>취소</translation>
+    </message>
+</context>
+<context>
     <name>bram::FileSettingsPage</name>
     <message>
         <source>Preferences</source>

@@ -46,18 +46,18 @@ Alert simulationAlert()
                 "event. In Telegram dry-run mode, check payload logs for button rendering.")};
 }
 
-Alert selfTestAlert(bool success)
+Alert selfTestAlert(bool success, const QString &resultPath)
 {
     return {.title = success ? ReliabilityExercises::tr("Self-Test Passed")
                              : ReliabilityExercises::tr("Self-Test Failed"),
             .text = success ? ReliabilityExercises::tr(
                                   "2 synthetic approvals and a token-revocation disconnect were "
                                   "counted and put on record.\nResult: %1")
-                                  .arg(ReliabilityExercises::defaultResultPath)
+                                  .arg(resultPath)
                             : ReliabilityExercises::tr(
                                   "Not everything was counted and put on record, or the result "
                                   "could not be written.\nResult, if there is one: %1")
-                                  .arg(ReliabilityExercises::defaultResultPath)};
+                                  .arg(resultPath)};
 }
 
 /// Whether the result is written into what is there, which is no file and stays: "/dev/null", "/dev/stdout",
@@ -135,9 +135,10 @@ void ReliabilityExercises::runReliabilitySelfTest(const QString &resultPath)
     m_collaborators.tasks.spawn(testSelf(this, resultPath), u"self-test"_s);
 }
 
-void ReliabilityExercises::runSelfTestForOperator(OperatorPrompts &prompts)
+void ReliabilityExercises::runSelfTestForOperator(OperatorPrompts &prompts,
+                                                  const QString &resultPath)
 {
-    m_collaborators.tasks.spawn(testSelfForOperator(this, &prompts), u"self-test"_s);
+    m_collaborators.tasks.spawn(testSelfForOperator(this, &prompts, resultPath), u"self-test"_s);
 }
 
 QCoro::Task<> ReliabilityExercises::simulateForOperator(QPointer<ReliabilityExercises> self,
@@ -188,13 +189,14 @@ QCoro::Task<> ReliabilityExercises::testSelf(QPointer<ReliabilityExercises> self
 }
 
 QCoro::Task<> ReliabilityExercises::testSelfForOperator(QPointer<ReliabilityExercises> self,
-                                                        OperatorPrompts *prompts)
+                                                        OperatorPrompts *prompts,
+                                                        QString resultPath)
 {
-    const bool success = co_await measure(self, defaultResultPath);
+    const bool success = co_await measure(self, resultPath);
     if (!self || !self->m_running) {
         co_return;
     }
-    const Alert alert = selfTestAlert(success);
+    const Alert alert = selfTestAlert(success, resultPath);
     co_await prompts->inform(alert);
 }
 

@@ -53,8 +53,8 @@ public:
     void runReliabilitySelfTest(const QString &resultPath);
 
     /// The same for an operator who is there, while the program goes on: tells how it ended instead of
-    /// `selfTestFinished`. The result goes to `defaultResultPath`.
-    void runSelfTestForOperator(OperatorPrompts &prompts);
+    /// `selfTestFinished`.
+    void runSelfTestForOperator(OperatorPrompts &prompts, const QString &resultPath);
 
     /// Ends what is under way, as failed.
     void stop();
@@ -74,7 +74,7 @@ private:
                                              OperatorPrompts *prompts);
     static QCoro::Task<> testSelf(QPointer<ReliabilityExercises> self, QString resultPath);
     static QCoro::Task<> testSelfForOperator(QPointer<ReliabilityExercises> self,
-                                             OperatorPrompts *prompts);
+                                             OperatorPrompts *prompts, QString resultPath);
     /// The ids of the requests; empty when the program ends meanwhile.
     static QCoro::Task<QStringList> simulate(QPointer<ReliabilityExercises> self);
     static QCoro::Task<bool> measure(QPointer<ReliabilityExercises> self, QString resultPath);

@@ -11,6 +11,7 @@
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 
 #include <gtest/gtest.h>
 
@@ -162,6 +163,69 @@ TEST_F(DesktopPromptsTest, eachOperationRemembersItsFolder)
     shown<QFileDialog>()->close();
     ASSERT_TRUE(waitUntil([&] { return again.has_value(); }));
     EXPECT_EQ(*again, std::nullopt);
+}
+
+TEST_F(DesktopPromptsTest, aFileThatIsThereIsReplacedOnlyWhenAgreed)
+{
+    const QString taken = folder.filePath(u"taken.txt"_s);
+    QFile file(taken);
+    ASSERT_TRUE(file.open(QFile::WriteOnly));
+    file.close();
+    std::optional<std::optional<QString>> answer;
+    const auto task = keep(prompts.askForFile({.kind = FileQuestion::Kind::SaveFile,
+                                               .title = u"Save"_s,
+                                               .suggestedName = u"taken.txt"_s,
+                                               .acceptLabel = {},
+                                               .rememberedAs = u"save"_s}),
+                           &answer);
+    const auto choose = [this](const QString &name) {
+        auto *dialog = shown<QFileDialog>();
+        dialog->setDirectory(folder.path());
+        dialog->selectFile(name);
+        QMetaObject::invokeMethod(dialog, "accept");
+    };
+    choose(u"taken.txt"_s);
+    auto *question = shown<QMessageBox>();
+    EXPECT_EQ(question->informativeText(), u"There is a file already: "_s + taken);
+    EXPECT_FALSE(question->isModal());
+    QTest::keyClick(question, Qt::Key_Escape);
+
+    choose(u"taken"_s); // which means the same
+    for (QAbstractButton *button : shown<QMessageBox>()->buttons()) {
+        if (button->text() == u"Replace"_s) {
+            button->click();
+            break;
+        }
+    }
+    ASSERT_TRUE(waitUntil([&] { return answer.has_value(); }));
+    EXPECT_EQ(*answer, std::optional(taken));
+}
+
+TEST_F(DesktopPromptsTest, endsWhileAFileDialogWarns)
+{
+    std::optional<std::optional<QString>> answer;
+    const auto task = keep(prompts.askForFile({.kind = FileQuestion::Kind::OpenFile,
+                                               .title = u"Restore"_s,
+                                               .suggestedName = {},
+                                               .acceptLabel = {},
+                                               .rememberedAs = u"restore"_s}),
+                           &answer);
+    auto *dialog = shown<QFileDialog>();
+    dialog->selectFile(u"not-there.txt"_s);
+    bool hasWarned = false;
+    QTimer watch;
+    QObject::connect(&watch, &QTimer::timeout, &watch, [&] {
+        if (QApplication::activeModalWidget() != nullptr) {
+            hasWarned = true;
+            watch.stop();
+            prompts.stop();
+        }
+    });
+    watch.start(1);
+    QMetaObject::invokeMethod(dialog, "accept");
+    EXPECT_TRUE(hasWarned);
+    ASSERT_TRUE(waitUntil([&] { return answer.has_value(); }));
+    EXPECT_EQ(*answer, std::nullopt);
 }
 
 } // namespace

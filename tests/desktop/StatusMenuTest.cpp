@@ -2,10 +2,16 @@
 #include "ui/desktop/StatusMenu.h"
 #include "monitor/MonitorFixture.h"
 #include "support/ScriptedPrompts.h"
+#include "system/NotificationService.h"
 #include "ui/desktop/DesktopActions.h"
+#include "ui/desktop/DesktopSurface.h"
 
 #include <QClipboard>
+#include <QDir>
+#include <QFile>
 #include <QGuiApplication>
+#include <QJsonDocument>
+#include <QJsonObject>
 
 namespace bram
 {
@@ -20,6 +26,7 @@ class StatusMenuTest : public test::MonitorFixture
 protected:
     void SetUp() override
     {
+        configure(R"({"agents":{"list":[{"id":"main"},{"id":"other_agent & co"}]}})");
         makeConnectedCore();
         actions = std::make_unique<DesktopActions>(DesktopActions::Collaborators {
             .monitor = monitor(),
@@ -28,7 +35,14 @@ protected:
             .tasks = core->tasks(),
             .language = core->language(),
             .environment = core->environment(),
-            .surface = [] { return SurfaceFacts(); },
+            .surface =
+                [] {
+                    return desktopSurface(TrayHost::StatusNotifier,
+                                          {.kind = NotificationServiceState::Kind::Present,
+                                           .name = u"a daemon"_s,
+                                           .capabilities = {},
+                                           .reason = {}});
+                },
         });
         statusMenu
             = std::make_unique<StatusMenu>(*actions, core->language(), MenuDrawing::OwnWindow);
@@ -40,6 +54,14 @@ protected:
     {
         statusMenu.reset();
         actions.reset();
+    }
+
+    void configure(const QByteArray &content)
+    {
+        ASSERT_TRUE(QDir(folder.path()).mkpath(u".brackwen"_s));
+        QFile file(folder.filePath(u".brackwen/brackwen.json"_s));
+        ASSERT_TRUE(file.open(QFile::WriteOnly));
+        file.write(content);
     }
 
     void update()
@@ -139,6 +161,71 @@ TEST_F(StatusMenuTest, offersASimulationOnlyToWhoAskedForIt)
                      [&] { ++wishes; });
     entry(offering.menu(), "Run Program Simulation")->trigger();
     EXPECT_EQ(wishes, 1);
+}
+
+TEST_F(StatusMenuTest, anAgentIsChosenFromItsSubmenuAndEveryAgentOnlyWhenAgreed)
+{
+    AgentSelection &agents = monitor().agents();
+    const auto marked = [this] {
+        QStringList result;
+        for (const QAction *row : submenu("Agent")->actions()) {
+            result += row->isChecked() ? QStringList(row->text()) : QStringList();
+        }
+        return result;
+    };
+    update();
+    const QStringList rows {u"main"_s, u"other_agent && co"_s, u"All agents (unrestricted)"_s,
+                            u"Settings…"_s};
+    EXPECT_EQ(texts(*submenu("Agent: main")), rows);
+    entry(*submenu("Agent"), "other")->trigger();
+    update();
+    EXPECT_EQ(agents.selectedAgentId(), u"other_agent & co"_s);
+    EXPECT_EQ(marked(), QStringList {rows.at(1)});
+
+    entry(*submenu("Agent: other_agent && co"), "All")->trigger(); // and turned away from
+    ASSERT_TRUE(test::waitUntil([this] { return core->tasks().running().isEmpty(); }));
+    update();
+    EXPECT_EQ(prompts.questions.size(), 1);
+    EXPECT_EQ(marked(), QStringList {rows.at(1)});
+
+    Q_EMIT statusMenu->menu().aboutToShow();
+    configure(R"({"agents":{"main":{}}})");
+    agents.refreshAvailableAgentIdsFromConfig();
+    update();
+    EXPECT_EQ(texts(*submenu("Agent: main")), rows) << "nothing moves under the pointer";
+    prompts.answers = {0};
+    entry(*submenu("Agent"), "All")->trigger();
+    ASSERT_TRUE(test::waitUntil([&] { return agents.isUnrestricted(); }));
+    Q_EMIT statusMenu->menu().aboutToShow();
+    update();
+    EXPECT_EQ(texts(*submenu("Agent: All agents")).size(), 3);
+}
+
+TEST_F(StatusMenuTest, whatIsTakenOutIsWhereTheOperatorWantedIt)
+{
+    const auto take = [this](const char *beginning) {
+        entry(*submenu("Audit"), beginning)->trigger();
+        EXPECT_TRUE(test::waitUntil([this] { return core->tasks().running().isEmpty(); }));
+    };
+    const QString report = folder.filePath(u"report.md"_s);
+    prompts.files = {report};
+    take("Save last 7 days");
+    EXPECT_GT(QFileInfo(report).size(), 0);
+    EXPECT_EQ(prompts.alerts.constLast().text, u"Saved last 7 days audit data."_s);
+    take("View last 7 days");
+    EXPECT_GT(QFileInfo(prompts.opened.value(0)).size(), 0);
+
+    prompts.files = {folder.path()};
+    take("Export diagnostics");
+    const auto bundle = QDir(folder.path()).entryList({u"bram-diagnostics-*"_s}).value(0);
+    QFile snapshot(folder.filePath(bundle + u"/snapshot.json"_s));
+    ASSERT_TRUE(snapshot.open(QFile::ReadOnly));
+    const QJsonObject surface
+        = QJsonDocument::fromJson(snapshot.readAll()).object().value(u"surface"_s).toObject();
+    EXPECT_EQ(surface.value(u"kind"_s), u"desktop"_s);
+    EXPECT_EQ(surface.value(u"displayServer"_s), QGuiApplication::platformName());
+    EXPECT_EQ(surface.value(u"trayHost"_s), u"StatusNotifierItem"_s);
+    EXPECT_EQ(surface.value(u"notificationService"_s), u"a daemon"_s);
 }
 
 TEST_F(StatusMenuTest, decidesOnlyWhatWasRead)

@@ -101,6 +101,23 @@ TEST_F(Exercises, TheSelfTestSaysWhatItHasFound)
     EXPECT_EQ(found.value("generatedAt"_L1).toString(), u"2024-06-10T06:13:20.000Z"_s);
 }
 
+TEST_F(Exercises, AnOperatorIsToldAndTheProgramGoesOn)
+{
+    makeConnectedCore();
+    int ends = 0;
+    QObject::connect(&core->exercises(), &ReliabilityExercises::selfTestFinished,
+                     &core->exercises(), [&] { ++ends; });
+    for (const QString &path : {resultPath, u"/nowhere/result.json"_s}) {
+        core->exercises().runSelfTestForOperator(prompts, path);
+        ASSERT_TRUE(waitUntil([&] { return core->tasks().running().isEmpty(); }));
+        EXPECT_EQ(prompts.alerts.constLast().title,
+                  path == resultPath ? u"Self-Test Passed"_s : u"Self-Test Failed"_s);
+        EXPECT_TRUE(prompts.alerts.constLast().text.endsWith(path));
+    }
+    EXPECT_EQ(result().value(u"success"_s), true);
+    EXPECT_EQ(ends, 0);
+}
+
 TEST_F(Exercises, TheSelfTestNeedsNoGatewayButARecordAndAPlaceForItsResult)
 {
     gateway.close();

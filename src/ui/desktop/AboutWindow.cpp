@@ -56,6 +56,7 @@ QLayout *AboutWindow::makeHead()
     m_name->setFont(large);
     m_crest->setPixmap(applicationIcon().pixmap(QSize(crestSide, crestSide), devicePixelRatioF()));
     m_text->setWordWrap(true);
+    m_text->setAlignment(Qt::AlignTop);
     for (QLabel *label : {m_name, m_version, m_text}) {
         label->setTextFormat(Qt::PlainText);
         label->setTextInteractionFlags(Qt::TextSelectableByMouse);

@@ -54,10 +54,6 @@ void AgentSettingsPage::retranslate()
     m_choice->setAccessibleName(tr("Agent"));
     m_readAgain->setText(tr("&Refresh"));
     m_readAgain->setToolTip(tr("Reads the agents from the platform's configuration again"));
-    setNote(
-        m_emptyNote,
-        tr("The platform's configuration names no agent. Once it does, choose Refresh, or wait: "
-           "its file is watched."));
     showAgents();
 }
 
@@ -78,7 +74,12 @@ void AgentSettingsPage::showAgents()
             ? tr("The requests of every agent are shown, asked about and notified of.")
             : tr("Only the requests of this agent are shown, asked about and notified of. Those "
                  "of the others wait at the gateway."));
-    m_emptyNote->setVisible(m_agents.availableAgentIds().isEmpty());
+    setNote(
+        m_emptyNote,
+        m_agents.availableAgentIds().isEmpty() ? tr(
+            "The platform's configuration names no agent. Once it does, choose Refresh, or wait: "
+            "its file is watched.")
+                                               : QString());
 }
 
 } // namespace bram

@@ -111,8 +111,10 @@ void DesktopFrontEnd::followWishes()
     connect(&m_actions, &DesktopActions::aboutRequested, this, [this] { m_utilities.showAbout(); });
     connect(&m_actions, &DesktopActions::simulationRequested, this,
             [this] { m_collaborators.exercises.runProgramSimulation(&m_collaborators.prompts); });
-    connect(&m_actions, &DesktopActions::selfTestRequested, this,
-            [this] { m_collaborators.exercises.runSelfTestForOperator(m_collaborators.prompts); });
+    connect(&m_actions, &DesktopActions::selfTestRequested, this, [this] {
+        m_collaborators.exercises.runSelfTestForOperator(m_collaborators.prompts,
+                                                         ReliabilityExercises::defaultResultPath);
+    });
     connect(&m_actions, &DesktopActions::quitRequested, this, &DesktopFrontEnd::quitRequested);
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ui/desktop/DesktopPrompts.h"
 
+#include "model/HonestDisplay.h"
 #include "system/FileOpener.h"
 #include "system/Preferences.h"
 #include "system/Reply.h"
@@ -57,6 +58,14 @@ QMessageBox *makeQuestionBox(const Question &question)
     return box;
 }
 
+Question replaceQuestion(const QString &path)
+{
+    return {.title = DesktopPrompts::tr("Replace the file?"),
+            .text = DesktopPrompts::tr("There is a file already: %1").arg(honestLine(path).text),
+            .buttons = {DesktopPrompts::tr("Replace"), DesktopPrompts::tr("Cancel")},
+            .harmless = 1};
+}
+
 QFileDialog *makeFileDialog(const FileQuestion &question, const QString &folder)
 {
     auto *dialog = new QFileDialog(nullptr, question.title, folder); // deletes itself when closed
@@ -64,6 +73,9 @@ QFileDialog *makeFileDialog(const FileQuestion &question, const QString &folder)
     case FileQuestion::Kind::SaveFile:
         dialog->setAcceptMode(QFileDialog::AcceptSave);
         dialog->setFileMode(QFileDialog::AnyFile);
+        // It would wait for the answer in an event loop of its own.
+        dialog->setOption(QFileDialog::DontConfirmOverwrite);
+        dialog->setDefaultSuffix(QFileInfo(question.suggestedName).suffix());
         dialog->selectFile(question.suggestedName);
         break;
     case FileQuestion::Kind::OpenFile:
@@ -90,6 +102,7 @@ DesktopPrompts::DesktopPrompts(Preferences &preferences, FileOpener &opener)
 DesktopPrompts::~DesktopPrompts()
 {
     stop();
+    delete m_open;
 }
 
 QCoro::Task<> DesktopPrompts::inform(Alert alert)
@@ -106,11 +119,25 @@ QCoro::Task<qsizetype> DesktopPrompts::ask(Question question)
 QCoro::Task<std::optional<QString>> DesktopPrompts::askForFile(FileQuestion question)
 {
     const QPointer self(this);
-    const std::optional<QString> answer = co_await open(question);
-    if (self && answer) {
+    for (;;) {
+        const std::optional<QString> answer = co_await open(question);
+        if (!self || !answer) {
+            co_return std::nullopt;
+        }
         self->rememberFolder(question.rememberedAs, *answer);
+        if (question.kind != FileQuestion::Kind::SaveFile || !QFileInfo::exists(*answer)) {
+            co_return answer;
+        }
+        const Question replace = replaceQuestion(*answer);
+        const qsizetype isAgreed = co_await open(replace);
+        if (!self) {
+            co_return std::nullopt;
+        }
+        if (isAgreed == 0) {
+            co_return answer;
+        }
+        question.suggestedName = QFileInfo(*answer).fileName();
     }
-    co_return answer;
 }
 
 Reply<bool> DesktopPrompts::open(const Alert &alert)
@@ -166,7 +193,15 @@ void DesktopPrompts::stop()
 {
     m_isStopped = true;
     m_waiting.clear(); // their sources answer by going
-    delete m_open;
+    if (m_open == nullptr) {
+        return;
+    }
+    // A file dialog warns of a name that is not there in an event loop of its own, and may only go once that
+    // has ended.
+    for (QDialog *warning : m_open->findChildren<QDialog *>()) {
+        warning->reject();
+    }
+    m_open->reject();
 }
 
 void DesktopPrompts::enqueue(MakeDialog make)

@@ -38,12 +38,12 @@ QString placeName(FilePlace::Kind kind)
     Q_UNREACHABLE();
 }
 
-/// The file itself is opened where somebody may want to write in it. The others are this program's own.
+/// Of the program's own files, the folder: there is nothing in them for a person to change.
 QString pathToOpen(const FilePlace &place)
 {
-    const bool isForReading
-        = place.kind == FilePlace::Kind::Configuration || QFileInfo(place.path).isDir();
-    return isForReading ? place.path : QFileInfo(place.path).absolutePath();
+    const bool isOwnFile
+        = place.kind == FilePlace::Kind::Preferences || place.kind == FilePlace::Kind::Lock;
+    return isOwnFile ? QFileInfo(place.path).absolutePath() : place.path;
 }
 
 /// To be read, selected and copied; a long path can be moved through.
@@ -135,10 +135,10 @@ void FileSettingsPage::open(const FilePlace &place)
 
 QCoro::Task<> FileSettingsPage::opening(QPointer<FileSettingsPage> self, QString path)
 {
-    setNote(self->m_problem, {});
+    self->setNote(self->m_problem, {});
     const FileOpened opened = co_await self->m_collaborators.opener.open(path);
     if (self && !opened) {
-        setNote(self->m_problem, honestLine(opened.error().message).text);
+        self->setNote(self->m_problem, honestLine(opened.error().message).text);
     }
 }
 

@@ -27,6 +27,7 @@ GeneralSettingsPage::GeneralSettingsPage(const Collaborators &collaborators)
     , m_trial(collaborators.notificationService)
     , m_languages(new ChoiceBox(this))
     , m_loginStart(new QCheckBox(this))
+    , m_notificationTitle(new QLabel(this))
     , m_notifications(new QWidget(this))
     , m_notificationDot(new QLabel(m_notifications))
     , m_notificationLine(new QLabel(m_notifications))
@@ -61,12 +62,12 @@ void GeneralSettingsPage::buildNotifications()
     line->setContentsMargins({});
     line->addWidget(m_notificationDot, 0, Qt::AlignTop);
     line->addWidget(m_notificationLine, 1);
-    addRow(m_notifications);
     m_sendTrial->setAutoDefault(false);
     auto *button = new QHBoxLayout;
     button->addWidget(m_sendTrial);
     button->addStretch();
-    form()->addRow(QString(), button);
+    form()->addRow(m_notificationTitle, button);
+    form()->addRow(QString(), m_notifications);
     m_trialNote = addNote();
 }
 
@@ -86,7 +87,7 @@ void GeneralSettingsPage::retranslate()
 {
     setRowLabel(m_languages, tr("&Language (언어):"));
     setRowLabel(m_loginStart, tr("At login:"));
-    setRowLabel(m_notifications, tr("Notifications:"));
+    m_notificationTitle->setText(tr("Notifications:"));
     m_loginStart->setText(tr("&Start BRAM when I log in"));
     m_sendTrial->setText(tr("Send a Test &Notification"));
     m_languages->setAccessibleName(tr("Language"));

@@ -50,7 +50,8 @@ private:
     QCheckBox *m_loginStart;
     QLabel *m_loginStartNote;
     QString m_loginStartProblem; ///< of the last change
-    QWidget *m_notifications;
+    QLabel *m_notificationTitle;
+    QWidget *m_notifications; ///< whether the desktop shows them
     QLabel *m_notificationDot;
     QLabel *m_notificationLine;
     QPushButton *m_sendTrial;

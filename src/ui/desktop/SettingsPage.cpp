@@ -37,7 +37,8 @@ QLabel *SettingsPage::addNote()
     note->setTextFormat(Qt::PlainText);
     note->setWordWrap(true);
     note->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    QSizePolicy policy(QSizePolicy::MinimumExpanding, QSizePolicy::Minimum);
+    note->setAlignment(Qt::AlignTop);
+    QSizePolicy policy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     policy.setHeightForWidth(true);
     note->setSizePolicy(policy);
     m_form->addRow(QString(), note);
@@ -47,7 +48,7 @@ QLabel *SettingsPage::addNote()
 void SettingsPage::setNote(QLabel *note, const QString &text)
 {
     note->setText(text);
-    note->setVisible(!text.isEmpty());
+    m_form->setRowVisible(note, !text.isEmpty());
 }
 
 void SettingsPage::changeEvent(QEvent *event)

@@ -33,7 +33,7 @@ protected:
     void setRowLabel(QWidget *field, const QString &text);
     /// A text below the row before; one that is empty takes no room.
     QLabel *addNote();
-    static void setNote(QLabel *note, const QString &text);
+    void setNote(QLabel *note, const QString &text);
 
     void changeEvent(QEvent *event) override;
 

@@ -12,7 +12,7 @@ namespace bram
 
 namespace
 {
-constexpr QSize usualSize(600, 400);
+constexpr QSize usualSize(720, 400);
 constexpr QSize smallestSize(400, 260);
 } // namespace
 
