@@ -668,36 +668,8 @@
         <translation>영구 승인 목록 복원함</translation>
     </message>
     <message>
-        <source>registered on the platform</source>
-        <translation>플랫폼에 등록함</translation>
-    </message>
-    <message>
-        <source>added to the own list</source>
-        <translation>앱 목록에 추가함</translation>
-    </message>
-    <message>
-        <source>added all to the own list</source>
-        <translation>모두 앱 목록에 추가함</translation>
-    </message>
-    <message>
-        <source>removed from the own list</source>
-        <translation>앱 목록에서 제거함</translation>
-    </message>
-    <message>
-        <source>removed from the platform&apos;s list</source>
-        <translation>플랫폼 목록에서 제거함</translation>
-    </message>
-    <message>
         <source>removed from both lists</source>
         <translation>양쪽 목록에서 제거함</translation>
-    </message>
-    <message>
-        <source>own list cleared</source>
-        <translation>앱 목록 비움</translation>
-    </message>
-    <message>
-        <source>platform&apos;s list cleared</source>
-        <translation>플랫폼 목록 비움</translation>
     </message>
     <message>
         <source>both lists cleared</source>
@@ -763,6 +735,46 @@
         <source>On the always-allow list, but asked because the automatic answer did not get through.</source>
         <translation>영구 승인 목록에 있지만 자동 응답이 전달되지 않아 확인합니다.</translation>
     </message>
+    <message>
+        <source>registered in Brackwen</source>
+        <translation>브랙웬에 등록함</translation>
+    </message>
+    <message>
+        <source>added to the app list</source>
+        <translation>앱 목록에 추가함</translation>
+    </message>
+    <message>
+        <source>added all to the app list</source>
+        <translation>모두 앱 목록에 추가함</translation>
+    </message>
+    <message>
+        <source>removed from the app list</source>
+        <translation>앱 목록에서 제거함</translation>
+    </message>
+    <message>
+        <source>removed from the Brackwen list</source>
+        <translation>브랙웬 목록에서 제거함</translation>
+    </message>
+    <message>
+        <source>app list cleared</source>
+        <translation>앱 목록 비움</translation>
+    </message>
+    <message>
+        <source>Brackwen list cleared</source>
+        <translation>브랙웬 목록 비움</translation>
+    </message>
+    <message>
+        <source>app</source>
+        <translation>앱</translation>
+    </message>
+    <message>
+        <source>Brackwen</source>
+        <translation>브랙웬</translation>
+    </message>
+    <message>
+        <source>app + Brackwen</source>
+        <translation>앱 + 브랙웬</translation>
+    </message>
 </context>
 <context>
     <name>bram::AboutWindow</name>
@@ -793,6 +805,36 @@
     <message>
         <source>&amp;Close</source>
         <translation>닫기(&amp;C)</translation>
+    </message>
+</context>
+<context>
+    <name>bram::ActivityModel</name>
+    <message>
+        <source>Time</source>
+        <translation>시각</translation>
+    </message>
+    <message>
+        <source>List</source>
+        <translation>목록</translation>
+    </message>
+    <message>
+        <source>Action</source>
+        <translation>작업</translation>
+    </message>
+    <message>
+        <source>Detail</source>
+        <translation>내용</translation>
+    </message>
+</context>
+<context>
+    <name>bram::ActivityPane</name>
+    <message>
+        <source>Recent activity</source>
+        <translation>최근 활동</translation>
+    </message>
+    <message>
+        <source>No activity yet.</source>
+        <translation>아직 기록이 없습니다.</translation>
     </message>
 </context>
 <context>
@@ -866,6 +908,200 @@
     <message>
         <source>Only the requests of this agent are shown, asked about and notified of. Those of the others wait at the gateway.</source>
         <translation>이 에이전트의 요청만 표시하고, 팝업과 알림으로 묻습니다. 다른 에이전트의 요청은 게이트웨이에서 기다립니다.</translation>
+    </message>
+</context>
+<context>
+    <name>bram::AlwaysAllowEntryPane</name>
+    <message>
+        <source>Security Critical: this lets commands that can change the system run without a question.</source>
+        <translation>보안 위험: 시스템을 변경하는 명령이 묻지 않고 허용될 수 있습니다.</translation>
+    </message>
+    <message>
+        <source>Characters that could mislead are shown as ⟨…⟩.</source>
+        <translation>오해를 부를 수 있는 문자는 ⟨…⟩로 표시됩니다.</translation>
+    </message>
+    <message>
+        <source>(Legacy entry: command unavailable)</source>
+        <translation>(기존 항목: 명령 정보 없음)</translation>
+    </message>
+    <message>
+        <source>The app list keeps the name of the program only. The entry stands for one command, which its ID is made of.</source>
+        <translation>앱 목록에는 프로그램 이름만 저장됩니다. 이 항목은 ID의 바탕이 된 명령 하나만을 뜻합니다.</translation>
+    </message>
+    <message>
+        <source>Not in the app list: a request for this command is shown to you.</source>
+        <translation>앱 목록에 없으므로, 브랙웬이 이 명령을 요청하면 승인 여부를 묻습니다.</translation>
+    </message>
+    <message>
+        <source>Select an entry to read it whole.</source>
+        <translation>항목을 선택하면 전체 내용을 볼 수 있습니다.</translation>
+    </message>
+    <message>
+        <source>%1 entries selected</source>
+        <translation>%1개 항목 선택됨</translation>
+    </message>
+    <message>
+        <source>In the app list only: %1
+In the Brackwen list only: %2
+In both: %3
+Security Critical: %4</source>
+        <translation>앱 목록에만: %1
+브랙웬 목록에만: %2
+양쪽 모두: %3
+보안 위험: %4</translation>
+    </message>
+    <message>
+        <source>App list</source>
+        <translation>앱 목록</translation>
+    </message>
+    <message>
+        <source>Brackwen list: looking it up…</source>
+        <translation>브랙웬 목록: 찾는 중…</translation>
+    </message>
+    <message>
+        <source>%1, agent %2</source>
+        <translation>%1, 에이전트 %2</translation>
+    </message>
+    <message>
+        <source>and %1 more</source>
+        <translation>외 %1곳</translation>
+    </message>
+    <message>
+        <source>looking it up…</source>
+        <translation>찾는 중…</translation>
+    </message>
+    <message>
+        <source>none on record (the log goes back to %1)</source>
+        <translation>기록 없음 (로그 시작: %1)</translation>
+    </message>
+    <message>
+        <source>none on record</source>
+        <translation>기록 없음</translation>
+    </message>
+    <message>
+        <source>Add to app local list</source>
+        <translation>앱 로컬 목록에 추가</translation>
+    </message>
+    <message>
+        <source>Remove Allow</source>
+        <translation>허용 삭제</translation>
+    </message>
+    <message>
+        <source>ID:</source>
+        <translation>ID:</translation>
+    </message>
+    <message>
+        <source>Registered in:</source>
+        <translation>등록 위치:</translation>
+    </message>
+    <message>
+        <source>Last automatic answer:</source>
+        <translation>마지막 자동 승인:</translation>
+    </message>
+    <message>
+        <source>Answers nothing by itself: the command has a line break or an unusual blank, so a request for it is shown to you.</source>
+        <translation>스스로 승인하지 않습니다: 명령에 줄바꿈이나 특이한 공백이 있어 요청이 오면 승인 여부를 묻습니다.</translation>
+    </message>
+</context>
+<context>
+    <name>bram::AlwaysAllowListActions</name>
+    <message>
+        <source>Approval list actions</source>
+        <translation>승인 목록 작업</translation>
+    </message>
+    <message>
+        <source>Load approval list</source>
+        <translation>승인 목록 불러오기</translation>
+    </message>
+    <message>
+        <source>Register to always-allow list</source>
+        <translation>영구 승인 목록에 등록</translation>
+    </message>
+    <message>
+        <source>Add All approval list to app list</source>
+        <translation>전체 승인리스트 앱 목록에 추가</translation>
+    </message>
+    <message>
+        <source>Backup approval list</source>
+        <translation>승인 목록 백업</translation>
+    </message>
+    <message>
+        <source>Restore backed-up approval list</source>
+        <translation>백업한 승인 목록 복원</translation>
+    </message>
+    <message>
+        <source>Select approval-list deletion</source>
+        <translation>승인 목록 삭제 선택</translation>
+    </message>
+</context>
+<context>
+    <name>bram::AlwaysAllowListPane</name>
+    <message>
+        <source>Entries (%1 of %2)</source>
+        <translation>항목 (%2개 중 %1개)</translation>
+    </message>
+    <message>
+        <source>Entries (%1)</source>
+        <translation>항목 (%1)</translation>
+    </message>
+    <message>
+        <source>No entry matches the search.</source>
+        <translation>검색과 일치하는 항목이 없습니다.</translation>
+    </message>
+    <message>
+        <source>No always-allow entries registered.</source>
+        <translation>등록된 영구 승인 항목이 없습니다.</translation>
+    </message>
+    <message>
+        <source>The search looks at commands, IDs and lists.</source>
+        <translation>명령, ID, 목록에서 찾습니다.</translation>
+    </message>
+    <message>
+        <source>A command that you answer with &quot;Always Allow&quot; is listed here. &quot;Load approval list&quot; brings in what is registered in Brackwen, &quot;Restore backed-up approval list&quot; what was saved.</source>
+        <translation>&quot;항상 허용&quot;으로 응답한 명령이 여기에 표시됩니다. &quot;승인 목록 불러오기&quot;는 브랙웬에 등록된 항목을, &quot;백업한 승인 목록 복원&quot;은 저장해 둔 항목을 가져옵니다.</translation>
+    </message>
+    <message>
+        <source>Search commands, IDs, lists</source>
+        <translation>명령, ID, 목록 검색</translation>
+    </message>
+    <message>
+        <source>Search the entries</source>
+        <translation>항목 검색</translation>
+    </message>
+    <message>
+        <source>Entries</source>
+        <translation>항목</translation>
+    </message>
+    <message>
+        <source>Clear Search</source>
+        <translation>검색 지우기</translation>
+    </message>
+</context>
+<context>
+    <name>bram::AlwaysAllowModel</name>
+    <message>
+        <source>Security Critical</source>
+        <translation>보안 위험</translation>
+    </message>
+    <message>
+        <source>(Legacy entry: command unavailable)</source>
+        <translation>(기존 항목: 명령 정보 없음)</translation>
+    </message>
+    <message>
+        <source>ID: %1</source>
+        <translation>ID: %1</translation>
+    </message>
+    <message>
+        <source>Command</source>
+        <translation>명령</translation>
+    </message>
+    <message>
+        <source>List</source>
+        <translation>목록</translation>
+    </message>
+    <message>
+        <source>Warning</source>
+        <translation>경고</translation>
     </message>
 </context>
 <context>
@@ -1045,6 +1281,13 @@
     <message>
         <source>CAUTION: %1 of them show another command than the one that they allow: %2</source>
         <translation>주의: %1개 항목은 실제로 허용하는 명령과 다른 명령을 표시합니다: %2</translation>
+    </message>
+</context>
+<context>
+    <name>bram::AlwaysAllowWindow</name>
+    <message>
+        <source>Approval List Manager</source>
+        <translation>승인 목록 관리</translation>
     </message>
 </context>
 <context>
@@ -1514,6 +1757,37 @@ The request is still pending and can be decided again.</source>
     </message>
 </context>
 <context>
+    <name>bram::RecordPane</name>
+    <message>
+        <source>Audit/Diagnostics</source>
+        <translation>감사/진단</translation>
+    </message>
+    <message>
+        <source>Save last 7 days audit data</source>
+        <translation>최근 7일 감사 데이터 저장</translation>
+    </message>
+    <message>
+        <source>View last 7 days audit data</source>
+        <translation>최근 7일 감사 데이터 보기</translation>
+    </message>
+    <message>
+        <source>Export diagnostics bundle</source>
+        <translation>진단 번들 내보내기</translation>
+    </message>
+    <message>
+        <source>Going through the audit log:</source>
+        <translation>감사 로그를 읽는 중:</translation>
+    </message>
+    <message>
+        <source>Going through the audit log</source>
+        <translation>감사 로그를 읽는 중</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>취소</translation>
+    </message>
+</context>
+<context>
     <name>bram::ReliabilityExercises</name>
     <message>
         <source>Simulation Executed</source>
@@ -1542,6 +1816,21 @@ Result: %1</source>
 Result, if there is one: %1</source>
         <translation>일부가 집계되거나 기록되지 않았거나, 결과를 쓰지 못했습니다.
 결과(있는 경우): %1</translation>
+    </message>
+</context>
+<context>
+    <name>bram::ReportWindow</name>
+    <message>
+        <source>Weekly audit report</source>
+        <translation>주간 감사 리포트</translation>
+    </message>
+    <message>
+        <source>Open with Another Program</source>
+        <translation>다른 프로그램으로 열기</translation>
+    </message>
+    <message>
+        <source>Close</source>
+        <translation>닫기</translation>
     </message>
 </context>
 <context>
@@ -1699,6 +1988,10 @@ Result, if there is one: %1</source>
     <message>
         <source>Settings…</source>
         <translation>설정…</translation>
+    </message>
+    <message>
+        <source>Manage Approval List</source>
+        <translation>승인 목록 관리</translation>
     </message>
 </context>
 <context>

@@ -32,7 +32,9 @@ QList<FilePlace> filePlaces(const Core &core)
 } // namespace
 
 DesktopSession::DesktopSession(const Clock &clock, SystemLog &log, SimulationEntry simulationEntry)
-    : m_simulationEntry(simulationEntry)
+    : m_clock(clock)
+    , m_log(log)
+    , m_simulationEntry(simulationEntry)
     , m_notifications(m_notificationService, clock, log)
     , m_popup(clock)
 {
@@ -53,6 +55,8 @@ void DesktopSession::start(Core &core)
         .monitor = core.monitor(),
         .exercises = core.exercises(),
         .record = core.record(),
+        .alwaysAllow = core.alwaysAllow(),
+        .audit = core.audit(),
         .prompts = *m_prompts,
         .tasks = core.tasks(),
         .notificationService = m_notificationService,
@@ -60,6 +64,8 @@ void DesktopSession::start(Core &core)
         .popup = m_popup,
         .language = core.language(),
         .environment = core.environment(),
+        .clock = m_clock,
+        .log = m_log,
         .settings = {.sharedPolling = core.sharedPolling(),
                      .loginStart = m_loginStart ? &*m_loginStart : nullptr,
                      .opener = m_opener,

@@ -34,6 +34,8 @@ public:
     void finish() override;
 
 private:
+    const Clock &m_clock;
+    SystemLog &m_log;
     SimulationEntry m_simulationEntry;
     DesktopNotifications m_notificationService;
     ApprovalNotifications m_notifications;

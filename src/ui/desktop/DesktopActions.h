@@ -63,6 +63,7 @@ Q_SIGNALS:
     void changedSinceShown(const QString &approvalId);
     void detailsRequested(const QString &approvalId);
     void windowRequested();
+    void approvalListRequested();
     void settingsRequested();
     void aboutRequested();
     void simulationRequested();

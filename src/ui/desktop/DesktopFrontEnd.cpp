@@ -56,6 +56,14 @@ DesktopFrontEnd::DesktopFrontEnd(const Collaborators &collaborators)
                    .notificationService = collaborators.notificationService,
                    .notifications = collaborators.notifications,
                    .settings = collaborators.settings})
+    , m_approvalList({.operations = collaborators.alwaysAllow,
+                      .record = m_actions.record(),
+                      .board = collaborators.monitor.board(),
+                      .audit = collaborators.audit,
+                      .prompts = collaborators.prompts,
+                      .tasks = collaborators.tasks,
+                      .clock = collaborators.clock,
+                      .log = collaborators.log})
 {
     m_pause.setSingleShot(true);
     m_pause.setInterval(pauseBetweenRefreshes);
@@ -106,6 +114,8 @@ void DesktopFrontEnd::followWishes()
     connect(&m_actions, &DesktopActions::detailsRequested, this, &DesktopFrontEnd::showDetails);
     connect(&m_actions, &DesktopActions::changedSinceShown, this,
             &DesktopFrontEnd::onChangedSinceShown);
+    connect(&m_actions, &DesktopActions::approvalListRequested, &m_approvalList,
+            &AlwaysAllowWindowPresenter::show);
     connect(&m_actions, &DesktopActions::settingsRequested, this,
             [this] { m_utilities.showSettings(); });
     connect(&m_actions, &DesktopActions::aboutRequested, this, [this] { m_utilities.showAbout(); });

@@ -3,6 +3,7 @@
 
 #include "model/ApprovalHistoryEntry.h"
 #include "monitor/DecisionResolver.h"
+#include "ui/desktop/AlwaysAllowWindowPresenter.h"
 #include "ui/desktop/DesktopActions.h"
 #include "ui/desktop/StatusMenu.h"
 #include "ui/desktop/TrayIcon.h"
@@ -35,6 +36,8 @@ public:
         ApprovalMonitor &monitor;
         ReliabilityExercises &exercises;
         RecordOperations &record;
+        AlwaysAllowOperations &alwaysAllow;
+        AuditLogStore &audit;
         OperatorPrompts &prompts;
         BackgroundTasks &tasks;
         NotificationService &notificationService;
@@ -42,6 +45,8 @@ public:
         ApprovalPopupPresenter &popup;
         LanguageChoice &language;
         const Environment &environment;
+        const Clock &clock;
+        SystemLog &log;
         SettingsParts settings;
         SimulationEntry simulationEntry = SimulationEntry::Hidden;
     };
@@ -81,6 +86,7 @@ private:
     std::unique_ptr<StatusWindow> m_window;
     std::unique_ptr<RequestDetailsWindow> m_details;
     UtilityWindows m_utilities;
+    AlwaysAllowWindowPresenter m_approvalList;
 };
 
 } // namespace bram

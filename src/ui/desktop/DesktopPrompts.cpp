@@ -3,14 +3,18 @@
 
 #include "model/HonestDisplay.h"
 #include "system/FileOpener.h"
+#include "system/Files.h"
 #include "system/Preferences.h"
-#include "system/Reply.h"
+#include "ui/desktop/BringToFront.h"
+#include "ui/desktop/ReportWindow.h"
 
+#include <QApplication>
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QWindow>
 
 #include <utility>
 
@@ -21,6 +25,7 @@ using namespace Qt::StringLiterals;
 
 namespace
 {
+constexpr qint64 largestReport = 16 * 1024 * 1024;
 constexpr auto positionProperty = "bramPosition"; ///< of a button: which answer it is
 
 QMessageBox *makeMessageBox(const QString &title, const QString &text)
@@ -64,6 +69,15 @@ Question replaceQuestion(const QString &path)
             .text = DesktopPrompts::tr("There is a file already: %1").arg(honestLine(path).text),
             .buttons = {DesktopPrompts::tr("Replace"), DesktopPrompts::tr("Cancel")},
             .harmless = 1};
+}
+
+/// Above the window that the operator is at, which stays usable.
+void keepAbove(QDialog &dialog, QWidget *window)
+{
+    if (window != nullptr && window->windowType() == Qt::Window) {
+        dialog.winId(); // from here on it has a window of the system
+        dialog.windowHandle()->setTransientParent(window->windowHandle());
+    }
 }
 
 QFileDialog *makeFileDialog(const FileQuestion &question, const QString &folder)
@@ -185,14 +199,38 @@ Reply<std::optional<QString>> DesktopPrompts::open(const FileQuestion &question)
 
 QCoro::Task<bool> DesktopPrompts::openFile(QString path)
 {
-    const FileOpened opened = co_await m_opener.open(path);
+    using Content = std::expected<QByteArray, Error>;
+    const QPointer self(this);
+    std::function<Content()> work = [path] { return readRegularFile(path, largestReport); };
+    Content none = std::unexpected(Error {});
+    const Content content = co_await m_reader.run<Content>(std::move(none), std::move(work));
+    if (!self || self->m_isStopped || !content) {
+        co_return false;
+    }
+    const QString text = QString::fromUtf8(*content);
+    Reply<bool> wish = self->showReport(path, text);
+    const bool wantsProgram = co_await wish;
+    if (!self || !wantsProgram) {
+        co_return true;
+    }
+    const FileOpened opened = co_await self->m_opener.open(path);
     co_return opened.has_value();
+}
+
+Reply<bool> DesktopPrompts::showReport(const QString &path, const QString &text)
+{
+    const ReplySource<bool> wish(false);
+    delete m_report;
+    m_report = new ReportWindow(path, text, wish); // goes when it is closed
+    bringToFront(*m_report);
+    return wish.reply();
 }
 
 void DesktopPrompts::stop()
 {
     m_isStopped = true;
     m_waiting.clear(); // their sources answer by going
+    delete m_report;
     if (m_open == nullptr) {
         return;
     }
@@ -226,6 +264,7 @@ void DesktopPrompts::showNext()
     m_open->setAttribute(Qt::WA_DeleteOnClose);
     m_open->setAttribute(Qt::WA_QuitOnClose, false);
     m_open->setModal(false);
+    keepAbove(*m_open, QApplication::activeWindow());
     connect(m_open, &QObject::destroyed, this, [this] {
         if (!m_isStopped) {
             showNext();

@@ -71,6 +71,11 @@ void RecordActions::copyOrSaveAllPending()
                                 u"export"_s);
 }
 
+void RecordActions::cancel()
+{
+    m_collaborators.record.cancel();
+}
+
 bool RecordActions::isWorking() const
 {
     return m_collaborators.record.isWorking();

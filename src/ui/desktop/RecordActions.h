@@ -38,6 +38,9 @@ public:
     /// The requests that are displayed, as text.
     void copyOrSaveAllPending();
 
+    /// Ends reports and bundles that are being made: nothing of them is left.
+    void cancel();
+
     /// A report or a bundle is being made.
     bool isWorking() const;
     /// How much of it is done; meaningful while working.

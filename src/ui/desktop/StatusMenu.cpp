@@ -59,7 +59,7 @@ void StatusMenu::build()
     m_menu.addSeparator();
     m_menu.addMenu(&m_history.menu());
     m_menu.addSeparator();
-    m_menu.addActions({&m_window, &m_controlUi, &m_clearPending, &m_simulation});
+    m_menu.addActions({&m_window, &m_approvalList, &m_controlUi, &m_clearPending, &m_simulation});
     m_menu.addSeparator();
     m_menu.addMenu(&m_agents.menu());
     m_menu.addMenu(&m_record.menu());
@@ -70,6 +70,8 @@ void StatusMenu::build()
     connect(&m_reconnect, &QAction::triggered, &m_actions, &DesktopActions::reconnectGateway);
     connect(&m_reload, &QAction::triggered, &m_actions, &DesktopActions::reloadGatewayToken);
     connect(&m_window, &QAction::triggered, &m_actions, &DesktopActions::windowRequested);
+    connect(&m_approvalList, &QAction::triggered, &m_actions,
+            &DesktopActions::approvalListRequested);
     connect(&m_controlUi, &QAction::triggered, &m_actions, &DesktopActions::openControlUI);
     connect(&m_clearPending, &QAction::triggered, &m_actions, &DesktopActions::clearPending);
     connect(&m_simulation, &QAction::triggered, &m_actions, &DesktopActions::simulationRequested);
@@ -169,6 +171,7 @@ void StatusMenu::labelRows()
     m_copyAll.setText(tr("Copy all approval IDs and details"));
     m_history.menu().setTitle(tr("Recent History"));
     m_window.setText(tr("Open Window…"));
+    m_approvalList.setText(tr("Manage Approval List"));
     m_controlUi.setText(tr("Open Control UI"));
     m_clearPending.setText(tr("Clear Pending Approvals"));
     m_simulation.setText(tr("Run Program Simulation"));

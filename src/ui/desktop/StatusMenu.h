@@ -88,6 +88,7 @@ private:
     QAction m_copyAll;
     HistoryMenu m_history;
     QAction m_window;
+    QAction m_approvalList;
     QAction m_controlUi;
     QAction m_clearPending;
     QAction m_simulation;

@@ -44,18 +44,30 @@ constexpr WordRow<ActivityAction> activityActions[] = {
     {ActivityAction::RestoreAlwaysAllowList,
      QT_TRANSLATE_NOOP("Words", "always-allow list restored")},
     {ActivityAction::RegisterAlwaysAllowToBrackwen,
-     QT_TRANSLATE_NOOP("Words", "registered on the platform")},
-    {ActivityAction::AddToAppList, QT_TRANSLATE_NOOP("Words", "added to the own list")},
-    {ActivityAction::AddAllToAppList, QT_TRANSLATE_NOOP("Words", "added all to the own list")},
-    {ActivityAction::RemoveFromAppList, QT_TRANSLATE_NOOP("Words", "removed from the own list")},
+     QT_TRANSLATE_NOOP("Words", "registered in Brackwen")},
+    {ActivityAction::AddToAppList, QT_TRANSLATE_NOOP("Words", "added to the app list")},
+    {ActivityAction::AddAllToAppList, QT_TRANSLATE_NOOP("Words", "added all to the app list")},
+    {ActivityAction::RemoveFromAppList, QT_TRANSLATE_NOOP("Words", "removed from the app list")},
     {ActivityAction::RemoveFromBrackwen,
-     QT_TRANSLATE_NOOP("Words", "removed from the platform's list")},
+     QT_TRANSLATE_NOOP("Words", "removed from the Brackwen list")},
     {ActivityAction::RemoveFromBoth, QT_TRANSLATE_NOOP("Words", "removed from both lists")},
-    {ActivityAction::ClearAppList, QT_TRANSLATE_NOOP("Words", "own list cleared")},
-    {ActivityAction::ClearBrackwenList, QT_TRANSLATE_NOOP("Words", "platform's list cleared")},
+    {ActivityAction::ClearAppList, QT_TRANSLATE_NOOP("Words", "app list cleared")},
+    {ActivityAction::ClearBrackwenList, QT_TRANSLATE_NOOP("Words", "Brackwen list cleared")},
     {ActivityAction::ClearBothLists, QT_TRANSLATE_NOOP("Words", "both lists cleared")},
     {ActivityAction::ReconnectGateway, QT_TRANSLATE_NOOP("Words", "reconnected to the gateway")},
     {ActivityAction::ReloadGatewayToken, QT_TRANSLATE_NOOP("Words", "gateway token reloaded")},
+};
+
+constexpr WordRow<AlwaysAllowSource> alwaysAllowSources[] = {
+    {AlwaysAllowSource::LocalOnly, QT_TRANSLATE_NOOP("Words", "app")},
+    {AlwaysAllowSource::BrackwenOnly, QT_TRANSLATE_NOOP("Words", "Brackwen")},
+    {AlwaysAllowSource::Both, QT_TRANSLATE_NOOP("Words", "app + Brackwen")},
+};
+
+constexpr WordRow<ActivityActor> activityActors[] = {
+    {ActivityActor::App, QT_TRANSLATE_NOOP("Words", "app")},
+    {ActivityActor::Brackwen, QT_TRANSLATE_NOOP("Words", "Brackwen")},
+    {ActivityActor::AppAndBrackwen, QT_TRANSLATE_NOOP("Words", "app + Brackwen")},
 };
 
 constexpr WordRow<TokenSyncState> tokenStates[] = {
@@ -115,6 +127,16 @@ QString askReasonWords(AskReason reason)
 QString activityActionWord(ActivityAction action)
 {
     return wordFor(activityActions, action);
+}
+
+QString alwaysAllowSourceWord(AlwaysAllowSource source)
+{
+    return wordFor(alwaysAllowSources, source);
+}
+
+QString activityActorWord(ActivityActor actor)
+{
+    return wordFor(activityActors, actor);
 }
 
 QString tokenStateWords(TokenSyncState state)

@@ -3,6 +3,7 @@
 
 #include "gateway/TokenSyncState.h"
 #include "model/ActivityEntry.h"
+#include "model/AlwaysAllowSource.h"
 #include "model/ApprovalHistoryEntry.h"
 #include "model/AskReason.h"
 #include "model/IndicatorState.h"
@@ -19,6 +20,9 @@ QString historyStateWord(ApprovalHistoryState state, DecisionMaker maker = Decis
 /// A sentence; empty for the usual reason.
 QString askReasonWords(AskReason reason);
 QString activityActionWord(ActivityAction action);
+/// The list or lists that an entry of the always-allow list is in.
+QString alwaysAllowSourceWord(AlwaysAllowSource source);
+QString activityActorWord(ActivityActor actor);
 QString tokenStateWords(TokenSyncState state);
 
 } // namespace bram
