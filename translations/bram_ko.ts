@@ -537,10 +537,6 @@
         <translation>항상 허용 목록을 저장했습니다: </translation>
     </message>
     <message>
-        <source>Say what: always-allow list|reload|remove|clear|register|add-all|backup|restore</source>
-        <translation>할 일을 지정하세요: always-allow list|reload|remove|clear|register|add-all|backup|restore</translation>
-    </message>
-    <message>
         <source>Write it so: %1</source>
         <translation>이렇게 입력하세요: %1</translation>
     </message>
@@ -615,6 +611,38 @@
     <message>
         <source>ALWAYS ASKED, LINE BREAK</source>
         <translation>항상 확인, 줄바꿈</translation>
+    </message>
+    <message>
+        <source>Say what: always-allow list|reload|remove|clear|register|add|add-all|backup|restore</source>
+        <translation>할 일을 지정하세요: always-allow list|reload|remove|clear|register|add|add-all|backup|restore</translation>
+    </message>
+    <message>
+        <source>Cancelled; nothing is written.</source>
+        <translation>취소했습니다. 아무것도 저장하지 않습니다.</translation>
+    </message>
+    <message>
+        <source>No report and no bundle is being made.</source>
+        <translation>만들고 있는 리포트나 번들이 없습니다.</translation>
+    </message>
+    <message>
+        <source>The history is empty now; the audit log is not.</source>
+        <translation>이력을 비웠습니다. 감사 로그는 그대로입니다.</translation>
+    </message>
+    <message>
+        <source>clear-history           forget the history here, not in the audit log</source>
+        <translation>clear-history           여기서만 이력을 비우기(감사 로그는 유지)</translation>
+    </message>
+    <message>
+        <source>cancel-report           end a report or a collection that is under way</source>
+        <translation>cancel-report           진행 중인 리포트나 자료 수집을 중단</translation>
+    </message>
+    <message>
+        <source>always-allow add DIGEST</source>
+        <translation>always-allow add DIGEST</translation>
+    </message>
+    <message>
+        <source>                        add one of the platform&apos;s commands to the own list</source>
+        <translation>                        플랫폼 목록의 명령 하나를 자체 목록에 추가</translation>
     </message>
 </context>
 <context>

@@ -247,6 +247,19 @@ TEST_F(TerminalCommands, TheAlwaysAllowListIsSeenChangedSavedAndTakenBack)
     const QString digest = row.section(u' ', 0, 0);
     ASSERT_EQ(digest.size(), 12);
 
+    const QString platformRow
+        = bram->output().split(u'\n').filter(u"  brackwen  make test"_s).value(0);
+    bram->send(u"always-allow add "_s + platformRow.section(u' ', 0, 0));
+    ASSERT_TRUE(bram->says(u"The always-allow list has changed.\n"_s));
+    bram->send(u"always-allow list"_s);
+    ASSERT_TRUE(bram->says(u"  both      make test\n"_s));
+    bram->send(u"clear-history"_s);
+    ASSERT_TRUE(bram->says(u"The history is empty now"_s));
+    bram->send(u"history"_s);
+    ASSERT_TRUE(bram->says(u"Nothing has happened yet.\n"_s));
+    bram->send(u"cancel-report"_s);
+    ASSERT_TRUE(bram->says(u"No report and no bundle is being made.\n"_s));
+
     const QString saved = home.filePath(u"saved list"_s);
     bram->send(u"always-allow backup ~/saved list"_s);
     ASSERT_TRUE(bram->says(u"The always-allow list is in: "_s));

@@ -42,6 +42,7 @@ void AlwaysAllowCommands::carryOut(const AlwaysAllowCommand &command)
     }
     case Kind::Reload:
     case Kind::Register:
+    case Kind::Add:
     case Kind::AddAll:
     case Kind::Remove:
     case Kind::Clear:
@@ -59,17 +60,22 @@ void AlwaysAllowCommands::list()
 const AlwaysAllowEntry *AlwaysAllowCommands::find(const QString &digest)
 {
     const AlwaysAllowEntry *found = nullptr;
+    int count = 0;
     for (const AlwaysAllowEntry &entry : m_collaborators.alwaysAllow.list().entries()) {
+        if (entry.digest == digest) {
+            return &entry;
+        }
         if (!entry.digest.startsWith(digest)) {
             continue;
         }
-        if (found != nullptr) {
-            m_collaborators.voice.say(TerminalTr::tr("More than one entry begins with: ")
-                                          + beginningOfTyped(digest),
-                                      LineStyle::Warning);
-            return nullptr;
-        }
+        ++count;
         found = &entry;
+    }
+    if (count > 1) {
+        m_collaborators.voice.say(TerminalTr::tr("More than one entry begins with: ")
+                                      + beginningOfTyped(digest),
+                                  LineStyle::Warning);
+        return nullptr;
     }
     if (found == nullptr) {
         m_collaborators.voice.say(TerminalTr::tr("No entry begins with: ")
@@ -106,7 +112,11 @@ QCoro::Task<> AlwaysAllowCommands::change(QPointer<AlwaysAllowCommands> self,
             co_return;
         }
         const QList<AlwaysAllowEntry> chosen {*entry};
-        isChanged = co_await operations.remove(prompts, chosen, command.target);
+        if (command.kind == Kind::Add) {
+            isChanged = operations.addToAppList(chosen);
+        } else {
+            isChanged = co_await operations.remove(prompts, chosen, command.target);
+        }
     }
     if (self) {
         self->m_collaborators.voice.say(isChanged

@@ -34,6 +34,8 @@ constexpr std::array plainCommands {
     PlainRow {u"reconnect", PlainCommand::Reconnect},
     PlainRow {u"reload-token", PlainCommand::ReloadToken},
     PlainRow {u"clear-pending", PlainCommand::ClearPending},
+    PlainRow {u"clear-history", PlainCommand::ClearHistory},
+    PlainRow {u"cancel-report", PlainCommand::CancelReport},
     PlainRow {u"help", PlainCommand::Help},
     PlainRow {u"quit", PlainCommand::Quit},
 };
@@ -60,6 +62,7 @@ constexpr std::array alwaysAllowCommands {
     AlwaysAllowRow {u"list", AlwaysAllowCommand::Kind::List, u""},
     AlwaysAllowRow {u"reload", AlwaysAllowCommand::Kind::Reload, u""},
     AlwaysAllowRow {u"register", AlwaysAllowCommand::Kind::Register, u""},
+    AlwaysAllowRow {u"add", AlwaysAllowCommand::Kind::Add, u"DIGEST"},
     AlwaysAllowRow {u"add-all", AlwaysAllowCommand::Kind::AddAll, u""},
     AlwaysAllowRow {u"remove", AlwaysAllowCommand::Kind::Remove, u"DIGEST app|brackwen|both"},
     AlwaysAllowRow {u"clear", AlwaysAllowCommand::Kind::Clear, u"app|brackwen|both"},
@@ -108,7 +111,7 @@ Parsed parseAlwaysAllow(const QString &rest)
                                        &AlwaysAllowRow::word);
     if (row == alwaysAllowCommands.end()) {
         return fault(TerminalTr::tr(
-            "Say what: always-allow list|reload|remove|clear|register|add-all|backup|restore"));
+            "Say what: always-allow list|reload|remove|clear|register|add|add-all|backup|restore"));
     }
     const QString argument = rest.trimmed().sliced(row->word.size()).trimmed();
     AlwaysAllowCommand command {.kind = row->kind};

@@ -27,6 +27,8 @@ enum class PlainCommand {
     Reconnect,
     ReloadToken,
     ClearPending,
+    ClearHistory,
+    CancelReport,
     Help,
     Quit,
 };
@@ -94,6 +96,7 @@ struct AlwaysAllowCommand {
         List,
         Reload,
         Register,
+        Add, ///< `add DIGEST`
         AddAll,
         Remove, ///< `remove DIGEST app|brackwen|both`
         Clear, ///< `clear app|brackwen|both`

@@ -42,6 +42,14 @@ void RecordCommands::carryOut(const FileCommand &command)
     m_collaborators.tasks.spawn(write(this, command.purpose, *path), u"export"_s);
 }
 
+void RecordCommands::cancel()
+{
+    const bool isWorking = m_collaborators.record.isWorking();
+    m_collaborators.record.cancel();
+    m_collaborators.voice.say(isWorking ? TerminalTr::tr("Cancelled; nothing is written.")
+                                        : TerminalTr::tr("No report and no bundle is being made."));
+}
+
 QCoro::Task<> RecordCommands::write(QPointer<RecordCommands> self, FileCommand::Purpose purpose,
                                     QString path)
 {

@@ -35,6 +35,8 @@ public:
     explicit RecordCommands(const Collaborators &collaborators);
 
     void carryOut(const FileCommand &command);
+    /// Ends the reports and bundles that are being made.
+    void cancel();
 
 private:
     static QCoro::Task<> write(QPointer<RecordCommands> self, FileCommand::Purpose purpose,

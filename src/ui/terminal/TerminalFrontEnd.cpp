@@ -141,6 +141,13 @@ void TerminalFrontEnd::run(PlainCommand command)
     case PlainCommand::ClearPending:
         m_requests.clearPending();
         break;
+    case PlainCommand::ClearHistory:
+        monitor.clearHistory();
+        m_voice.say(TerminalTr::tr("The history is empty now; the audit log is not."));
+        break;
+    case PlainCommand::CancelReport:
+        m_record.cancel();
+        break;
     case PlainCommand::Help:
         m_voice.print(helpLines(columns));
         break;

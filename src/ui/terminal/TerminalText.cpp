@@ -269,9 +269,11 @@ TerminalLines helpLines(int columns)
             "reload-token            take the gateway token from the configuration again"),
         TerminalTr::tr(
             "clear-pending           forget the pending requests here, not at the gateway"),
+        TerminalTr::tr("clear-history           forget the history here, not in the audit log"),
         TerminalTr::tr("export FILE             write the pending requests into a file"),
         TerminalTr::tr("report FILE             write the report of the last 7 days into a file"),
         TerminalTr::tr("diagnostics FOLDER      collect there what somebody needs who is to help"),
+        TerminalTr::tr("cancel-report           end a report or a collection that is under way"),
         TerminalTr::tr("always-allow list       the commands that need no question"),
         TerminalTr::tr("always-allow reload     read the lists again, after a backup"),
         TerminalTr::tr("always-allow remove DIGEST app|brackwen|both"),
@@ -280,6 +282,9 @@ TerminalLines helpLines(int columns)
         TerminalTr::tr("always-allow clear app|brackwen|both"),
         TerminalTr::tr("                        take all of them out"),
         TerminalTr::tr("always-allow register   add the commands listed to the platform's list"),
+        TerminalTr::tr("always-allow add DIGEST"),
+        TerminalTr::tr(
+            "                        add one of the platform's commands to the own list"),
         TerminalTr::tr("always-allow add-all    add the commands listed to the own list"),
         TerminalTr::tr("always-allow backup FILE, always-allow restore FILE"),
         TerminalTr::tr("                        write the list into a file, take it from one"),
