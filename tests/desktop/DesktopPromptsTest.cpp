@@ -7,6 +7,7 @@
 #include <QApplication>
 #include <QFile>
 #include <QFileDialog>
+#include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTemporaryDir>
@@ -70,6 +71,9 @@ TEST_F(DesktopPromptsTest, everyButtonIsItsAnswerAndTurningAwayIsTheHarmlessOne)
         auto *box = shown<QMessageBox>();
         ASSERT_EQ(box->informativeText(), u"<b>no markup</b>"_s);
         ASSERT_EQ(box->textFormat(), Qt::PlainText);
+        for (const QLabel *label : box->findChildren<QLabel *>()) {
+            ASSERT_EQ(label->textFormat(), Qt::PlainText) << qPrintable(label->objectName());
+        }
         EXPECT_FALSE(box->isModal()) << "requests must stay decidable";
         for (QAbstractButton *button : box->buttons()) {
             if (button->text() == question().buttons.at(wanted)) {

@@ -12,6 +12,7 @@
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QWindow>
@@ -34,7 +35,11 @@ QMessageBox *makeMessageBox(const QString &title, const QString &text)
     box->setWindowTitle(u"BrackwenApprovalsMenu"_s);
     box->setTextFormat(Qt::PlainText);
     box->setText(title);
-    box->setInformativeText(text);
+    box->setInformativeText(honestDisplay(text).text);
+    // The informative text has a label of its own, which would look for markup.
+    for (QLabel *label : box->findChildren<QLabel *>()) {
+        label->setTextFormat(Qt::PlainText);
+    }
     return box;
 }
 
