@@ -235,8 +235,11 @@ bool AlwaysAllowList::ensureInApp(const AlwaysAllowEntry &entry)
 
 void AlwaysAllowList::loadPlatform()
 {
-    m_platform = m_scope == AlwaysAllowScope::IncludeRegistered ? m_files.load().commandsByDigest
-                                                                : QHash<QString, QString>();
+    const auto patterns = m_scope == AlwaysAllowScope::IncludeRegistered
+        ? m_files.load()
+        : ExecApprovalsFiles::Patterns();
+    m_platform = patterns.commandsByDigest;
+    m_platformFileCount = patterns.paths.size();
 }
 
 void AlwaysAllowList::persistAndReload()

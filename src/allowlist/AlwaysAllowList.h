@@ -40,6 +40,9 @@ public:
     /// Where the exec-approvals files lie.
     const QString &platformFolder() const { return m_platformFolder; }
 
+    /// Of those that could be read the last time; 0 when only the own list is shown.
+    qsizetype platformFileCount() const { return m_platformFileCount; }
+
     /// The merged list, in the order of the texts.
     const QList<AlwaysAllowEntry> &entries() const { return m_entries; }
     const AlwaysAllowEntry *find(const QString &digest) const;
@@ -90,6 +93,7 @@ private:
     AppAlwaysAllowList m_app;
     ExecApprovalsFiles m_files;
     QHash<QString, QString> m_platform; ///< patterns by digest
+    qsizetype m_platformFileCount = 0;
     AlwaysAllowScope m_scope = AlwaysAllowScope::IncludeRegistered;
     QList<AlwaysAllowEntry> m_entries;
 };

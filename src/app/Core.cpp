@@ -6,6 +6,8 @@
 
 #include <QJsonArray>
 
+#include <algorithm>
+
 namespace bram
 {
 
@@ -90,6 +92,24 @@ QJsonObject Core::settingsForDiagnostics() const
          addressWithoutSecrets(
              m_environment.trimmed(u"BRACKWEN_GATEWAY_URL"_s).value_or(defaultGatewayUrl))},
         {u"configurationProblems"_s, m_config.problems().size()},
+        {u"alwaysAllow"_s, alwaysAllowForDiagnostics()},
+    };
+}
+
+/// How many, never which.
+QJsonObject Core::alwaysAllowForDiagnostics() const
+{
+    const auto count = [this](auto member, auto value) {
+        return qint64(std::ranges::count(m_alwaysAllowList.entries(), value, member));
+    };
+    using Source = AlwaysAllowSource;
+    return {
+        {u"app"_s, count(&AlwaysAllowEntry::source, Source::LocalOnly)},
+        {u"brackwen"_s, count(&AlwaysAllowEntry::source, Source::BrackwenOnly)},
+        {u"both"_s, count(&AlwaysAllowEntry::source, Source::Both)},
+        {u"sensitive"_s, count(&AlwaysAllowEntry::isSecuritySensitive, true)},
+        {u"lineBreak"_s, count(&AlwaysAllowEntry::hasLineBreak, true)},
+        {u"platformFiles"_s, m_alwaysAllowList.platformFileCount()},
     };
 }
 

@@ -67,6 +67,7 @@ public:
 
 private:
     QJsonObject settingsForDiagnostics() const;
+    QJsonObject alwaysAllowForDiagnostics() const;
     MonitorPorts allPorts(MonitorPorts ports);
 
     SystemLog &m_log;

@@ -169,6 +169,12 @@ TEST_F(RecordOperationsTest, theBundleSaysWhatAHelperNeeds)
 {
     makeCore();
     prompts.files = {outside.path()};
+    writeFile(folder.filePath(u".brackwen/exec-approvals.json"_s),
+              R"({"agents":{"main":{"allowlist":["sudo ls","apt list","rm a\nls"]}}})");
+    auto &always = core->alwaysAllow();
+    test::waitFor(always.reload(prompts, AlwaysAllowScope::IncludeRegistered));
+    ASSERT_EQ(always.list().entries().size(), 3);
+    always.addToAppList({always.list().entries().at(1)});
     monitor().handleGatewayEvent(ApprovalRequested {item("r1")});
     const SurfaceFacts surface {.surface = u"desktop"_s,
                                 .displayServer = u"xcb"_s,
@@ -194,6 +200,13 @@ TEST_F(RecordOperationsTest, theBundleSaysWhatAHelperNeeds)
     EXPECT_EQ(snapshot[u"approvals"_s][u"displayed"_s].toInt(), 1);
     EXPECT_EQ(snapshot[u"gateway"_s][u"indicator"_s].toString(), u"green"_s);
     EXPECT_EQ(snapshot[u"settings"_s][u"language"_s].toString(), u"eng"_s);
+    const auto allowed = snapshot[u"settings"_s][u"alwaysAllow"_s].toObject();
+    for (const auto &[key, count] :
+         {std::pair(u"app"_s, 0), std::pair(u"brackwen"_s, 2), std::pair(u"both"_s, 1),
+          std::pair(u"sensitive"_s, 1), std::pair(u"lineBreak"_s, 1),
+          std::pair(u"platformFiles"_s, 1)}) {
+        EXPECT_EQ(allowed[key].toInt(-1), count) << qPrintable(key);
+    }
     EXPECT_TRUE(contentOf(bundle() + u"/README.txt"_s).startsWith("BRAM 진단 번들\n- snapshot"));
     EXPECT_TRUE(contentOf(bundle() + u"/weekly-audit.md"_s).contains("전체 이벤트: 1\n"));
     EXPECT_TRUE(contentOf(bundle() + u"/pending-approvals.txt"_s).contains("ID: r1\n"));
