@@ -50,20 +50,14 @@ ApprovalMonitor::ApprovalMonitor(const Collaborators &collaborators)
     connect(&m_expiry, &ExpiryWatch::expired, this, &ApprovalMonitor::onExpired);
     connect(&m_resolver, &DecisionResolver::decisionSettled, this,
             [this](const QString &approvalId) {
-                // It may have failed after the request's time was over.
+                // It may have failed after the request's time was over; and one whose automatic answer has failed
+                // is listed only now.
                 if (const auto *item = m_board.find(approvalId)) {
                     m_expiry.watch(*item);
                 }
             });
     connect(&m_board, &ApprovalBoard::displayItemsChanged, this,
             [this] { m_menuState.note(u"refresh"_s); });
-    connect(&m_resolver, &DecisionResolver::decisionSettled, this,
-            [this](const QString &approvalId) {
-                // One whose automatic answer has failed is listed only now.
-                if (const auto *item = m_board.find(approvalId)) {
-                    m_expiry.watch(*item);
-                }
-            });
     connect(&m_board, &ApprovalBoard::decidedInPopup, this,
             [this](const QString &approvalId, ApprovalDecision decision) {
                 m_resolver.resolve(approvalId, decision, DecisionOrigin::local(),

@@ -109,6 +109,9 @@ void ApprovalRecorder::recordResolveFailed(const ApprovalItem &item, ApprovalDec
 {
     auto record = decisionRecord(AuditKind::approvalResolveFailed, item, decision, origin);
     record.note = failure;
+    if (origin.maker == DecisionMaker::AlwaysAllowList) {
+        *record.note += u' ' + automaticNote;
+    }
     m_collaborators.audit.append(record);
 }
 

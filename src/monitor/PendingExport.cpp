@@ -23,7 +23,7 @@ QString pendingApprovalExportText(const QList<ApprovalItem> &displayItems, qint6
     for (const ApprovalItem &item : displayItems) {
         lines
             += {QString(), u'[' + QString::number(++position) + u']', u"ID: "_s + item.approvalId};
-        if (item.agentId) {
+        if (item.agentId && !item.agentId->isEmpty()) {
             lines += u"Agent: "_s + *item.agentId;
         }
         lines += {

@@ -155,6 +155,9 @@ TEST_F(AlwaysAllowTest, AnAutomaticAnswerThatFailsBecomesAQuestion)
     EXPECT_EQ(settled.last().outcome.kind, DecisionOutcome::Kind::Failed);
     ASSERT_NE(board().find(u"late"_s), nullptr);
     EXPECT_EQ(board().askReason(u"late"_s), AskReason::AutomaticAnswerFailed);
+    const auto record = core->audit().records(0).last();
+    EXPECT_EQ(record.kind, AuditKind::approvalResolveFailed);
+    EXPECT_TRUE(record.note->endsWith(u" auto-allow"_s)) << qPrintable(*record.note);
     gateway.setDecisionBehaviour({});
     decide("late", ApprovalDecision::AllowOnce);
     ASSERT_TRUE(waitSettled(4));
