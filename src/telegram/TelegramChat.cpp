@@ -150,9 +150,11 @@ TelegramChat::upsertPendingMessage(QPointer<TelegramChat> self,
     if (const auto keyboard = keyboardFor(entries, self->m_mode)) {
         payload.insert(u"reply_markup"_s, *keyboard);
     }
-    if (self->m_messageId) {
+    const auto former = self->m_messageId;
+    bool isFormerGone = !former;
+    if (former) {
         QJsonObject edit = payload;
-        edit.insert(u"message_id"_s, *self->m_messageId);
+        edit.insert(u"message_id"_s, *former);
         const auto edited = co_await self->m_collaborators.api.call(u"editMessageText"_s, edit);
         if (!self || edited || isNotModified(edited)) {
             co_return std::nullopt;
@@ -160,6 +162,7 @@ TelegramChat::upsertPendingMessage(QPointer<TelegramChat> self,
         if (!edited.error().isLasting()) {
             co_return edited.error();
         }
+        isFormerGone = edited.error().message.contains(u"not found"_s);
     }
     // Whatever the list was before this message: the message starts with this one.
     self->m_wasEmptied = self->m_wanted.isEmpty();
@@ -171,6 +174,11 @@ TelegramChat::upsertPendingMessage(QPointer<TelegramChat> self,
         co_return sent.error();
     }
     self->m_messageId = parseInt64(sent->value("result"_L1).toObject().value("message_id"_L1));
+    if (!isFormerGone) {
+        // Telegram edits no message that came with keys. It would go on showing an old list.
+        const QJsonObject message {{u"chat_id"_s, self->m_chatId}, {u"message_id"_s, *former}};
+        co_await self->m_collaborators.api.call(u"deleteMessage"_s, message);
+    }
     co_return std::nullopt;
 }
 

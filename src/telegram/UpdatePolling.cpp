@@ -44,6 +44,8 @@ UpdatePolling::UpdatePolling(const TelegramBotConfig &config, const Collaborator
     , m_collaborators(collaborators)
 {
     m_pause.setSingleShot(true);
+    m_pause.setTimerType(
+        Qt::PreciseTimer); // a coarse one may end early, and Telegram asked to wait
     connect(&m_pause, &QTimer::timeout, this, &UpdatePolling::fetch);
 }
 

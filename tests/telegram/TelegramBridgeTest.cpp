@@ -221,6 +221,12 @@ TEST_F(TelegramBridgeTest, CommandsDecideOnlyInTheirSendersOwnWords)
     ASSERT_TRUE(api.press(bound, 2));
     ASSERT_TRUE(waitUntil([&] { return decisions.size() == 2; }));
     EXPECT_EQ(decisions.constLast().decision, ApprovalDecision::Deny);
+
+    // A message with keys cannot be edited: the new one takes its place.
+    const qint64 first = statusMessage(unbound);
+    bridge->updatePending({entry(u"a3"_s)});
+    ASSERT_TRUE(waitLastText(unbound, u"a3"_s));
+    EXPECT_TRUE(waitUntil([&] { return api.chats().find(unbound, first) == nullptr; }));
 }
 
 TEST_F(TelegramBridgeTest, OddUpdatesAndBrokenAnswersEndNothing)
