@@ -26,6 +26,18 @@ QString entryDetail(const AlwaysAllowEntry &entry)
     return preview.isEmpty() ? entry.digest.left(12) + u"…"_s : preview;
 }
 
+/// How many of the entries the list holds.
+qsizetype countIn(AlwaysAllowOperations::Target target, const QList<AlwaysAllowEntry> &entries)
+{
+    using Target = AlwaysAllowOperations::Target;
+    const auto elsewhere
+        = target == Target::App ? AlwaysAllowSource::BrackwenOnly : AlwaysAllowSource::LocalOnly;
+    const auto others = target == Target::Both
+        ? 0
+        : std::ranges::count(entries, elsewhere, &AlwaysAllowEntry::source);
+    return entries.size() - others;
+}
+
 QStringList concreteCommands(const QList<AlwaysAllowEntry> &entries)
 {
     QStringList texts;
@@ -288,7 +300,7 @@ QCoro::Task<bool> AlwaysAllowOperations::askingAndClearing(Self self, OperatorPr
 QCoro::Task<bool> AlwaysAllowOperations::clearingLists(Self self, Target target)
 {
     auto &list = self->m_collaborators.list;
-    const auto count = list.entries().size();
+    const auto before = countIn(target, list.entries());
     bool isChanged = target != Target::Brackwen && list.clearApp();
     if (target != Target::App) {
         const bool isBrackwenChanged = co_await list.clearBrackwen();
@@ -297,7 +309,7 @@ QCoro::Task<bool> AlwaysAllowOperations::clearingLists(Self self, Target target)
     if (!self) {
         co_return isChanged;
     }
-    const auto gone = count - list.entries().size();
+    const auto gone = before - countIn(target, list.entries());
     switch (target) {
     case Target::App:
         self->recordCount(ActivityActor::App, ActivityAction::ClearAppList, gone);

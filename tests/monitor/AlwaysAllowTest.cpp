@@ -282,7 +282,9 @@ TEST_F(AlwaysAllowTest, ClearsThePlatformsListOnlyAfterAConfirmation)
     }
     prompts.answers = {1, 0};
     EXPECT_TRUE(test::waitFor(operations().promptAndClear(prompts)));
-    EXPECT_EQ(std::get<1>(latest()), ActivityAction::ClearBrackwenList);
+    EXPECT_EQ(latest(),
+              std::tuple(ActivityActor::Brackwen, ActivityAction::ClearBrackwenList, u"count=2"_s))
+        << "of which one is kept in the app's list";
     EXPECT_FALSE(has(u"apt list"_s));
     EXPECT_TRUE(has(u"git push"_s));
     prompts.answers = {0};
