@@ -622,7 +622,7 @@
     </message>
     <message>
         <source>No report and no bundle is being made.</source>
-        <translation>만들고 있는 리포트나 번들이 없습니다.</translation>
+        <translation>만들고 있는 보고서나 자료 모음이 없습니다.</translation>
     </message>
     <message>
         <source>The history is empty now; the audit log is not.</source>
@@ -634,7 +634,7 @@
     </message>
     <message>
         <source>cancel-report           end a report or a collection that is under way</source>
-        <translation>cancel-report           진행 중인 리포트나 자료 수집을 중단</translation>
+        <translation>cancel-report           진행 중인 보고서나 자료 모으기를 중단</translation>
     </message>
     <message>
         <source>always-allow add DIGEST</source>
