@@ -4,10 +4,14 @@
 // how long the status menu takes to open with 50 pending requests and 300 rows of history, drawn by this
 // program and sent to a panel. To be run in a desktop session, see tests/desktop/session.
 //
-//   bench_desktop [--check] [--popups N] [--menus N]
+// Then how long each window takes to open, with 10,000 entries on the always-allow list.
+//
+//   bench_desktop [--check] [--popups N] [--menus N] [--windows N]
 //
 // --check ends with 1 when a limit is broken. State goes to a temporary folder, log lines to syslog.
 
+#include "desktop/PaintWatch.h"
+#include "desktop/WindowTimes.h"
 #include "support/BenchServer.h"
 #include "support/Figures.h"
 
@@ -44,72 +48,6 @@ using namespace bram::bench;
 namespace
 {
 constexpr double limitMs = 50;
-constexpr int patienceMs = 20'000;
-
-[[noreturn]] void fail(const char *what)
-{
-    std::printf("%s\n", what);
-    std::exit(2);
-}
-
-/// Turns the event loop until `condition` holds, which is looked at after each signal of `poke`.
-template<typename Condition>
-void waitUntil(Condition condition)
-{
-    const QDeadlineTimer deadline(patienceMs);
-    while (!condition()) {
-        if (deadline.hasExpired()) {
-            fail("what was waited for did not happen");
-        }
-        QTimer tick;
-        tick.start(2);
-        QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
-    }
-}
-
-/// Notices when a widget of a kind has painted itself, and when.
-class PaintWatch final : public QObject
-{
-public:
-    explicit PaintWatch(std::function<bool(const QWidget &)> isWanted)
-        : m_isWanted(std::move(isWanted))
-    {
-        qApp->installEventFilter(this);
-    }
-
-    void restart()
-    {
-        m_painted = nullptr;
-        m_timer.start();
-    }
-    bool hasPainted() const { return m_painted != nullptr; }
-    QWidget *painted() const { return m_painted; }
-    double elapsedMs() const { return m_elapsedMs; }
-
-protected:
-    bool eventFilter(QObject *watched, QEvent *event) override
-    {
-        if (event->type() == QEvent::Paint && watched->isWidgetType() && m_painted == nullptr) {
-            auto *window = static_cast<QWidget *>(watched)->window();
-            if (m_isWanted(*window)) {
-                m_painted = window;
-                // The whole window has painted when this turn of the loop is over.
-                QMetaObject::invokeMethod(
-                    this,
-                    [this] { m_elapsedMs = static_cast<double>(m_timer.nsecsElapsed()) / 1e6; },
-                    Qt::QueuedConnection);
-                m_elapsedMs = 0;
-            }
-        }
-        return false;
-    }
-
-private:
-    std::function<bool(const QWidget &)> m_isWanted;
-    QElapsedTimer m_timer;
-    QWidget *m_painted = nullptr;
-    double m_elapsedMs = 0;
-};
 
 double percentile99(std::vector<double> values)
 {
@@ -182,9 +120,12 @@ public:
     std::vector<double> drawnMenuTimes(int count)
     {
         bram::DesktopActions actions({.monitor = m_core.monitor(),
+                                      .record = m_core.record(),
+                                      .prompts = m_session.prompts(),
+                                      .tasks = m_core.tasks(),
                                       .language = m_core.language(),
                                       .environment = m_core.environment(),
-                                      .clock = m_clock});
+                                      .surface = [] { return bram::SurfaceFacts(); }});
         std::vector<double> times;
         for (int i = 0; i < count; ++i) {
             // From nothing: the first opening of a window's menu is the slowest.
@@ -237,6 +178,13 @@ public:
         return times;
     }
 
+    /// With 10,000 entries on the always-allow list, half of them also on the own one.
+    bool windowsHold(int count)
+    {
+        fillAlwaysAllowList(m_core, m_folder.path());
+        return measureWindows(m_core, m_session.prompts(), m_clock, m_log, count);
+    }
+
 private:
     /// Who the panel of this session knows; this program is the only one there.
     static QString registeredItem(const QDBusConnection &bus)
@@ -279,11 +227,14 @@ int main(int argc, char **argv)
     parser.addOptions({
         {u"check"_s, u"End with 1 when a limit is broken."_s},
         {u"popups"_s, u"How many popups."_s, u"N"_s, u"200"_s},
+        {u"windows"_s, u"How many times each window is opened."_s, u"N"_s, u"20"_s},
         {u"menus"_s, u"How many times the menu is opened."_s, u"N"_s, u"100"_s},
     });
     parser.process(application);
     const int popups = std::max(1, parser.value(u"popups"_s).toInt());
     const int menus = std::max(1, parser.value(u"menus"_s).toInt());
+
+    const int windows = std::max(1, parser.value(u"windows"_s).toInt());
 
     Desktop desktop;
     const auto popupTimes = desktop.popupTimes(popups);
@@ -292,5 +243,8 @@ int main(int argc, char **argv)
     const bool drawnHold = report("menu opened, drawn here", desktop.drawnMenuTimes(menus));
     const bool exportedHold
         = report("menu opened, sent to a panel", desktop.exportedMenuTimes(menus));
-    return parser.isSet(u"check"_s) && !(popupsHold && drawnHold && exportedHold) ? 1 : 0;
+    const bool windowsHold = desktop.windowsHold(windows);
+    return parser.isSet(u"check"_s) && !(popupsHold && drawnHold && exportedHold && windowsHold)
+        ? 1
+        : 0;
 }
