@@ -35,7 +35,15 @@ TrialNotification::TrialNotification(NotificationService &service)
 
 TrialNotification::~TrialNotification()
 {
+    withdraw();
+}
+
+void TrialNotification::withdraw()
+{
     m_service.withdraw(trialTag);
+    if (m_outcome != Outcome::None) {
+        setOutcome(Outcome::None);
+    }
 }
 
 void TrialNotification::send()

@@ -10,7 +10,7 @@ namespace bram
 class NotificationService;
 
 /// One notification that asks nothing, for an operator who wants to see whether they are shown. It goes with
-/// this object. Main thread.
+/// this object, if not before. Main thread.
 class TrialNotification final : public QObject
 {
     Q_OBJECT
@@ -28,6 +28,8 @@ public:
 
     /// Sends it, anew when it has been sent before.
     void send();
+    /// Takes it off the screen.
+    void withdraw();
 
     Outcome outcome() const { return m_outcome; }
     /// Of `Failed`, in one line.

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ui/desktop/AboutWindow.h"
 
+#include "ui/desktop/BringToFront.h"
 #include "ui/desktop/CrestIcon.h"
 #include "ui/desktop/PartsUsed.h"
 
 #include <QBoxLayout>
 #include <QKeyEvent>
+#include <QScrollArea>
 
 namespace bram
 {
@@ -16,7 +18,8 @@ namespace
 {
 constexpr int crestSide = 96;
 constexpr QSize usualSize(520, 460);
-constexpr QSize smallestSize(380, 260);
+constexpr QSize smallestSize(360, 200);
+constexpr int fewLines = 6;
 } // namespace
 
 AboutWindow::AboutWindow()
@@ -33,15 +36,32 @@ AboutWindow::AboutWindow()
     m_licences->setTabChangesFocus(true);
     m_licencesTitle->setBuddy(m_licences);
 
+    m_licences->setMinimumHeight(fewLines * fontMetrics().lineSpacing());
+
+    auto *content = new QWidget(this);
+    auto *column = new QVBoxLayout(content);
+    column->setContentsMargins(20, 20, 20, 0);
+    column->setSpacing(12);
+    column->addLayout(makeHead());
+    column->addWidget(m_licencesTitle);
+    column->addWidget(m_licences, 1);
+    // On a very small screen all of it moves.
+    auto *scrolled = new QScrollArea(this);
+    scrolled->setWidgetResizable(true);
+    scrolled->setFrameShape(QFrame::NoFrame);
+    scrolled->setFocusPolicy(Qt::NoFocus);
+    scrolled->setWidget(content);
+    auto *bottom = new QHBoxLayout;
+    bottom->setContentsMargins(20, 0, 20, 16);
+    bottom->addStretch();
+    bottom->addWidget(m_close);
     auto *layout = new QVBoxLayout(this);
-    layout->setContentsMargins(20, 20, 20, 16);
+    layout->setContentsMargins({});
     layout->setSpacing(12);
-    layout->addLayout(makeHead());
-    layout->addWidget(m_licencesTitle);
-    layout->addWidget(m_licences, 1);
-    layout->addWidget(m_close, 0, Qt::AlignRight);
+    layout->addWidget(scrolled, 1);
+    layout->addLayout(bottom);
     setMinimumSize(smallestSize);
-    resize(usualSize);
+    resizeWithinScreen(*this, usualSize);
 
     connect(m_close, &QPushButton::clicked, this, &QWidget::close);
     retranslate();
@@ -55,6 +75,9 @@ QLayout *AboutWindow::makeHead()
     large.setBold(true);
     m_name->setFont(large);
     m_crest->setPixmap(applicationIcon().pixmap(QSize(crestSide, crestSide), devicePixelRatioF()));
+    for (QLabel *line : {m_name, m_version}) {
+        line->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    }
     m_text->setWordWrap(true);
     m_text->setAlignment(Qt::AlignTop);
     for (QLabel *label : {m_name, m_version, m_text}) {

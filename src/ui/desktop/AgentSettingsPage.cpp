@@ -7,10 +7,14 @@
 #include "ui/desktop/DesktopActions.h"
 
 #include <QBoxLayout>
-#include <QFormLayout>
 
 namespace bram
 {
+
+namespace
+{
+constexpr int widestChoice = 320;
+} // namespace
 
 AgentSettingsPage::AgentSettingsPage(DesktopActions &actions, AgentSelection &agents)
     : m_agents(agents)
@@ -20,13 +24,16 @@ AgentSettingsPage::AgentSettingsPage(DesktopActions &actions, AgentSelection &ag
     m_choice->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     m_choice->setMinimumContentsLength(20);
     m_readAgain->setAutoDefault(false);
-    addRow(m_choice);
+    auto *choice = new QWidget(this);
+    auto *row = new QHBoxLayout(choice);
+    row->setContentsMargins({});
+    row->addWidget(m_choice, 1);
+    row->addWidget(m_readAgain);
+    m_choice->setMaximumWidth(widestChoice);
+    row->addStretch();
+    addRow(choice, m_choice);
     m_meaning = addNote();
     m_emptyNote = addNote();
-    auto *button = new QHBoxLayout;
-    button->addWidget(m_readAgain);
-    button->addStretch();
-    form()->addRow(QString(), button);
 
     connect(m_choice, &ChoiceBox::chosen, this,
             [&actions](const QVariant &agentId) { actions.chooseAgent(agentId.toString()); });
@@ -50,7 +57,7 @@ void AgentSettingsPage::refresh()
 
 void AgentSettingsPage::retranslate()
 {
-    setRowLabel(m_choice, tr("Show requests &of:"));
+    setRowLabel(m_choice->parentWidget(), tr("Show requests &of:"));
     m_choice->setAccessibleName(tr("Agent"));
     m_readAgain->setText(tr("&Refresh"));
     m_readAgain->setToolTip(tr("Reads the agents from the platform's configuration again"));

@@ -12,6 +12,7 @@
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QGridLayout>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
@@ -27,6 +28,7 @@ using namespace Qt::StringLiterals;
 namespace
 {
 constexpr qint64 largestReport = 16 * 1024 * 1024;
+constexpr int boxWidth = 380;
 constexpr auto positionProperty = "bramPosition"; ///< of a button: which answer it is
 
 QMessageBox *makeMessageBox(const QString &title, const QString &text)
@@ -40,7 +42,21 @@ QMessageBox *makeMessageBox(const QString &title, const QString &text)
     for (QLabel *label : box->findChildren<QLabel *>()) {
         label->setTextFormat(Qt::PlainText);
     }
+    if (auto *label = box->findChild<QLabel *>(u"qt_msgbox_label"_s)) {
+        QFont bold = label->font();
+        bold.setBold(true);
+        label->setFont(bold);
+    }
     return box;
+}
+
+/// By itself a box is as narrow as its title. To be called last: what is added to a box lays it out anew.
+void widen(const QMessageBox &box)
+{
+    if (auto *grid = qobject_cast<QGridLayout *>(box.layout())) {
+        grid->addItem(new QSpacerItem(boxWidth, 0, QSizePolicy::Minimum, QSizePolicy::Fixed),
+                      grid->rowCount(), 0, 1, grid->columnCount());
+    }
 }
 
 /// In the order given, which the platform's own order of roles would not keep. The harmless one is what
@@ -65,13 +81,14 @@ QMessageBox *makeQuestionBox(const Question &question)
         none->hide();
         box->setEscapeButton(none);
     }
+    widen(*box);
     return box;
 }
 
 Question replaceQuestion(const QString &path)
 {
     return {.title = DesktopPrompts::tr("Replace the file?"),
-            .text = DesktopPrompts::tr("There is a file already: %1").arg(honestLine(path).text),
+            .text = DesktopPrompts::tr("There is a file already: %1").arg(path),
             .buttons = {DesktopPrompts::tr("Replace"), DesktopPrompts::tr("Cancel")},
             .harmless = 1};
 }
@@ -105,6 +122,7 @@ QFileDialog *makeFileDialog(const FileQuestion &question, const QString &folder)
         dialog->setOption(QFileDialog::ShowDirsOnly);
         break;
     }
+    dialog->setLabelText(QFileDialog::Reject, DesktopPrompts::tr("Cancel"));
     if (!question.acceptLabel.isEmpty()) {
         dialog->setLabelText(QFileDialog::Accept, question.acceptLabel);
     }
@@ -166,6 +184,7 @@ Reply<bool> DesktopPrompts::open(const Alert &alert)
         QMessageBox *box = makeMessageBox(alert.title, alert.text);
         box->setIcon(QMessageBox::Information);
         box->addButton(QMessageBox::Ok);
+        widen(*box);
         connect(box, &QDialog::finished, box, [source] { source.answer(true); });
         return box;
     });

@@ -67,8 +67,8 @@ FileSettingsPage::FileSettingsPage(const Collaborators &collaborators)
     m_grid->setVerticalSpacing(8);
     m_grid->setColumnStretch(1, 1);
     form()->addRow(m_grid);
-    m_problem = addNote();
-    m_meaning = addNote();
+    m_problem = addNote(NotePlace::WholeRow);
+    m_meaning = addNote(NotePlace::WholeRow);
     setNote(m_problem, {});
     retranslate();
 }

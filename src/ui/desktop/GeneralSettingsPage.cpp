@@ -57,6 +57,7 @@ void GeneralSettingsPage::buildNotifications()
 {
     m_notificationLine->setTextFormat(Qt::PlainText);
     m_notificationLine->setWordWrap(true);
+    m_notificationLine->setAlignment(Qt::AlignTop);
     m_notificationLine->setTextInteractionFlags(Qt::TextSelectableByMouse);
     auto *line = new QHBoxLayout(m_notifications);
     line->setContentsMargins({});
@@ -92,6 +93,12 @@ void GeneralSettingsPage::retranslate()
     m_sendTrial->setText(tr("Send a Test &Notification"));
     m_languages->setAccessibleName(tr("Language"));
     refresh();
+}
+
+void GeneralSettingsPage::hideEvent(QHideEvent *event)
+{
+    m_trial.withdraw();
+    SettingsPage::hideEvent(event);
 }
 
 void GeneralSettingsPage::chooseLanguage(const QVariant &value)

@@ -35,6 +35,7 @@ public:
 
 protected:
     void retranslate() override;
+    void hideEvent(QHideEvent *event) override;
 
 private:
     void buildNotifications();

@@ -19,10 +19,10 @@ SettingsPage::SettingsPage(QWidget *parent)
     m_form->setLabelAlignment(Qt::AlignLeft);
 }
 
-void SettingsPage::addRow(QWidget *field)
+void SettingsPage::addRow(QWidget *field, QWidget *buddy)
 {
     auto *label = new QLabel(this);
-    label->setBuddy(field);
+    label->setBuddy(buddy != nullptr ? buddy : field);
     m_form->addRow(label, field);
 }
 
@@ -31,7 +31,7 @@ void SettingsPage::setRowLabel(QWidget *field, const QString &text)
     static_cast<QLabel *>(m_form->labelForField(field))->setText(text);
 }
 
-QLabel *SettingsPage::addNote()
+QLabel *SettingsPage::addNote(NotePlace place)
 {
     auto *note = new QLabel(this);
     note->setTextFormat(Qt::PlainText);
@@ -41,7 +41,11 @@ QLabel *SettingsPage::addNote()
     QSizePolicy policy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     policy.setHeightForWidth(true);
     note->setSizePolicy(policy);
-    m_form->addRow(QString(), note);
+    if (place == NotePlace::WholeRow) {
+        m_form->addRow(note);
+    } else {
+        m_form->addRow(QString(), note);
+    }
     return note;
 }
 

@@ -28,11 +28,16 @@ protected:
     virtual void retranslate() = 0;
 
     QFormLayout *form() const { return m_form; }
-    /// A row with a label for it, which `setRowLabel` writes.
-    void addRow(QWidget *field);
+    /// A row with a label for it, which `setRowLabel` writes and whose letter leads to `buddy`.
+    void addRow(QWidget *field, QWidget *buddy = nullptr);
     void setRowLabel(QWidget *field, const QString &text);
-    /// A text below the row before; one that is empty takes no room.
-    QLabel *addNote();
+    /// Below what is in the row before, or as wide as the page.
+    enum class NotePlace {
+        BelowField,
+        WholeRow,
+    };
+    /// A text; one that is empty takes no room.
+    QLabel *addNote(NotePlace place = NotePlace::BelowField);
     void setNote(QLabel *note, const QString &text);
 
     void changeEvent(QEvent *event) override;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ui/desktop/SettingsWindow.h"
 
+#include "ui/desktop/BringToFront.h"
 #include "ui/desktop/SettingsPage.h"
 
 #include <QBoxLayout>
@@ -13,7 +14,7 @@ namespace bram
 namespace
 {
 constexpr QSize usualSize(720, 400);
-constexpr QSize smallestSize(400, 260);
+constexpr QSize smallestSize(360, 200);
 } // namespace
 
 SettingsWindow::SettingsWindow()
@@ -29,7 +30,7 @@ SettingsWindow::SettingsWindow()
     layout->addLayout(bottom);
     m_notice->setWordWrap(true);
     setMinimumSize(smallestSize);
-    resize(usualSize);
+    resizeWithinScreen(*this, usualSize);
     connect(m_close, &QPushButton::clicked, this, &QWidget::close);
     retranslate();
 }
