@@ -33,6 +33,7 @@ BotApiCall::BotApiCall(QNetworkReply *reply, std::chrono::seconds timeLimit, QOb
     connect(reply, &QNetworkReply::readyRead, this, &BotApiCall::read);
     connect(reply, &QNetworkReply::finished, this, &BotApiCall::finish);
     m_timeLimit.setSingleShot(true);
+    m_timeLimit.setTimerType(Qt::PreciseTimer);
     connect(&m_timeLimit, &QTimer::timeout, this,
             [this, timeLimit] { fail(u"no answer within %1 s"_s.arg(timeLimit.count())); });
     m_timeLimit.start(timeLimit);
