@@ -626,11 +626,11 @@
     </message>
     <message>
         <source>The history is empty now; the audit log is not.</source>
-        <translation>이력을 비웠습니다. 감사 로그는 그대로입니다.</translation>
+        <translation>기록을 비웠습니다. 감사 로그는 그대로입니다.</translation>
     </message>
     <message>
         <source>clear-history           forget the history here, not in the audit log</source>
-        <translation>clear-history           여기서만 이력을 비우기(감사 로그는 유지)</translation>
+        <translation>clear-history           여기서만 기록을 비우기(감사 로그는 유지)</translation>
     </message>
     <message>
         <source>cancel-report           end a report or a collection that is under way</source>
@@ -643,6 +643,10 @@
     <message>
         <source>                        add one of the platform&apos;s commands to the own list</source>
         <translation>                        플랫폼 목록의 명령 하나를 자체 목록에 추가</translation>
+    </message>
+    <message>
+        <source>Not answered: the input has ended.</source>
+        <translation>답하지 않음: 입력이 끝났습니다.</translation>
     </message>
 </context>
 <context>

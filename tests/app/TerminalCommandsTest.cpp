@@ -293,6 +293,9 @@ TEST_F(TerminalCommands, TheAlwaysAllowListIsSeenChangedSavedAndTakenBack)
     ASSERT_TRUE(bram->says(u"its words.\n"_s));
     bram->send(u"1"_s);
     ASSERT_TRUE(bram->says(u"Entries: "_s));
+    bram->send(u"always-allow restore "_s + saved);
     bram->closeInput();
     EXPECT_EQ(bram->ends(), 0);
+    // Said also where the input ended before it could be asked about.
+    EXPECT_EQ(bram->output().count(u"  Entries restored to the app list: "_s), 2);
 }

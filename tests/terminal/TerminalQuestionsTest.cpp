@@ -73,9 +73,10 @@ TEST_F(Questions, AreAnsweredByNumberOrWordsOneAfterTheOther)
     EXPECT_TRUE(isAnswered({0, 2}));
     input.end();
     EXPECT_TRUE(isAnswered({0, 2, 1}));
-    // Nothing is asked any more.
+    // Nothing is asked any more, but what it is about is told.
     ask(u"Four?"_s, {u"a"_s, u"b"_s});
     EXPECT_TRUE(isAnswered({0, 2, 1, 1}));
+    EXPECT_TRUE(says(u"Four?\n  first\n  second\nNot answered: the input has ended.\n"_s));
 }
 
 TEST_F(Questions, CanBeLeftWithAnEmptyLineWhereThatIsAnAnswer)

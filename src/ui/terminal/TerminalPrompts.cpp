@@ -143,6 +143,12 @@ QCoro::Task<bool> TerminalPrompts::openFile(QString path)
 Reply<qsizetype> TerminalPrompts::open(const Question &question)
 {
     const ReplySource<qsizetype> source(question.harmless);
+    if (m_isStopped) {
+        // Whoever ends the input at once, as a script does, is still told what it was about.
+        m_voice.print(paragraphs(question.title, question.text, m_voice.columns()));
+        m_voice.say(TerminalTr::tr("Not answered: the input has ended."), LineStyle::Warning);
+        return source.reply();
+    }
     enqueue({.lines = linesOf(question, m_voice.columns()),
              .takeAnswer = [buttons = question.buttons, harmless = question.harmless,
                             source](const QString &line) -> QString {
