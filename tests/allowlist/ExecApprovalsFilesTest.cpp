@@ -278,6 +278,16 @@ TEST_F(ExecApprovals, TheLoopTurnsWhileAnotherProgramHasTheFolder)
     EXPECT_TRUE(log.lines().isEmpty());
 }
 
+TEST_F(ExecApprovals, AChangeThatHasBegunIsMadeAlsoWhenTheProgramEnds)
+{
+    write(platform(u"exec-approvals.json"_s), "{}");
+    auto ending = std::make_unique<ExecApprovalsFiles>(platform(), log);
+    auto task = ending->appendCommands({u"last one"_s});
+    ending.reset();
+    EXPECT_EQ(patternsIn(u"exec-approvals.json"_s), QStringList(u"last one"_s));
+    EXPECT_FALSE(test::waitFor(std::move(task)));
+}
+
 TEST(ConcreteCommands, LeavesOutPreviewsSingleWordsAndRepeats)
 {
     EXPECT_EQ(concreteCommandsForBrackwen({u" ls -la "_s, u"git …"_s, u"ls"_s, u"./run"_s, u""_s,
