@@ -7,6 +7,24 @@
 namespace bram
 {
 
+namespace
+{
+/// A label that breaks its lines asks for the height that it needs when it is narrow, and the layout gives it at
+/// least that. This one asks for a line, and gets more for its width where it needs more.
+class NoteLabel final : public QLabel
+{
+public:
+    using QLabel::QLabel;
+
+    QSize sizeHint() const override
+    {
+        constexpr int letters = 20;
+        return {fontMetrics().averageCharWidth() * letters, fontMetrics().height()};
+    }
+    QSize minimumSizeHint() const override { return sizeHint(); }
+};
+} // namespace
+
 SettingsPage::SettingsPage(QWidget *parent)
     : QWidget(parent)
     , m_form(new QFormLayout(this))
@@ -33,7 +51,7 @@ void SettingsPage::setRowLabel(QWidget *field, const QString &text)
 
 QLabel *SettingsPage::addNote(NotePlace place)
 {
-    auto *note = new QLabel(this);
+    auto *note = new NoteLabel(this);
     note->setTextFormat(Qt::PlainText);
     note->setWordWrap(true);
     note->setTextInteractionFlags(Qt::TextSelectableByMouse);
