@@ -20,7 +20,7 @@ QString typedFor(const TerminalCommand &command)
         return words.at(static_cast<qsizetype>(file->purpose)) + file->path;
     }
     if (const auto *list = std::get_if<AlwaysAllowCommand>(&command)) {
-        const QStringList kinds {u"list"_s,   u"reload"_s, u"register"_s, u"add-all"_s,
+        const QStringList kinds {u"list"_s,   u"reload"_s, u"register"_s, u"add"_s,    u"add-all"_s,
                                  u"remove"_s, u"clear"_s,  u"backup"_s,   u"restore"_s};
         const QStringList targets {u"app"_s, u"brackwen"_s, u"both"_s};
         using Kind = AlwaysAllowCommand::Kind;
