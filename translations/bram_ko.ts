@@ -65,6 +65,85 @@
         <source>nothing waits for a decision</source>
         <translation>대기 중인 요청 없음</translation>
     </message>
+    <message>
+        <source>Telegram: %1 (bot token %2)</source>
+        <translation>텔레그램: %1 (봇 토큰: %2)</translation>
+    </message>
+    <message>
+        <source>Telegram: %1</source>
+        <translation>텔레그램: %1</translation>
+    </message>
+</context>
+<context>
+    <name>Telegram</name>
+    <message>
+        <source>takes buttons and commands</source>
+        <translation>버튼과 명령을 받음</translation>
+    </message>
+    <message>
+        <source>takes commands, shows no buttons</source>
+        <translation>명령만 받음, 버튼 없음</translation>
+    </message>
+    <message>
+        <source>only shows requests (safe mode)</source>
+        <translation>요청 표시만 함 (안전 모드)</translation>
+    </message>
+    <message>
+        <source>waiting for the keyring</source>
+        <translation>키링을 기다리는 중</translation>
+    </message>
+    <message>
+        <source>off, there is no bot token</source>
+        <translation>꺼짐, 봇 토큰 없음</translation>
+    </message>
+    <message>
+        <source>off, no chat is configured</source>
+        <translation>꺼짐, 설정된 채팅 없음</translation>
+    </message>
+    <message>
+        <source>off</source>
+        <translation>꺼짐</translation>
+    </message>
+    <message>
+        <source>%1; chats: %2</source>
+        <translation>%1; 채팅 %2개</translation>
+    </message>
+    <message>
+        <source>dry run, nothing is sent</source>
+        <translation>모의 실행, 아무것도 보내지 않음</translation>
+    </message>
+    <message>
+        <source>none</source>
+        <translation>없음</translation>
+    </message>
+    <message>
+        <source>from the environment</source>
+        <translation>환경 변수</translation>
+    </message>
+    <message>
+        <source>from the keyring</source>
+        <translation>키링</translation>
+    </message>
+    <message>
+        <source>from the platform&apos;s configuration file</source>
+        <translation>플랫폼 설정 파일</translation>
+    </message>
+    <message>
+        <source>Telegram could not be set up as configured: %1</source>
+        <translation>텔레그램을 설정대로 준비하지 못했습니다: %1</translation>
+    </message>
+    <message>
+        <source>The environment has a bot token, too. It is set aside for this run and counts again at the next start.</source>
+        <translation>환경 변수에도 봇 토큰이 있습니다. 이번 실행에서는 쓰지 않으며 다음 시작부터 다시 적용됩니다.</translation>
+    </message>
+    <message>
+        <source>The platform fetches the messages of the same bot, so nothing is taken from chats here unless shared polling is allowed.</source>
+        <translation>플랫폼이 같은 봇의 메시지를 가져가므로, 공유 폴링을 허용하지 않으면 여기서는 채팅의 결정을 받지 않습니다.</translation>
+    </message>
+    <message>
+        <source>No chat is bound to an agent in the platform&apos;s configuration, so none may decide.</source>
+        <translation>플랫폼 설정에서 에이전트에 연결된 채팅이 없어 어느 채팅도 결정할 수 없습니다.</translation>
+    </message>
 </context>
 <context>
     <name>Terminal</name>
@@ -647,6 +726,106 @@
     <message>
         <source>Not answered: the input has ended.</source>
         <translation>답하지 않음: 입력이 끝났습니다.</translation>
+    </message>
+    <message>
+        <source>The chat answers: </source>
+        <translation>채팅의 응답: </translation>
+    </message>
+    <message>
+        <source>There is a chat only in practice mode (bram --practice).</source>
+        <translation>채팅은 연습 모드(bram --practice)에만 있습니다.</translation>
+    </message>
+    <message>
+        <source>The chat has no button %1 (`chat` shows them).</source>
+        <translation>채팅에 %1번 버튼이 없습니다 (`chat`으로 볼 수 있습니다).</translation>
+    </message>
+    <message>
+        <source>The chat is empty.</source>
+        <translation>채팅이 비어 있습니다.</translation>
+    </message>
+    <message>
+        <source>bot | </source>
+        <translation>봇   | </translation>
+    </message>
+    <message>
+        <source>you | </source>
+        <translation>나   | </translation>
+    </message>
+    <message>
+        <source>Write it so: telegram status|reload, telegram token set|clear|source, telegram token source environment|keyring. The token itself is asked for.</source>
+        <translation>다음과 같이 쓰세요: telegram status|reload, telegram token set|clear|source, telegram token source environment|keyring. 토큰 자체는 따로 묻습니다.</translation>
+    </message>
+    <message>
+        <source>Setting Telegram up anew.</source>
+        <translation>텔레그램을 다시 설정합니다.</translation>
+    </message>
+    <message>
+        <source>The keyring&apos;s bot token is used in this run.</source>
+        <translation>이번 실행에서는 키링의 봇 토큰을 사용합니다.</translation>
+    </message>
+    <message>
+        <source>Telegram: </source>
+        <translation>텔레그램: </translation>
+    </message>
+    <message>
+        <source>Bot token: </source>
+        <translation>봇 토큰: </translation>
+    </message>
+    <message>
+        <source>Type the bot token; it is not shown. An empty line stores nothing.</source>
+        <translation>봇 토큰을 입력하세요. 화면에 표시되지 않습니다. 빈 줄이면 아무것도 저장하지 않습니다.</translation>
+    </message>
+    <message>
+        <source>Nothing was stored.</source>
+        <translation>아무것도 저장하지 않았습니다.</translation>
+    </message>
+    <message>
+        <source>The bot token is in the keyring and in use.</source>
+        <translation>봇 토큰을 키링에 저장했으며 지금 사용합니다.</translation>
+    </message>
+    <message>
+        <source>The keyring holds no bot token any more.</source>
+        <translation>키링에 더 이상 봇 토큰이 없습니다.</translation>
+    </message>
+    <message>
+        <source>The environment&apos;s bot token is used.</source>
+        <translation>환경 변수의 봇 토큰을 사용합니다.</translation>
+    </message>
+    <message>
+        <source>telegram status         whether and how chats take part</source>
+        <translation>telegram status         채팅이 참여하는지, 어떻게 참여하는지</translation>
+    </message>
+    <message>
+        <source>telegram reload         read its configuration and the keyring again</source>
+        <translation>telegram reload         텔레그램 설정과 키링을 다시 읽기</translation>
+    </message>
+    <message>
+        <source>telegram token set      ask for the bot token and put it into the keyring</source>
+        <translation>telegram token set      봇 토큰을 물어 키링에 저장</translation>
+    </message>
+    <message>
+        <source>telegram token clear    take the bot token out of the keyring</source>
+        <translation>telegram token clear    키링에서 봇 토큰 제거</translation>
+    </message>
+    <message>
+        <source>telegram token source [environment|keyring]</source>
+        <translation>telegram token source [environment|keyring]</translation>
+    </message>
+    <message>
+        <source>                        where the token comes from; choose for this run</source>
+        <translation>                        토큰의 출처 보기, 이번 실행에 쓸 출처 선택</translation>
+    </message>
+    <message>
+        <source>chat                    in practice: what a person sees on the phone</source>
+        <translation>chat                    연습 모드: 휴대전화에 보이는 채팅</translation>
+    </message>
+    <message>
+        <source>chat press N, chat say TEXT</source>
+        <translation>chat press N, chat say TEXT</translation>
+    </message>
+    <message>
+        <source>                        in practice: press a button there, say something</source>
+        <translation>                        연습 모드: 채팅의 버튼 누르기, 말하기</translation>
     </message>
 </context>
 <context>
@@ -1709,6 +1888,37 @@ The request is still pending and can be decided again.</source>
     </message>
 </context>
 <context>
+    <name>bram::PracticeChatWindow</name>
+    <message>
+        <source>Practice Chat</source>
+        <translation>연습 채팅</translation>
+    </message>
+    <message>
+        <source>This is what a person sees on the phone. Nothing of it leaves this machine.</source>
+        <translation>휴대전화를 든 사람이 보는 화면입니다. 아무것도 이 컴퓨터 밖으로 나가지 않습니다.</translation>
+    </message>
+    <message>
+        <source>Message</source>
+        <translation>메시지</translation>
+    </message>
+    <message>
+        <source>&amp;Send</source>
+        <translation>보내기(&amp;S)</translation>
+    </message>
+    <message>
+        <source>No message yet.</source>
+        <translation>아직 메시지가 없습니다.</translation>
+    </message>
+    <message>
+        <source>Bot</source>
+        <translation>봇</translation>
+    </message>
+    <message>
+        <source>You</source>
+        <translation>나</translation>
+    </message>
+</context>
+<context>
     <name>bram::RecordMenu</name>
     <message>
         <source>Save last 7 days audit data</source>
@@ -2025,6 +2235,10 @@ Result, if there is one: %1</source>
         <source>Manage Approval List</source>
         <translation>승인 목록 관리</translation>
     </message>
+    <message>
+        <source>Open Practice Chat…</source>
+        <translation>연습 채팅 열기…</translation>
+    </message>
 </context>
 <context>
     <name>bram::StatusWindow</name>
@@ -2086,6 +2300,73 @@ Result, if there is one: %1</source>
     <message>
         <source>Two programs that fetch the messages of one bot take them from each other. So while this is off, BRAM only sends to the chats of a bot that the platform&apos;s own channel fetches from, and takes no decisions there.</source>
         <translation>두 프로그램이 같은 봇의 메시지를 가져오면 서로의 메시지를 가로챕니다. 그래서 이 설정이 꺼져 있으면, 플랫폼 채널이 메시지를 가져오는 봇에는 BRAM이 보내기만 하고 그 채팅의 결정은 받지 않습니다.</translation>
+    </message>
+    <message>
+        <source>The environment&apos;s bot token is used.</source>
+        <translation>환경 변수의 봇 토큰을 사용합니다.</translation>
+    </message>
+    <message>
+        <source>Bridge:</source>
+        <translation>브리지:</translation>
+    </message>
+    <message>
+        <source>Bot token in use:</source>
+        <translation>사용 중인 봇 토큰:</translation>
+    </message>
+    <message>
+        <source>&amp;New bot token:</source>
+        <translation>새 봇 토큰(&amp;N):</translation>
+    </message>
+    <message>
+        <source>123456789:…</source>
+        <translation>123456789:…</translation>
+    </message>
+    <message>
+        <source>St&amp;ore</source>
+        <translation>저장(&amp;O)</translation>
+    </message>
+    <message>
+        <source>&amp;Remove</source>
+        <translation>제거(&amp;R)</translation>
+    </message>
+    <message>
+        <source>Use the &amp;Environment&apos;s</source>
+        <translation>환경 변수 사용(&amp;E)</translation>
+    </message>
+    <message>
+        <source>Set &amp;Up Again</source>
+        <translation>다시 설정(&amp;U)</translation>
+    </message>
+    <message>
+        <source>The token goes into the keyring of the desktop and is used at once. It is not shown again. Remove takes it out of the keyring.</source>
+        <translation>토큰은 데스크톱 키링에 저장되어 바로 사용되며 다시 표시되지 않습니다. 제거하면 키링에서 없어집니다.</translation>
+    </message>
+    <message>
+        <source>The bot token is in the keyring and in use.</source>
+        <translation>봇 토큰을 키링에 저장했으며 지금 사용합니다.</translation>
+    </message>
+    <message>
+        <source>The keyring holds no bot token any more.</source>
+        <translation>키링에 더 이상 봇 토큰이 없습니다.</translation>
+    </message>
+</context>
+<context>
+    <name>bram::TelegramTokens</name>
+    <message>
+        <source>This is no bot token: one has digits, a colon and at least 20 letters, digits, _ or -. Nothing was stored.</source>
+        <translation>봇 토큰이 아닙니다. 봇 토큰은 숫자, 쌍점, 그리고 20자 이상의 영문자, 숫자, _ 또는 -로 되어 있습니다. 아무것도 저장하지 않았습니다.</translation>
+    </message>
+    <message>
+        <source>The keyring did not take the token:</source>
+        <translation>키링이 토큰을 받지 않았습니다:</translation>
+    </message>
+    <message>
+        <source>The keyring did not remove the token:</source>
+        <translation>키링이 토큰을 제거하지 않았습니다:</translation>
+    </message>
+    <message>
+        <source>The environment has no bot token.</source>
+        <translation>환경 변수에 봇 토큰이 없습니다.</translation>
     </message>
 </context>
 <context>

@@ -101,7 +101,7 @@ public:
                                .ports = m_desktop ? m_desktop->ports() : bram::MonitorPorts {},
                                .commandLine = bram::CommandLineUse::Never});
         if (m_desktop) {
-            m_desktop->start(*m_core);
+            m_desktop->start(*m_core, nullptr);
         }
         QEventLoop loop;
         QObject::connect(&m_core->status(), &bram::GatewayStatus::statusLinesChanged, &loop, [&] {

@@ -79,7 +79,7 @@ public:
     {
         bool isReady = false;
         QObject::connect(&m_server, &BenchServer::clientReady, &m_server, [&] { isReady = true; });
-        m_session.start(m_core);
+        m_session.start(m_core, nullptr);
         m_core.start();
         waitUntil([&] { return isReady; });
     }
@@ -134,7 +134,7 @@ public:
             });
             watch.restart();
             bram::StatusMenu menu(actions, m_core.language(), bram::MenuDrawing::OwnWindow);
-            menu.update({.status = bram::statusLines(m_core.status().lines(), {},
+            menu.update({.status = bram::statusLines(m_core.status().lines(), {}, {},
                                                      bram::MenuLanguage::English),
                          .pending = board().displayItems(),
                          .history = board().history()});

@@ -93,7 +93,7 @@ Application::~Application() = default;
 
 void Application::start()
 {
-    m_frontEnd->start(m_core);
+    m_frontEnd->start(m_core, m_practice ? &m_practice->chat() : nullptr);
     m_core.start();
 }
 

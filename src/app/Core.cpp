@@ -39,6 +39,8 @@ Core::Core(const World &world)
     , m_session(
           {.client = m_client, .credentials = m_credentials, .status = m_status, .tasks = m_tasks},
           world.places.environment)
+    , m_telegramTokens(world.places.environment, world.secrets)
+    , m_telegramMirror(m_agents)
     , m_monitor({.client = m_client,
                  .session = m_session,
                  .status = m_status,
@@ -49,6 +51,20 @@ Core::Core(const World &world)
                  .log = world.log,
                  .ports = allPorts(world.ports),
                  .commandLine = world.commandLine})
+    , m_remoteDecisions({.board = m_monitor.board(),
+                         .decisions = m_monitor.decisions(),
+                         .status = m_status,
+                         .agents = m_agents,
+                         .mirror = m_telegramMirror,
+                         .log = world.log})
+    , m_telegram({.config = m_config,
+                  .tokens = m_telegramTokens,
+                  .sharedPolling = m_sharedPolling,
+                  .board = m_monitor.board(),
+                  .mirror = m_telegramMirror,
+                  .decisions = m_remoteDecisions,
+                  .tasks = m_tasks,
+                  .log = world.log})
     , m_record({.monitor = m_monitor,
                 .audit = m_audit,
                 .clock = world.clock,
@@ -67,6 +83,8 @@ Core::Core(const World &world)
                      .log = world.log,
                      .homeFolder = world.places.account.homeFolder})
 {
+    QObject::connect(&m_monitor, &ApprovalMonitor::started, &m_telegram,
+                     &TelegramBridgeSupervisor::start);
 }
 
 MonitorPorts Core::allPorts(MonitorPorts ports)
@@ -77,6 +95,9 @@ MonitorPorts Core::allPorts(MonitorPorts ports)
     if (ports.alwaysAllow == nullptr) {
         ports.alwaysAllow = &m_alwaysAllowAnswers;
     }
+    if (ports.mirror == nullptr) {
+        ports.mirror = &m_telegramMirror;
+    }
     return ports;
 }
 
@@ -86,6 +107,7 @@ QJsonObject Core::settingsForDiagnostics() const
     return {
         {u"language"_s, rawText(m_language.current())},
         {u"allowSharedBotPolling"_s, m_sharedPolling.allowSharedBotPollingOverride()},
+        {u"telegram"_s, telegramForDiagnostics(m_telegram.status())},
         {u"agent"_s, m_agents.selectedAgentId()},
         {u"availableAgents"_s, QJsonArray::fromStringList(m_agents.availableAgentIds())},
         {u"gatewayAddress"_s,
@@ -128,6 +150,7 @@ void Core::stop()
     m_exercises.stop();
     m_identities.stop();
     m_record.cancel();
+    m_telegram.stop();
     m_monitor.stop();
 }
 

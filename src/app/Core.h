@@ -15,6 +15,10 @@
 #include "monitor/ApprovalMonitor.h"
 #include "monitor/RecordOperations.h"
 #include "monitor/ReliabilityExercises.h"
+#include "monitor/RemoteDecisions.h"
+#include "monitor/TelegramBridgeSupervisor.h"
+#include "monitor/TelegramMirror.h"
+#include "monitor/TelegramTokens.h"
 #include "system/BackgroundTasks.h"
 #include "system/Preferences.h"
 #include "ui/language/LanguageChoice.h"
@@ -61,6 +65,7 @@ public:
     Preferences &preferences() { return m_preferences; }
     LanguageChoice &language() { return m_language; }
     SharedPollingSetting &sharedPolling() { return m_sharedPolling; }
+    TelegramBridgeSupervisor &telegram() { return m_telegram; }
     const Environment &environment() const { return m_environment; }
     const BrackwenConfig &config() const { return m_config; }
     const Places &places() const { return m_places; }
@@ -87,7 +92,11 @@ private:
     GatewayStatus m_status;
     GatewayClient m_client;
     GatewaySession m_session;
+    TelegramTokens m_telegramTokens;
+    TelegramMirror m_telegramMirror;
     ApprovalMonitor m_monitor;
+    RemoteDecisions m_remoteDecisions;
+    TelegramBridgeSupervisor m_telegram;
     RecordOperations m_record;
     ReliabilityExercises m_exercises;
     AlwaysAllowOperations m_alwaysAllow;

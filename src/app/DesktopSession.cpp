@@ -45,7 +45,7 @@ MonitorPorts DesktopSession::ports()
     return {.popup = &m_popup, .notifier = &m_notifications};
 }
 
-void DesktopSession::start(Core &core)
+void DesktopSession::start(Core &core, OperatorChat *practiceChat)
 {
     m_prompts = std::make_unique<DesktopPrompts>(core.preferences(), m_opener);
     if (core.places().autostart) {
@@ -67,9 +67,11 @@ void DesktopSession::start(Core &core)
         .clock = m_clock,
         .log = m_log,
         .settings = {.sharedPolling = core.sharedPolling(),
+                     .telegram = core.telegram(),
                      .loginStart = m_loginStart ? &*m_loginStart : nullptr,
                      .opener = m_opener,
                      .places = [&core] { return filePlaces(core); }},
+        .practiceChat = practiceChat,
         .simulationEntry = m_simulationEntry,
     });
     connect(m_frontEnd.get(), &DesktopFrontEnd::quitRequested, this, &FrontEnd::quitRequested);

@@ -28,7 +28,7 @@ public:
     DesktopSession(const Clock &clock, SystemLog &log, SimulationEntry simulationEntry);
 
     MonitorPorts ports() override;
-    void start(Core &core) override;
+    void start(Core &core, OperatorChat *practiceChat) override;
     OperatorPrompts &prompts() override { return *m_prompts; }
     void stopAsking() override;
     void finish() override;

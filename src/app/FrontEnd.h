@@ -9,6 +9,7 @@ namespace bram
 {
 
 class Core;
+class OperatorChat;
 class OperatorPrompts;
 
 /// What the operator sees of the program: the desktop or a terminal. Made before the core, because the
@@ -19,8 +20,9 @@ class FrontEnd : public QObject
 
 public:
     virtual MonitorPorts ports() { return {}; }
-    /// Shows itself. `core` lives longer than this front-end is used.
-    virtual void start(Core &core) = 0;
+    /// Shows itself. `core` lives longer than this front-end is used; so does the chat of the practice mode,
+    /// which is null otherwise.
+    virtual void start(Core &core, OperatorChat *practiceChat) = 0;
     /// How operations tell and ask this operator; there from the start on.
     virtual OperatorPrompts &prompts() = 0;
     /// What is asked, now and later, is answered as by one who turns away.

@@ -21,13 +21,15 @@ TerminalSession::TerminalSession(const Clock &clock)
 {
 }
 
-void TerminalSession::start(Core &core)
+void TerminalSession::start(Core &core, OperatorChat *practiceChat)
 {
     m_dialogue = std::make_unique<TerminalFrontEnd>(
         TerminalFrontEnd::Collaborators {.monitor = core.monitor(),
                                          .exercises = core.exercises(),
                                          .record = core.record(),
                                          .alwaysAllow = core.alwaysAllow(),
+                                         .telegram = core.telegram(),
+                                         .practiceChat = practiceChat,
                                          .language = core.language(),
                                          .sharedPolling = core.sharedPolling(),
                                          .tasks = core.tasks(),

@@ -21,7 +21,7 @@ class TerminalSession final : public FrontEnd
 public:
     explicit TerminalSession(const Clock &clock);
 
-    void start(Core &core) override;
+    void start(Core &core, OperatorChat *practiceChat) override;
     OperatorPrompts &prompts() override { return m_dialogue->prompts(); }
     void stopAsking() override { m_dialogue->prompts().stop(); }
     void finish() override;

@@ -70,6 +70,8 @@ void ApprovalRecorder::recordDecisionRequested(const ApprovalItem &item, Approva
     auto record = decisionRecord(AuditKind::approvalDecisionRequested, item, decision, origin);
     if (origin.maker == DecisionMaker::AlwaysAllowList) {
         record.note = automaticNote;
+    } else if (!origin.detail.isEmpty()) {
+        record.note = origin.detail;
     }
     m_collaborators.audit.append(record);
 }
@@ -138,6 +140,8 @@ void ApprovalRecorder::recordResolved(const ApprovalItem &item, ApprovalDecision
     if (origin.maker == DecisionMaker::AlwaysAllowList) {
         const auto digest = normalizedCommandDigest(item.command);
         *record.note += u' ' + (digest ? automaticAnswerNote(*digest) : automaticNote);
+    } else if (!origin.detail.isEmpty()) {
+        *record.note += u' ' + origin.detail;
     }
     m_collaborators.audit.append(record);
 }

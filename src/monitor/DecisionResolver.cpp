@@ -106,16 +106,16 @@ DecisionResolver::DecisionResolver(const Collaborators &collaborators)
     });
 }
 
-void DecisionResolver::resolve(const QString &approvalId, ApprovalDecision decision,
+bool DecisionResolver::resolve(const QString &approvalId, ApprovalDecision decision,
                                const DecisionOrigin &origin, ActivityTracking tracking)
 {
     const auto &board = m_collaborators.board;
     const auto *pending = board.find(approvalId);
-    begin({pending != nullptr ? *pending
-                              : ApprovalItem {.approvalId = approvalId,
-                                              .command = board.commandFor(approvalId),
-                                              .agentId = std::nullopt},
-           decision, origin, tracking});
+    return begin({pending != nullptr ? *pending
+                                     : ApprovalItem {.approvalId = approvalId,
+                                                     .command = board.commandFor(approvalId),
+                                                     .agentId = std::nullopt},
+                  decision, origin, tracking});
 }
 
 void DecisionResolver::allowAutomatically(const ApprovalItem &item)
@@ -124,28 +124,29 @@ void DecisionResolver::allowAutomatically(const ApprovalItem &item)
         {item, ApprovalDecision::AllowOnce, DecisionOrigin::automatic(), ActivityTracking::Record});
 }
 
-void DecisionResolver::begin(const Attempt &attempt)
+bool DecisionResolver::begin(const Attempt &attempt)
 {
     const auto &item = attempt.item;
     auto &recorder = m_collaborators.recorder;
     if (m_stopped) {
         report(attempt, {DecisionOutcome::Kind::Failed, u"the program is ending"_s});
-        return;
+        return false;
     }
     if (isResolving(item.approvalId)) {
         recorder.recordIgnoredDuplicate(item, attempt.decision, attempt.origin);
         report(attempt, {DecisionOutcome::Kind::IgnoredDuplicate, {}});
-        return;
+        return false;
     }
     if (isApprovalExpired(item, m_collaborators.clock.nowMs())) {
         recorder.recordExpired(item, attempt.decision, attempt.origin);
         m_collaborators.board.remove(item.approvalId, ApprovalHistoryState::Canceled);
         report(attempt, {DecisionOutcome::Kind::Expired, {}});
-        return;
+        return false;
     }
     m_resolvingIds.insert(item.approvalId);
     recorder.recordDecisionRequested(item, attempt.decision, attempt.origin);
     m_collaborators.tasks.spawn(travel(this, attempt), "decision "_L1 % item.approvalId);
+    return true;
 }
 
 void DecisionResolver::resolveListed(const QStringList &approvalIds, ApprovalDecision decision)

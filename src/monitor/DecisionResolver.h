@@ -30,6 +30,8 @@ struct DecisionOrigin {
     QString source;
     QString actor;
     DecisionMaker maker = DecisionMaker::Person;
+    /// More about who it was, for the note of a record; masked and fit to be shown.
+    QString detail {};
 
     /// A person at one of this application's own surfaces.
     static DecisionOrigin local();
@@ -91,8 +93,9 @@ public:
 
     explicit DecisionResolver(const Collaborators &collaborators);
 
-    /// Starts the decision and returns at once; `decisionSettled` tells how it ended.
-    void resolve(const QString &approvalId, ApprovalDecision decision, const DecisionOrigin &origin,
+    /// Starts the decision and returns at once; `decisionSettled` tells how it ended. False when it was not
+    /// even started: another one is under way, or it is too late.
+    bool resolve(const QString &approvalId, ApprovalDecision decision, const DecisionOrigin &origin,
                  ActivityTracking tracking);
 
     /// Allows once what the always-allow list lets through. A request for which that fails is shown like
@@ -138,7 +141,7 @@ private:
     /// False when the request has ended while its decision was on its way.
     bool isUndecided(const QString &approvalId) const;
     void settle(const Attempt &attempt, const DecisionOutcome &outcome);
-    void begin(const Attempt &attempt);
+    bool begin(const Attempt &attempt);
     void resolveEach(const QList<ApprovalItem> &items, ApprovalDecision decision);
     void continueBulk();
     void report(const Attempt &attempt, const DecisionOutcome &outcome);

@@ -4,6 +4,7 @@
 #include "audit/Redaction.h"
 #include "gateway/GatewayStatus.h"
 #include "monitor/ApprovalMonitor.h"
+#include "monitor/TelegramStatus.h"
 
 #include <QDateTime>
 #include <QJsonArray>
@@ -87,6 +88,19 @@ QJsonObject counters(const ApprovalMetrics &metrics)
     };
 }
 
+QString modeText(TelegramMode mode)
+{
+    switch (mode) {
+    case TelegramMode::Polling:
+        return u"polling"_s;
+    case TelegramMode::PublishOnlyCommandPolling:
+        return u"publish-only command polling"_s;
+    case TelegramMode::PublishOnlySafe:
+        return u"publish-only safe mode"_s;
+    }
+    Q_UNREACHABLE();
+}
+
 QJsonValue masked(const QJsonValue &value)
 {
     if (value.isString()) {
@@ -125,6 +139,20 @@ QJsonObject diagnosticsSnapshot(const ApprovalMonitor &monitor, const SurfaceFac
         {u"settings"_s, settings},
     };
     return masked(snapshot).toObject();
+}
+
+QJsonObject telegramForDiagnostics(const TelegramStatus &status)
+{
+    return {
+        {u"mode"_s, status.mode ? modeText(*status.mode) : u"disabled"_s},
+        {u"tokenSource"_s, rawText(status.tokenSource)},
+        {u"chats"_s, status.chatIds.size()},
+        {u"chatsBoundToAgents"_s, status.boundChatCount},
+        {u"dryRun"_s, status.dryRun},
+        {u"environmentSetAside"_s, status.isEnvironmentSetAside},
+        {u"waitingForKeyring"_s, status.isWaitingForKeyring},
+        {u"problem"_s, known(status.problem)},
+    };
 }
 
 QString addressWithoutSecrets(const QString &url)

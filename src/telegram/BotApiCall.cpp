@@ -80,7 +80,7 @@ void BotApiCall::end()
     m_timeLimit.stop();
     if (auto *reply = std::exchange(m_reply, nullptr)) {
         reply->disconnect(this);
-        reply->setParent(nullptr);
+        reply->setParent(reply->manager()); // which must not go before it
         reply->abort();
         reply->deleteLater();
     }

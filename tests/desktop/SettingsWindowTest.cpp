@@ -68,6 +68,7 @@ protected:
                                            .notificationService = service,
                                            .notifications = notifications,
                                            .settings = {.sharedPolling = core->sharedPolling(),
+                                                        .telegram = core->telegram(),
                                                         .loginStart = &loginStart,
                                                         .opener = opener,
                                                         .places = [this] { return places; }}});

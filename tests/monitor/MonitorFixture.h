@@ -39,17 +39,20 @@ protected:
     ~MonitorFixture() override
     {
         if (core) {
+            core->telegram().stop();
             core->monitor().stop();
             EXPECT_TRUE(waitUntil([this] { return core->tasks().running().isEmpty(); }));
         }
     }
 
-    /// Makes the core; `ports` and `commandLine` are to be set before.
+    /// Makes the core; the members from `secretStore` to `commandLine` are to be set before.
     void makeCore()
     {
+        Places places = Places::ofPractice(folder.path(), gateway.url().toString());
+        places.environment = places.environment.overriddenBy(environmentExtras);
         core = std::make_unique<Core>(Core::World {
-            .places = Places::ofPractice(folder.path(), gateway.url().toString()),
-            .secrets = secrets,
+            .places = places,
+            .secrets = *secretStore,
             .clock = clock,
             .log = log,
             .ports = ports,
@@ -115,6 +118,8 @@ protected:
     ManualClock clock;
     RecordingLog log;
     MemorySecretStore secrets;
+    SecretStore *secretStore = &secrets;
+    QMap<QString, QString> environmentExtras; ///< of the environment, besides the gateway's address
     MonitorPorts ports;
     CommandLineUse commandLine = CommandLineUse::Never;
     PracticeGateway gateway;

@@ -53,6 +53,15 @@ TEST(CommandLine, ReadsEveryCommand)
         {u"always-allow backup /a  b"_s,
          AlwaysAllowCommand {Kind::Backup, Target::App, u"/a  b"_s}},
         {u"always-allow restore ~/x"_s, AlwaysAllowCommand {Kind::Restore, Target::App, u"~/x"_s}},
+        {u"telegram status"_s, TelegramCommand::Status},
+        {u"telegram  token \t set "_s, TelegramCommand::SetToken},
+        {u"telegram token clear"_s, TelegramCommand::ClearToken},
+        {u"telegram token source"_s, TelegramCommand::TokenSource},
+        {u"telegram token source environment"_s, TelegramCommand::UseEnvironment},
+        {u"chat"_s, ChatCommand {}},
+        {u"chat press 12"_s, ChatCommand {.kind = ChatCommand::Kind::Press, .number = 12}},
+        {u"chat say /approve  a deny "_s,
+         ChatCommand {.kind = ChatCommand::Kind::Say, .text = u"/approve  a deny"_s}},
         {u"help"_s, PlainCommand::Help},
         {u"quit"_s, PlainCommand::Quit},
         {u"show 3"_s, ShowCommand {u"3"_s}},
@@ -75,6 +84,12 @@ TEST(CommandLine, SaysOnOneShortLineWhatIsWrong)
 {
     const std::pair<QString, QString> rows[] = {
         {u"allow"_s, u"Unknown command: allow (try `help`)"_s},
+        // The token is not repeated.
+        {u"telegram token set 123456789:Token-in-the-test_which-is-42"_s,
+         u"Write it so: telegram status|reload, telegram token set|clear|source, telegram token "
+         u"source environment|keyring. The token itself is asked for."_s},
+        {u"chat press"_s, u"Write it so: chat, chat press N, chat say TEXT"_s},
+        {u"chat say"_s, u"Write it so: chat, chat press N, chat say TEXT"_s},
         {u"Deny 1"_s, u"Unknown command: Deny (try `help`)"_s},
         {u"1"_s, u"Unknown command: 1 (try `help`)"_s},
         {u"y"_s, u"Unknown command: y (try `help`)"_s},

@@ -3,6 +3,7 @@
 
 #include "Descriptors.h"
 #include "monitor/MonitorFixture.h"
+#include "monitor/OperatorChat.h"
 #include "ui/terminal/LineSource.h"
 #include "ui/terminal/TerminalFrontEnd.h"
 #include "ui/terminal/TerminalOutput.h"
@@ -28,6 +29,32 @@ public:
     QStringList waiting; ///< typed, and not read by the program yet
 };
 
+/// A practice chat with one button and one key.
+class ScriptedChat final : public OperatorChat
+{
+public:
+    QList<Message> messages() const override
+    {
+        return {{.isFromBot = true,
+                 .text = QStringLiteral("pending (1)\n1. ls"),
+                 .buttons = {{{.number = 1, .text = QStringLiteral("Allow")}}}},
+                {.isFromBot = false, .text = QStringLiteral("hello")}};
+    }
+    ButtonRows keys() const override
+    {
+        return {{{.number = 2, .text = QStringLiteral("/approve")}}};
+    }
+    bool press(int number) override
+    {
+        pressed.append(number);
+        return number <= 2;
+    }
+    void say(const QString &text) override { said.append(text); }
+
+    QList<int> pressed;
+    QStringList said;
+};
+
 /// The front-end over the real core, with a pipe for its output.
 class FrontEndFixture : public MonitorFixture
 {
@@ -40,6 +67,8 @@ protected:
                                              .exercises = core->exercises(),
                                              .record = core->record(),
                                              .alwaysAllow = core->alwaysAllow(),
+                                             .telegram = core->telegram(),
+                                             .practiceChat = &chat,
                                              .language = core->language(),
                                              .sharedPolling = core->sharedPolling(),
                                              .tasks = core->tasks(),
@@ -91,6 +120,7 @@ protected:
         EXPECT_TRUE(says(head)) << id;
     }
 
+    ScriptedChat chat;
     OutputPipe pipe;
     TerminalOutput output {pipe.inner()};
     ScriptedLines input;

@@ -210,3 +210,33 @@ TEST_F(FrontEnd, AClosedOutputAsksToQuit)
     request(item("a-1"));
     EXPECT_TRUE(waitUntil([&] { return quits == 1; }));
 }
+
+TEST_F(FrontEnd, TakesATokenThatIsSeenNowhere)
+{
+    const QString token = u"123456789:Token-in-the-test_which-is-42"_s;
+    typeAndHear(u"telegram token set"_s, u"Type the bot token; it is not shown."_s);
+    typeAndHear(u"list"_s, u"This is no bot token"_s);
+    typeAndHear(u"telegram token set"_s, u"Type the bot token"_s);
+    typeAndHear(QString(), u"Nothing was stored."_s);
+    input.type(u"telegram token set"_s); // as from a pipe: both lines at once
+    typeAndHear(token, u"The bot token is in the keyring and in use."_s);
+    typeAndHear(u"telegram token source"_s, u"Bot token: from the keyring\n"_s);
+    typeAndHear(u"telegram status"_s, u"Telegram: off, no chat is configured\n"_s);
+    typeAndHear(u"telegram token source environment"_s, u"The environment has no bot token.\n"_s);
+    typeAndHear(u"telegram token clear"_s, u"The keyring holds no bot token any more.\n"_s);
+    typeAndHear(u"status"_s, u"Telegram: off, there is no bot token\n"_s);
+    EXPECT_FALSE(allSaid().contains(token.section(u':', 1)));
+    EXPECT_FALSE(log.lines().join(u'\n').contains(token.section(u':', 1)));
+}
+
+TEST_F(FrontEnd, IsThePhoneInPractice)
+{
+    typeAndHear(u"chat"_s,
+                u"bot | pending (1)\nbot | 1. ls\n    1) [Allow]\nyou | hello\n    2) "
+                "[/approve]\n"_s);
+    typeAndHear(u"chat press 3"_s, u"The chat has no button 3"_s);
+    input.type(u"chat press 1"_s);
+    input.type(u"chat say hi  there"_s);
+    EXPECT_TRUE(waitUntil([&] { return chat.said == QStringList {u"hi  there"_s}; }));
+    EXPECT_EQ(chat.pressed, (QList<int> {3, 1}));
+}

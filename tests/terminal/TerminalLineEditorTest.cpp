@@ -105,6 +105,25 @@ TEST_F(LineEditor, AnAnnouncementDoesNotTearTheLineBeingTyped)
     EXPECT_THAT(entered, ElementsAre(std::string(34, 'y') + "zz@0"));
 }
 
+TEST_F(LineEditor, ASecretIsNeitherShownNorRemembered)
+{
+    type("hal"); // typed ahead
+    editor->hideInput(true);
+    EXPECT_TRUE(shows({u"(hidden)>"_s}));
+    type("lo-x\x7F\xEA\xB0\x80");
+    announce(u"Request #3"_s);
+    EXPECT_TRUE(shows({u"Request #3"_s, u"(hidden)>"_s}));
+    type("\n");
+    ASSERT_TRUE(waitUntil([&] { return !entered.empty(); }));
+    EXPECT_THAT(entered, ElementsAre("hallo-가@0"));
+    editor->hideInput(false);
+    EXPECT_TRUE(shows({u"Request #3"_s, u"bram>"_s}));
+    type(upArrow);
+    type("list\n");
+    ASSERT_TRUE(waitUntil([&] { return entered.size() == 2; }));
+    EXPECT_EQ(entered.back(), "list@0");
+}
+
 TEST_F(LineEditor, AResizeNeverErasesWhatStandsAbove)
 {
     announce(u"above"_s);

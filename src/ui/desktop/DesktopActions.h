@@ -16,6 +16,7 @@ namespace bram
 
 class ApprovalMonitor;
 class Environment;
+class OperatorChat;
 
 /// What the operator can do from the menu and the windows, once for all of them. Main thread.
 ///
@@ -33,6 +34,7 @@ public:
         LanguageChoice &language;
         const Environment &environment;
         std::function<SurfaceFacts()> surface;
+        OperatorChat *practiceChat = nullptr; ///< only in practice
     };
 
     explicit DesktopActions(const Collaborators &collaborators);
@@ -50,6 +52,9 @@ public:
     /// What can be taken out of the program.
     RecordActions &record() { return m_record; }
 
+    /// The chat of the practice mode; null otherwise.
+    OperatorChat *practiceChat() const { return m_collaborators.practiceChat; }
+
     void reconnectGateway();
     void reloadGatewayToken();
     void openControlUI();
@@ -65,6 +70,7 @@ Q_SIGNALS:
     void windowRequested();
     void approvalListRequested();
     void settingsRequested();
+    void practiceChatRequested();
     void aboutRequested();
     void simulationRequested();
     void selfTestRequested();

@@ -6,6 +6,7 @@
 #include "monitor/ApprovalNotifications.h"
 #include "monitor/OperatorPrompts.h"
 #include "monitor/ReliabilityExercises.h"
+#include "monitor/TelegramBridgeSupervisor.h"
 #include "system/BackgroundTasks.h"
 #include "system/NextTurn.h"
 #include "ui/desktop/ApprovalPopupPresenter.h"
@@ -46,7 +47,8 @@ DesktopFrontEnd::DesktopFrontEnd(const Collaborators &collaborators)
                      [this] {
                          return desktopSurface(m_tray.host(),
                                                m_collaborators.notificationService.state());
-                     }})
+                     },
+                 .practiceChat = collaborators.practiceChat})
     , m_menu(m_actions, collaborators.language, MenuDrawing::TrayHost,
              collaborators.simulationEntry)
     , m_utilities({.actions = m_actions,
@@ -97,6 +99,8 @@ void DesktopFrontEnd::followMonitor()
             });
     connect(&m_collaborators.monitor.decisions(), &DecisionResolver::decisionSettled, this,
             &DesktopFrontEnd::onSettled);
+    connect(&m_collaborators.settings.telegram, &TelegramBridgeSupervisor::statusChanged, this,
+            &DesktopFrontEnd::scheduleRefresh);
     const AgentSelection &agents = m_collaborators.monitor.agents();
     connect(&agents, &AgentSelection::availableAgentIdsChanged, this,
             &DesktopFrontEnd::scheduleRefresh);
@@ -118,6 +122,8 @@ void DesktopFrontEnd::followWishes()
             &AlwaysAllowWindowPresenter::show);
     connect(&m_actions, &DesktopActions::settingsRequested, this,
             [this] { m_utilities.showSettings(); });
+    connect(&m_actions, &DesktopActions::practiceChatRequested, this,
+            [this] { m_utilities.showPracticeChat(); });
     connect(&m_actions, &DesktopActions::aboutRequested, this, [this] { m_utilities.showAbout(); });
     connect(&m_actions, &DesktopActions::simulationRequested, this,
             [this] { m_collaborators.exercises.runProgramSimulation(&m_collaborators.prompts); });
@@ -157,10 +163,10 @@ StatusMenuContent DesktopFrontEnd::content() const
     const ApprovalBoard &board = m_collaborators.monitor.board();
     const NotificationLine &notifications = m_collaborators.notifications.line();
     return {
-        .status
-        = statusLines(m_collaborators.monitor.gatewayStatus().lines(),
-                      {notifications.notificationStatus, notifications.notificationIndicator},
-                      m_collaborators.language.current()),
+        .status = statusLines(
+            m_collaborators.monitor.gatewayStatus().lines(),
+            {notifications.notificationStatus, notifications.notificationIndicator},
+            m_collaborators.settings.telegram.status(), m_collaborators.language.current()),
         .pending = board.displayItems(),
         .history = board.history(),
         .agents = {.available = m_collaborators.monitor.agents().availableAgentIds(),

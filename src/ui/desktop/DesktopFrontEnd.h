@@ -48,6 +48,7 @@ public:
         const Clock &clock;
         SystemLog &log;
         SettingsParts settings;
+        OperatorChat *practiceChat = nullptr; ///< only in practice
         SimulationEntry simulationEntry = SimulationEntry::Hidden;
     };
 

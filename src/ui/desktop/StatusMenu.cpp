@@ -34,6 +34,7 @@ StatusMenu::StatusMenu(DesktopActions &actions, const LanguageChoice &language, 
     build();
     labelRows();
     m_simulation.setVisible(simulationEntry == SimulationEntry::Shown);
+    m_practiceChat.setVisible(actions.practiceChat() != nullptr);
     m_selfTest.setVisible(simulationEntry == SimulationEntry::Shown);
     m_forgottenOpen.setSingleShot(true);
     m_forgottenOpen.setInterval(longestOpen);
@@ -59,7 +60,8 @@ void StatusMenu::build()
     m_menu.addSeparator();
     m_menu.addMenu(&m_history.menu());
     m_menu.addSeparator();
-    m_menu.addActions({&m_window, &m_approvalList, &m_controlUi, &m_clearPending, &m_simulation});
+    m_menu.addActions({&m_window, &m_approvalList, &m_practiceChat, &m_controlUi, &m_clearPending,
+                       &m_simulation});
     m_menu.addSeparator();
     m_menu.addMenu(&m_agents.menu());
     m_menu.addMenu(&m_record.menu());
@@ -75,6 +77,8 @@ void StatusMenu::build()
     connect(&m_controlUi, &QAction::triggered, &m_actions, &DesktopActions::openControlUI);
     connect(&m_clearPending, &QAction::triggered, &m_actions, &DesktopActions::clearPending);
     connect(&m_simulation, &QAction::triggered, &m_actions, &DesktopActions::simulationRequested);
+    connect(&m_practiceChat, &QAction::triggered, &m_actions,
+            &DesktopActions::practiceChatRequested);
     connect(&m_selfTest, &QAction::triggered, &m_actions, &DesktopActions::selfTestRequested);
     connect(&m_settings, &QAction::triggered, &m_actions, &DesktopActions::settingsRequested);
     connect(&m_about, &QAction::triggered, &m_actions, &DesktopActions::aboutRequested);
@@ -172,6 +176,7 @@ void StatusMenu::labelRows()
     m_history.menu().setTitle(tr("Recent History"));
     m_window.setText(tr("Open Window…"));
     m_approvalList.setText(tr("Manage Approval List"));
+    m_practiceChat.setText(tr("Open Practice Chat…"));
     m_controlUi.setText(tr("Open Control UI"));
     m_clearPending.setText(tr("Clear Pending Approvals"));
     m_simulation.setText(tr("Run Program Simulation"));

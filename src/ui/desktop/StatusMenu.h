@@ -40,8 +40,8 @@ class StatusMenu final : public QObject
     Q_OBJECT
 
 public:
-    /// Gateway, token, notifications, and the lock on remote approvals.
-    static constexpr qsizetype statusRowCount = 4;
+    /// Gateway, token, notifications, Telegram, and the lock on remote approvals.
+    static constexpr qsizetype statusRowCount = 5;
 
     StatusMenu(DesktopActions &actions, const LanguageChoice &language, MenuDrawing drawing,
                SimulationEntry simulationEntry = SimulationEntry::Hidden);
@@ -91,6 +91,7 @@ private:
     QAction m_approvalList;
     QAction m_controlUi;
     QAction m_clearPending;
+    QAction m_practiceChat;
     QAction m_simulation;
     AgentMenu m_agents;
     RecordMenu m_record;

@@ -2,6 +2,7 @@
 #include "ui/desktop/StatusTexts.h"
 
 #include "model/HonestDisplay.h"
+#include "ui/language/TelegramWords.h"
 #include "ui/language/Words.h"
 
 #include <QCoreApplication>
@@ -25,15 +26,30 @@ QString tokenText(TokenSyncState state, MenuLanguage language)
         ? tokenStatusText(state)
         : StatusTr::tr("Gateway token: %1").arg(tokenStateWords(state));
 }
+
+StatusLine telegramLine(const TelegramStatus &telegram)
+{
+    const QString words = telegramModeWords(telegram);
+    const bool hasToken = telegram.tokenSource != TelegramTokenSource::Missing;
+    return {hasToken ? StatusTr::tr("Telegram: %1 (bot token %2)")
+                           .arg(words, telegramTokenSourceWords(telegram))
+                     : StatusTr::tr("Telegram: %1").arg(words),
+            !telegram.problem.isEmpty()             ? IndicatorState::Red
+                : telegram.isWaitingForKeyring      ? IndicatorState::Yellow
+                : !telegram.mode                    ? IndicatorState::Gray
+                : telegramHints(telegram).isEmpty() ? IndicatorState::Green
+                                                    : IndicatorState::Yellow};
+}
 } // namespace
 
 QList<StatusLine> statusLines(const GatewayStatus::Lines &gateway, const StatusLine &notifications,
-                              MenuLanguage language)
+                              const TelegramStatus &telegram, MenuLanguage language)
 {
     QList<StatusLine> lines {
         {honestLine(gateway.connectionStatus).text, gateway.connectionIndicator},
         {tokenText(gateway.tokenState, language), tokenIndicator(gateway.tokenState)},
         {honestLine(notifications.text).text, notifications.indicator},
+        telegramLine(telegram),
     };
     if (gateway.remoteApprovalLocked) {
         lines.append(

@@ -4,7 +4,9 @@
 #include "ui/desktop/AboutWindow.h"
 #include "ui/desktop/AgentSettingsPage.h"
 #include "ui/desktop/BringToFront.h"
+#include "ui/desktop/DesktopActions.h"
 #include "ui/desktop/GeneralSettingsPage.h"
+#include "ui/desktop/PracticeChatWindow.h"
 #include "ui/desktop/SettingsWindow.h"
 #include "ui/desktop/TelegramSettingsPage.h"
 
@@ -34,6 +36,15 @@ void UtilityWindows::showAbout()
     bringToFront(*m_about);
 }
 
+void UtilityWindows::showPracticeChat()
+{
+    if (!m_practiceChat) {
+        m_practiceChat
+            = std::make_unique<PracticeChatWindow>(*m_collaborators.actions.practiceChat());
+    }
+    bringToFront(*m_practiceChat);
+}
+
 std::unique_ptr<SettingsWindow> UtilityWindows::makeSettings() const
 {
     const SettingsParts &parts = m_collaborators.settings;
@@ -46,7 +57,10 @@ std::unique_ptr<SettingsWindow> UtilityWindows::makeSettings() const
     }));
     window->addPage(
         std::make_unique<AgentSettingsPage>(m_collaborators.actions, m_collaborators.agents));
-    window->addPage(std::make_unique<TelegramSettingsPage>(parts.sharedPolling));
+    window->addPage(std::make_unique<TelegramSettingsPage>(
+        TelegramSettingsPage::Collaborators {.sharedPolling = parts.sharedPolling,
+                                             .telegram = parts.telegram,
+                                             .tasks = m_collaborators.tasks}));
     window->addPage(std::make_unique<FileSettingsPage>(FileSettingsPage::Collaborators {
         .places = parts.places,
         .opener = parts.opener,

@@ -16,12 +16,15 @@ class DesktopActions;
 class LanguageChoice;
 class LoginStart;
 class NotificationService;
+class PracticeChatWindow;
 class SettingsWindow;
 class SharedPollingSetting;
+class TelegramBridgeSupervisor;
 
 /// What the settings window sets and shows beside what the coordinator has.
 struct SettingsParts {
     SharedPollingSetting &sharedPolling;
+    TelegramBridgeSupervisor &telegram;
     LoginStart *loginStart; ///< null where the program leaves the desktop's settings alone
     FileOpener &opener;
     std::function<QList<FilePlace>()> places;
@@ -46,6 +49,8 @@ public:
 
     void showSettings();
     void showAbout();
+    /// Only in practice.
+    void showPracticeChat();
 
 private:
     std::unique_ptr<SettingsWindow> makeSettings() const;
@@ -53,6 +58,7 @@ private:
     Collaborators m_collaborators;
     std::unique_ptr<SettingsWindow> m_settings;
     std::unique_ptr<AboutWindow> m_about;
+    std::unique_ptr<PracticeChatWindow> m_practiceChat;
 };
 
 } // namespace bram

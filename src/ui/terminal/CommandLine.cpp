@@ -79,6 +79,21 @@ std::optional<AlwaysAllowOperations::Target> targetMeant(const QString &word)
                                 : std::nullopt;
 }
 
+struct TelegramRow {
+    QStringView words;
+    TelegramCommand command;
+};
+
+constexpr std::array telegramCommands {
+    TelegramRow {u"status", TelegramCommand::Status},
+    TelegramRow {u"reload", TelegramCommand::Reload},
+    TelegramRow {u"token set", TelegramCommand::SetToken},
+    TelegramRow {u"token clear", TelegramCommand::ClearToken},
+    TelegramRow {u"token source", TelegramCommand::TokenSource},
+    TelegramRow {u"token source environment", TelegramCommand::UseEnvironment},
+    TelegramRow {u"token source keyring", TelegramCommand::UseKeyring},
+};
+
 using Parsed = std::expected<TerminalCommand, Error>;
 
 Parsed fault(const QString &message)
@@ -130,6 +145,38 @@ Parsed parseAlwaysAllow(const QString &rest)
     const QString usage = u"always-allow %1 %2"_s.arg(row->word, row->after).trimmed();
     return fault(TerminalTr::tr("Write it so: %1").arg(usage));
 }
+
+/// `rest` is what stands after `telegram`. It is not repeated: somebody may have put the token there.
+Parsed parseTelegram(const QString &rest)
+{
+    const QString words = rest.simplified();
+    const auto row = std::ranges::find(telegramCommands, QStringView(words), &TelegramRow::words);
+    return row != telegramCommands.end()
+        ? Parsed(row->command)
+        : fault(TerminalTr::tr(
+            "Write it so: telegram status|reload, telegram token set|clear|source, telegram token "
+            "source environment|keyring. The token itself is asked for."));
+}
+
+/// `rest` is what stands after `chat`.
+Parsed parseChat(const QString &rest)
+{
+    using Kind = ChatCommand::Kind;
+    const QString word = rest.section(u' ', 0, 0);
+    const QString argument = rest.sliced(word.size()).trimmed();
+    bool isNumber = false;
+    const int number = argument.toInt(&isNumber);
+    if (rest.isEmpty()) {
+        return ChatCommand {.kind = Kind::Show};
+    }
+    if (word == "press"_L1 && isNumber) {
+        return ChatCommand {.kind = Kind::Press, .number = number};
+    }
+    if (word == "say"_L1 && !argument.isEmpty()) {
+        return ChatCommand {.kind = Kind::Say, .text = argument};
+    }
+    return fault(TerminalTr::tr("Write it so: %1").arg(u"chat, chat press N, chat say TEXT"_s));
+}
 } // namespace
 
 QString beginningOfTyped(const QString &text)
@@ -178,6 +225,12 @@ std::expected<TerminalCommand, Error> parseCommandLine(QStringView line)
     }
     if (word == "always-allow"_L1) {
         return parseAlwaysAllow(rest);
+    }
+    if (word == "telegram"_L1) {
+        return parseTelegram(rest);
+    }
+    if (word == "chat"_L1) {
+        return parseChat(rest);
     }
     const auto file = std::ranges::find(fileCommands, QStringView(word), &FileRow::word);
     if (file != fileCommands.end()) {

@@ -110,9 +110,35 @@ struct AlwaysAllowCommand {
     bool operator==(const AlwaysAllowCommand &) const = default;
 };
 
+/// `telegram …`
+enum class TelegramCommand {
+    Status, ///< `status`
+    Reload, ///< `reload`
+    SetToken, ///< `token set`; the token itself is asked for
+    ClearToken, ///< `token clear`
+    TokenSource, ///< `token source`
+    UseEnvironment, ///< `token source environment`
+    UseKeyring, ///< `token source keyring`
+};
+
+/// `chat …`, in practice
+struct ChatCommand {
+    enum class Kind {
+        Show, ///< `chat`
+        Press, ///< `chat press N`
+        Say, ///< `chat say TEXT`
+    };
+    Kind kind = Kind::Show;
+    int number = 0;
+    QString text {};
+
+    bool operator==(const ChatCommand &) const = default;
+};
+
 using TerminalCommand
     = std::variant<PlainCommand, ShowCommand, DecideCommand, DecideAllCommand, AgentCommand,
-                   LanguageCommand, SharedPollingCommand, FileCommand, AlwaysAllowCommand>;
+                   LanguageCommand, SharedPollingCommand, FileCommand, AlwaysAllowCommand,
+                   TelegramCommand, ChatCommand>;
 
 /// Reads one line as typed. Words are told apart by blanks and compared exactly; the error is one line,
 /// in the operator's language, that says what is wrong. It may repeat what was typed as it was.

@@ -16,6 +16,8 @@ void LineSource::printAbove(const std::function<void()> &print)
     print();
 }
 
+void LineSource::hideInput(bool) { }
+
 DialogueMoment LineSource::moment() const
 {
     return m_momentSource ? m_momentSource() : 0;

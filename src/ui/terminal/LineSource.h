@@ -35,6 +35,9 @@ public:
     /// Runs `print`, which writes whole lines to the output, so that a line being typed is not torn.
     virtual void printAbove(const std::function<void()> &print);
 
+    /// While set, what is typed is a secret: neither shown on the terminal nor remembered for later lines.
+    virtual void hideInput(bool isHidden);
+
 Q_SIGNALS:
     void lineEntered(const QString &text, bram::DialogueMoment begunAt);
     /// A line that cannot be taken: why, in one line for the operator.

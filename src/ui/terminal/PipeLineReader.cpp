@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <utility>
 
 #include <poll.h>
 #include <unistd.h>
@@ -27,6 +28,28 @@ PipeLineReader::PipeLineReader(int descriptor, LineStart lineStart)
     , m_notifier(QSocketNotifier::Read)
 {
     connect(&m_notifier, &QSocketNotifier::activated, this, &PipeLineReader::readWaiting);
+}
+
+PipeLineReader::~PipeLineReader()
+{
+    hideInput(false);
+}
+
+void PipeLineReader::hideInput(bool isHidden)
+{
+    if (!isHidden) {
+        if (const auto settings = std::exchange(m_settingsBefore, std::nullopt)) {
+            tcsetattr(m_descriptor, TCSADRAIN, &*settings);
+        }
+        return;
+    }
+    termios settings {};
+    if (!m_settingsBefore && tcgetattr(m_descriptor, &settings) == 0) {
+        m_settingsBefore = settings;
+        settings.c_lflag &= ~tcflag_t(ECHO);
+        settings.c_lflag |= ECHONL; // the end of the line is no secret
+        tcsetattr(m_descriptor, TCSADRAIN, &settings);
+    }
 }
 
 void PipeLineReader::start()

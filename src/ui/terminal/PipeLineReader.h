@@ -8,6 +8,8 @@
 
 #include <optional>
 
+#include <termios.h>
+
 namespace bram
 {
 
@@ -31,9 +33,12 @@ public:
     };
 
     explicit PipeLineReader(int descriptor, LineStart lineStart = LineStart::WhenRead);
+    ~PipeLineReader() override;
 
     void start() override;
     void readWaiting() override;
+    /// Of a terminal that shows by itself what is typed.
+    void hideInput(bool isHidden) override;
 
 private:
     bool isReadable() const;
@@ -50,6 +55,7 @@ private:
     std::optional<DialogueMoment> m_backlogSince; ///< set while more waits than was read at once
     bool m_skipping = false; ///< the rest of a refused line
     bool m_ended = false;
+    std::optional<termios> m_settingsBefore; ///< of a terminal that does not show what is typed now
 };
 
 } // namespace bram

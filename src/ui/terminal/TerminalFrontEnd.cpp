@@ -42,12 +42,19 @@ TerminalFrontEnd::TerminalFrontEnd(const Collaborators &collaborators)
                      .prompts = m_prompts,
                      .tasks = collaborators.tasks,
                      .voice = m_voice})
+    , m_telegram({.telegram = collaborators.telegram,
+                  .prompts = m_prompts,
+                  .tasks = collaborators.tasks,
+                  .voice = m_voice})
+    , m_chat(collaborators.practiceChat, m_voice)
 {
     LineSource &input = collaborators.input;
     input.setMomentSource([&output = collaborators.output] { return output.written(); });
     connect(&input, &LineSource::lineEntered, this, &TerminalFrontEnd::onLine);
-    connect(&input, &LineSource::lineRefused, this,
-            [this](const QString &reason) { m_voice.say(reason, LineStyle::Warning); });
+    connect(&input, &LineSource::lineRefused, this, [this](const QString &reason) {
+        m_voice.say(reason, LineStyle::Warning);
+        m_prompts.takeSecret({});
+    });
     connect(&input, &LineSource::endOfInput, this, &TerminalFrontEnd::quit);
     connect(&collaborators.output, &TerminalOutput::closed, this, &TerminalFrontEnd::quit);
 }
@@ -65,6 +72,10 @@ void TerminalFrontEnd::start()
 void TerminalFrontEnd::onLine(const QString &text, DialogueMoment begunAt)
 {
     if (m_quitting) {
+        return;
+    }
+    if (m_prompts.isAskingForSecret()) {
+        m_prompts.takeSecret(text); // whatever it says, it is not to be repeated in a message
         return;
     }
     const auto command = parseCommandLine(text);
@@ -92,6 +103,8 @@ void TerminalFrontEnd::carryOut(const TerminalCommand &command, DialogueMoment b
             [&](const SharedPollingCommand &wish) { m_settings.setSharedPolling(wish.isAllowed); },
             [&](const FileCommand &wish) { m_record.carryOut(wish); },
             [&](const AlwaysAllowCommand &wish) { m_alwaysAllow.carryOut(wish); },
+            [&](TelegramCommand wish) { m_telegram.carryOut(wish); },
+            [&](const ChatCommand &wish) { m_chat.carryOut(wish); },
         },
         command);
 }
@@ -117,6 +130,7 @@ void TerminalFrontEnd::run(PlainCommand command)
     case PlainCommand::Status:
         m_voice.print(statusLines(monitor.gatewayStatus().lines(), pendingCount,
                                   m_requests.notShown().size(), columns));
+        m_telegram.sayStatus();
         break;
     case PlainCommand::Metrics:
         m_voice.print(metricsLines(monitor.metrics(), pendingCount));

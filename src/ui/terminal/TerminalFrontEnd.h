@@ -2,11 +2,13 @@
 #pragma once
 
 #include "ui/terminal/AlwaysAllowCommands.h"
+#include "ui/terminal/ChatCommands.h"
 #include "ui/terminal/CommandLine.h"
 #include "ui/terminal/GatewayNews.h"
 #include "ui/terminal/RecordCommands.h"
 #include "ui/terminal/RequestDialogue.h"
 #include "ui/terminal/SettingsCommands.h"
+#include "ui/terminal/TelegramCommands.h"
 #include "ui/terminal/TerminalPrompts.h"
 #include "ui/terminal/TerminalVoice.h"
 
@@ -29,6 +31,8 @@ public:
         ReliabilityExercises &exercises;
         RecordOperations &record;
         AlwaysAllowOperations &alwaysAllow;
+        TelegramBridgeSupervisor &telegram;
+        OperatorChat *practiceChat = nullptr; ///< only in practice
         LanguageChoice &language;
         SharedPollingSetting &sharedPolling;
         BackgroundTasks &tasks;
@@ -62,6 +66,8 @@ private:
     SettingsCommands m_settings;
     RecordCommands m_record;
     AlwaysAllowCommands m_alwaysAllow;
+    TelegramCommands m_telegram;
+    ChatCommands m_chat;
     bool m_quitting = false;
 };
 

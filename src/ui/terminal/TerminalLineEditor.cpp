@@ -26,6 +26,10 @@ constexpr int rememberedLines = 200;
 constexpr int maxLineCharacters = 4096;
 /// The library takes prompts that are not const; it does not write to them.
 wchar_t promptText[] = L"bram> ";
+wchar_t hiddenPromptText[] = L"(hidden)> ";
+constexpr char32_t backspaceKey = 0x08;
+constexpr char32_t deleteKey = 0x7F;
+constexpr char32_t eraseLineKey = 0x15; // Ctrl-U
 
 /// Without this, letters beyond ASCII would be counted and drawn wrongly.
 void useUtf8Characters()
@@ -95,9 +99,16 @@ void TerminalLineEditor::makeEditor()
     el_wset(editor, EL_UNBUFFERED, 1);
 }
 
-wchar_t *TerminalLineEditor::prompt(EditLine *)
+wchar_t *TerminalLineEditor::prompt(EditLine *editLine)
 {
-    return promptText;
+    TerminalLineEditor *self = nullptr;
+    el_wget(editLine, EL_CLIENTDATA, &self);
+    return self->currentPrompt();
+}
+
+wchar_t *TerminalLineEditor::currentPrompt() const
+{
+    return m_hidden ? hiddenPromptText : promptText;
 }
 
 int TerminalLineEditor::nextCharacter(EditLine *editLine, wchar_t *character)
@@ -152,6 +163,10 @@ void TerminalLineEditor::processKey(char32_t key)
     if (!m_begunAt) {
         m_begunAt = moment();
     }
+    if (m_hidden) {
+        processHiddenKey(key);
+        return;
+    }
     const LineInfoW *line = el_wline(m_editor.get());
     const bool isPrintable = key >= 0x20 && key != 0x7F && key != KeyDecoder::deleteHere;
     if (isPrintable
@@ -165,6 +180,46 @@ void TerminalLineEditor::processKey(char32_t key)
     if (!m_ended && isLineEmpty()) {
         m_begunAt.reset();
     }
+}
+
+/// The editing library would draw the key.
+void TerminalLineEditor::processHiddenKey(char32_t key)
+{
+    if (key == U'\r' || key == KeyDecoder::enter) {
+        const QString secret = QString::fromStdU32String(*m_hidden);
+        std::ranges::fill(*m_hidden, U'\0');
+        m_hidden->clear();
+        deliverLine(secret, *std::exchange(m_begunAt, std::nullopt));
+    } else if ((key == backspaceKey || key == deleteKey) && !m_hidden->empty()) {
+        m_hidden->pop_back();
+    } else if (key == eraseLineKey) {
+        m_hidden->clear();
+    } else if (key >= 0x20 && key != deleteKey && key != KeyDecoder::deleteHere
+               && m_hidden->size() < maxLineCharacters) {
+        m_hidden->push_back(key);
+    }
+}
+
+void TerminalLineEditor::hideInput(bool isHidden)
+{
+    if (!m_editor || m_ended || isHidden == m_hidden.has_value()) {
+        return;
+    }
+    eraseLine();
+    if (isHidden) {
+        const LineInfoW *line = el_wline(m_editor.get());
+        m_hidden.emplace(line->buffer, line->lastchar);
+        if (!m_hidden->empty()) {
+            edit(wchar_t(KeyDecoder::lineEnd));
+            el_wdeletestr(m_editor.get(), int(m_hidden->size()));
+            eraseLine();
+        }
+    } else {
+        m_hidden.reset();
+        m_begunAt.reset();
+    }
+    el_wset(m_editor.get(), EL_REFRESH);
+    std::fflush(m_outputFile.get());
 }
 
 void TerminalLineEditor::edit(wchar_t character)
@@ -233,7 +288,7 @@ void TerminalLineEditor::followTerminalSize()
 int TerminalLineEditor::rowsAboveCursor() const
 {
     const LineInfoW *line = el_wline(m_editor.get());
-    std::wstring shown(promptText);
+    std::wstring shown(currentPrompt());
     shown.append(line->buffer, line->cursor);
     int row = 0;
     int column = 0;

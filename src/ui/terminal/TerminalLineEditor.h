@@ -10,6 +10,7 @@
 #include <deque>
 #include <memory>
 #include <optional>
+#include <string>
 
 #include <histedit.h>
 #include <termios.h>
@@ -36,6 +37,8 @@ public:
     void start() override;
     void readWaiting() override;
     void printAbove(const std::function<void()> &print) override;
+    /// What has been typed of a line by then is part of the secret.
+    void hideInput(bool isHidden) override;
 
 private:
     struct EditLineEnd {
@@ -49,11 +52,13 @@ private:
     };
 
     static wchar_t *prompt(EditLine *editLine);
+    wchar_t *currentPrompt() const;
     static int nextCharacter(EditLine *editLine, wchar_t *character);
     static ssize_t writeOut(void *cookie, const char *bytes, size_t size);
 
     void makeEditor();
     void processKey(char32_t key);
+    void processHiddenKey(char32_t key);
     void edit(wchar_t character);
     void finishLine(const wchar_t *text, int length);
     void finish();
@@ -73,6 +78,7 @@ private:
     std::deque<wchar_t> m_characters; ///< for the editing library to take
     std::optional<DialogueMoment> m_begunAt; ///< of the line being typed, unless it is empty
     int m_columns = 80;
+    std::optional<std::u32string> m_hidden; ///< typed of a secret; set while input is hidden
     bool m_printing = false;
     bool m_ended = false;
 };

@@ -11,6 +11,8 @@
 #include <QFileInfo>
 #include <QPointer>
 
+#include <utility>
+
 namespace bram
 {
 
@@ -140,6 +142,29 @@ QCoro::Task<bool> TerminalPrompts::openFile(QString path)
     co_return true;
 }
 
+QCoro::Task<std::optional<QString>> TerminalPrompts::askForSecret(QString text)
+{
+    if (m_isStopped || m_secret) {
+        co_return std::nullopt;
+    }
+    const ReplySource<std::optional<QString>> source {std::nullopt};
+    m_secret.emplace(source);
+    m_voice.say(text);
+    m_voice.hideInput(true);
+    auto reply = source.reply();
+    std::optional<QString> answer = co_await reply;
+    co_return answer;
+}
+
+void TerminalPrompts::takeSecret(const QString &line)
+{
+    if (const auto source = std::exchange(m_secret, std::nullopt)) {
+        m_voice.hideInput(false);
+        const QString secret = line.trimmed();
+        source->answer(secret.isEmpty() ? std::nullopt : std::optional(secret));
+    }
+}
+
 Reply<qsizetype> TerminalPrompts::open(const Question &question)
 {
     const ReplySource<qsizetype> source(question.harmless);
@@ -235,6 +260,7 @@ void TerminalPrompts::stop()
 {
     m_isStopped = true;
     m_questions.clear(); // their sources answer by going
+    takeSecret({});
 }
 
 } // namespace bram

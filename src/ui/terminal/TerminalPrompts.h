@@ -10,6 +10,7 @@
 
 #include <deque>
 #include <functional>
+#include <optional>
 
 namespace bram
 {
@@ -34,6 +35,13 @@ public:
     QCoro::Task<std::optional<QString>> askForFile(FileQuestion question) override;
     /// There is nothing here to open it with: says where it is.
     QCoro::Task<bool> openFile(QString path) override;
+
+    /// A text that is not shown while it is typed, blanks around it removed; nothing for an empty line. The next
+    /// line is the answer, whenever it was begun, also before one to a question.
+    QCoro::Task<std::optional<QString>> askForSecret(QString text);
+    bool isAskingForSecret() const { return m_secret.has_value(); }
+    /// Does nothing when none is asked for.
+    void takeSecret(const QString &line);
 
     /// Whether the file at `path`, which is there, may be replaced.
     QCoro::Task<bool> agreeToReplace(QString path);
@@ -61,6 +69,7 @@ private:
     TerminalVoice &m_voice;
     std::deque<OpenQuestion> m_questions; ///< the first one is shown
     DialogueMoment m_shownBy = 0; ///< the first one
+    std::optional<ReplySource<std::optional<QString>>> m_secret; ///< asked for
     bool m_isStopped = false;
 };
 

@@ -39,4 +39,9 @@ void TerminalVoice::readWaiting()
     m_input.readWaiting();
 }
 
+void TerminalVoice::hideInput(bool isHidden)
+{
+    m_input.hideInput(isHidden);
+}
+
 } // namespace bram

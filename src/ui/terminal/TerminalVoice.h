@@ -28,6 +28,8 @@ public:
     /// To be called before something is shown that a line could answer: what has been typed by now
     /// was typed before it.
     void readWaiting();
+    /// What is typed from now on is, or is no longer, a secret.
+    void hideInput(bool isHidden);
 
 private:
     LineSource &m_input;

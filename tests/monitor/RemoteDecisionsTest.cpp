@@ -1,0 +1,115 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "monitor/RemoteDecisions.h"
+#include "gateway/GatewayStatus.h"
+#include "monitor/TelegramFixture.h"
+#include "monitor/TelegramMirror.h"
+
+using namespace bram;
+using namespace bram::test;
+using namespace Qt::StringLiterals;
+
+namespace
+{
+class RemoteDecision : public TelegramFixture
+{
+protected:
+    TelegramDecision decision(const QString &approvalId) const
+    {
+        return {.approvalId = approvalId,
+                .decision = ApprovalDecision::AllowOnce,
+                .chatId = chat,
+                .source = DecisionInputSource::CommandMessage,
+                .sender = u"Mina (@mina, id 77)"_s};
+    }
+};
+} // namespace
+
+TEST_F(RemoteDecision, EveryCheckRefusesAndSaysSoInItsOrder)
+{
+    writeConfiguration(
+        QJsonDocument::fromJson(R"({"agents": {"main": {}, "other": {}}})").object());
+    makeConnectedCore();
+    TelegramMirror mirror(core->agents());
+    RemoteDecisions decisions({.board = board(),
+                               .decisions = monitor().decisions(),
+                               .status = core->status(),
+                               .agents = core->agents(),
+                               .mirror = mirror,
+                               .log = log});
+    ApprovalItem nobodys = item("nobodys");
+    nobodys.agentId.reset();
+    ApprovalItem others = item("others");
+    others.agentId = u"other\u202E"_s;
+    request(item("mains"));
+    request(nobodys);
+    request(others);
+
+    const QSet<QString> toMain {u"main"_s};
+    const struct {
+        bool isLocked;
+        QString selected;
+        QString approvalId;
+        QSet<QString> bound;
+        QString logged; ///< after "[Brackwen][Telegram] decision "; empty: nothing
+    } rows[] {
+        {true, u"main"_s, u"unknown"_s, {}, u"blocked by remote lock chat=501 reason=revoked"_s},
+        {false, u"main"_s, u"unknown"_s, {}, {}},
+        {false, u"other"_s, u"mains"_s, {}, u"denied: unbound chat chat=501"_s},
+        {false, u"other"_s, u"mains"_s, toMain,
+         u"denied: selected agent mismatch chat=501 pendingAgent=main selected=other"_s},
+        {false, u"main"_s, u"nobodys"_s, toMain,
+         u"denied: selected agent mismatch chat=501 pendingAgent=nil selected=main"_s},
+        {false, everyAgent, u"nobodys"_s, toMain,
+         u"denied: agent not bound chat=501 pendingAgent=nil"_s},
+        {false, everyAgent, u"others"_s, toMain,
+         u"denied: agent not bound chat=501 pendingAgent=other⟨U+202E⟩"_s},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(qPrintable(row.approvalId + u' ' + row.logged));
+        row.isLocked ? core->status().lockRemoteApproval(u"revoked"_s)
+                     : core->status().unlockRemoteApproval();
+        core->agents().setSelectedAgent(row.selected);
+        const qsizetype before = log.lines().size();
+        TelegramBotConfig config;
+        config.chatAgentMap.insert(chat, row.bound);
+        EXPECT_FALSE(decisions.decide(decision(row.approvalId), config));
+        const QStringList logged = log.lines().mid(before).filter(u"[Telegram] decision"_s);
+        EXPECT_EQ(logged,
+                  row.logged.isEmpty()
+                      ? QStringList()
+                      : QStringList {u"[Brackwen][Telegram] decision "_s + row.logged});
+    }
+    EXPECT_TRUE(received.isEmpty());
+
+    core->agents().setSelectedAgent(u"main"_s);
+    TelegramBotConfig config;
+    config.chatAgentMap.insert(chat, toMain);
+    EXPECT_TRUE(decisions.decide(decision(u"mains"_s), config));
+    EXPECT_FALSE(decisions.decide(decision(u"mains"_s), config)) << "one is under way";
+    ASSERT_TRUE(waitSettled(2));
+    EXPECT_EQ(received.size(), 1);
+    const auto records = core->audit().records(0);
+    for (const auto &kind : {AuditKind::approvalDecisionRequested, AuditKind::approvalResolved}) {
+        const auto found = std::ranges::find(records, QString(kind), &AuditEventRecord::kind);
+        ASSERT_NE(found, records.end());
+        EXPECT_EQ(found->source, u"telegram-command"_s);
+        EXPECT_EQ(found->actor, u"telegram-chat:501"_s);
+        EXPECT_TRUE(found->note->contains(u"chat=501 sender=Mina (@mina, id 77)"_s));
+    }
+    EXPECT_EQ(board().activity().first().detail, u"ls … [telegram-command]"_s);
+}
+
+TEST_F(RemoteDecision, WhatHasChangedSinceItWasShownIsLeftToThisMachine)
+{
+    writeConfiguration(boundConfiguration());
+    environmentExtras.insert(u"TELEGRAM_BOT_TOKEN"_s, token);
+    makeConnectedCore();
+    ASSERT_TRUE(waitUntil([&] { return bot.isPolled(); }));
+    request(item("a", "ls"));
+    ASSERT_TRUE(chatShows(u"ls"_s));
+    gateway.announce(item("a", "rm -rf /"));
+    ASSERT_TRUE(chatShows(u"rm -rf /"_s));
+    ASSERT_TRUE(bot.press(chat, 1));
+    ASSERT_TRUE(logs(u"decision denied: request changed after it was shown chat=501"_s));
+    EXPECT_TRUE(received.isEmpty());
+}

@@ -1,0 +1,169 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "monitor/TelegramBridgeSupervisor.h"
+#include "gateway/FaultySecretStore.h"
+#include "monitor/TelegramFixture.h"
+#include "monitor/TelegramTokens.h"
+
+#include <algorithm>
+
+using namespace bram;
+using namespace bram::test;
+using namespace Qt::StringLiterals;
+
+namespace
+{
+const QString off = u"bridge disabled (missing token/chat_ids)"_s;
+const QString polling = u"bridge enabled (polling) chats=501"_s;
+const QString safe = u"bridge enabled (publish-only safe mode) chats=501"_s;
+
+/// The platform's own channel polls the same bot.
+QJsonObject sharedBot(const QString &token)
+{
+    return {{u"channels"_s,
+             QJsonObject {
+                 {u"telegram"_s, QJsonObject {{u"enabled"_s, true}, {u"botToken"_s, token}}}}}};
+}
+
+class Supervisor : public TelegramFixture
+{
+protected:
+    TelegramBridgeSupervisor &telegram() { return core->telegram(); }
+    TelegramTokens &tokens() { return core->telegram().tokens(); }
+    std::expected<void, Error> store(const QString &text)
+    {
+        return test::waitFor(TelegramTokens::store(&tokens(), text));
+    }
+};
+} // namespace
+
+TEST_F(Supervisor, TheBridgeFollowsTokensSettingsAndTheFile)
+{
+    makeConnectedCore();
+    ASSERT_TRUE(logs(off));
+    EXPECT_EQ(telegram().telegramTokenSource(), TelegramTokenSource::Missing);
+
+    for (const QString &bad : {u"12345:short"_s, token + u' ' + token, u"list"_s, QString()}) {
+        const auto stored = store(bad);
+        ASSERT_FALSE(stored);
+        EXPECT_FALSE(!bad.isEmpty() && stored.error().message.contains(bad));
+    }
+    EXPECT_TRUE(store(u" \n"_s + token + u'\n'));
+    ASSERT_TRUE(logs(polling));
+    EXPECT_EQ(telegram().telegramTokenSource(), TelegramTokenSource::Keychain);
+    ASSERT_TRUE(waitUntil([&] { return bot.isPolled(); }));
+    request(item("first"));
+    ASSERT_TRUE(chatShows(u"first"_s));
+
+    writeConfiguration(sharedBot(token));
+    ASSERT_TRUE(logs(safe));
+    ASSERT_TRUE(waitUntil([&] { return !bot.isPolled(); }));
+    core->sharedPolling().setAllowSharedBotPollingOverride(true);
+    ASSERT_TRUE(logs(polling));
+    ASSERT_TRUE(waitUntil([&] { return bot.isPolled(); }));
+    core->sharedPolling().setAllowSharedBotPollingOverride(false);
+    ASSERT_TRUE(logs(safe));
+
+    // A file in the middle of being written must not look like one that says nothing.
+    QFile file(folder.filePath(u".brackwen/brackwen.json"_s));
+    ASSERT_TRUE(file.open(QFile::WriteOnly | QFile::Truncate));
+    file.write("{\"channels\": ");
+    file.flush();
+    ASSERT_TRUE(logs(u"the bridge stays as it was"_s));
+    EXPECT_EQ(telegram().status().mode, TelegramMode::PublishOnlySafe);
+    file.close();
+
+    EXPECT_TRUE(test::waitFor(TelegramTokens::clear(&tokens())));
+    ASSERT_TRUE(logs(off));
+    EXPECT_EQ(telegram().status().mode, std::nullopt);
+    const qsizetype calls = bot.calls().size();
+    request(item("second"));
+    EXPECT_EQ(bot.calls().size(), calls);
+}
+
+TEST_F(Supervisor, AFileThatSaysTheSameAboutTelegramLeavesTheBridgeAlone)
+{
+    environmentExtras.insert(u"BRACKWEN_TELEGRAM_BOT_TOKEN"_s, token);
+    writeConfiguration(boundConfiguration());
+    makeConnectedCore();
+    ASSERT_TRUE(waitUntil([&] { return bot.isPolled(); }));
+    request(item("first"));
+    ASSERT_TRUE(chatShows(u"first"_s));
+    QJsonObject other = boundConfiguration();
+    other.insert(u"agents"_s, QJsonObject {{u"main"_s, QJsonObject()}});
+    writeConfiguration(other);
+    ASSERT_TRUE(
+        waitUntil([&] { return core->agents().availableAgentIds() == QStringList {u"main"_s}; }));
+    request(item("second"));
+    ASSERT_TRUE(chatShows(u"second"_s));
+    EXPECT_EQ(bot.callCount(u"sendMessage"_s), 1) << "a new bridge would send a new message";
+    EXPECT_EQ(log.lines().filter(polling).size(), 1);
+}
+
+TEST_F(Supervisor, OneOfTwoTokensIsSetAside)
+{
+    environmentExtras.insert(u"TELEGRAM_BOT_TOKEN"_s, u"987654321:of-the-environment-0123456789"_s);
+    makeConnectedCore();
+    ASSERT_TRUE(logs(polling));
+    EXPECT_EQ(telegram().telegramTokenSource(), TelegramTokenSource::Environment);
+    EXPECT_TRUE(store(token));
+    ASSERT_TRUE(waitUntil([&] { return bot.isPolled(); })) << "the token of the keyring counts";
+    EXPECT_TRUE(telegram().status().isEnvironmentSetAside);
+    EXPECT_EQ(telegram().telegramTokenSource(), TelegramTokenSource::Keychain);
+    EXPECT_TRUE(tokens().useEnvironment());
+    ASSERT_TRUE(waitUntil(
+        [&] { return telegram().telegramTokenSource() == TelegramTokenSource::Environment; }));
+    EXPECT_FALSE(telegram().status().isEnvironmentSetAside);
+}
+
+TEST_F(Supervisor, AKeyringThatWaitsOrFailsHoldsNothingUpAndIsSaid)
+{
+    FaultySecretStore keyring;
+    test::waitFor(keyring.memory.set(u"QX.BrackwenApprovalsMenu.telegram"_s, u"bot-token"_s, token,
+                                     SecretAccessibility::AfterFirstUnlock));
+    keyring.promptedRead = u"bot-token"_s;
+    secretStore = &keyring;
+    makeConnectedCore();
+    ASSERT_TRUE(waitUntil([&] { return telegram().status().isWaitingForKeyring; }));
+    request(item("waiting"));
+
+    keyring.readsFail = true;
+    keyring.endPrompts();
+    ASSERT_TRUE(logs(u"the keyring did not give the bot token: "_s + FaultySecretStore::errorText));
+    ASSERT_TRUE(logs(off));
+    EXPECT_EQ(telegram().status().problem, FaultySecretStore::errorText);
+    EXPECT_FALSE(telegram().status().isWaitingForKeyring);
+
+    keyring.readsFail = false;
+    keyring.promptedRead.clear();
+    telegram().configureTelegramBridge();
+    ASSERT_TRUE(logs(polling));
+    ASSERT_TRUE(chatShows(u"waiting"_s));
+    keyring.writesFail = {u"bot-token"_s};
+    EXPECT_FALSE(store(token));
+    EXPECT_FALSE(test::waitFor(TelegramTokens::clear(&tokens())));
+    EXPECT_TRUE(telegram().status().mode.has_value());
+    secretStore = &secrets;
+    core->telegram().stop();
+    core->monitor().stop();
+    ASSERT_TRUE(waitUntil([this] { return core->tasks().running().isEmpty(); }));
+    core.reset();
+}
+
+TEST_F(Supervisor, ShowsOnlyTheChosenAgentsRequestsAndSendsThemOnce)
+{
+    environmentExtras.insert(u"BRACKWEN_TELEGRAM_BOT_TOKEN"_s, token);
+    writeConfiguration(
+        QJsonDocument::fromJson(R"({"agents": {"main": {}, "other": {}}})").object());
+    makeConnectedCore();
+    ASSERT_TRUE(waitUntil([&] { return bot.isPolled(); }));
+    ApprovalItem others = item("others");
+    others.agentId = u"other"_s;
+    gateway.announce(others);
+    for (int i = 0; i < 40; ++i) {
+        gateway.announce(item(qPrintable(u"burst-%1"_s.arg(i))));
+    }
+    ASSERT_TRUE(chatShows(u"pending approvals (40)"_s));
+    EXPECT_LE(bot.calls().size(), 8);
+    core->agents().setSelectedAgent(u"other"_s);
+    ASSERT_TRUE(chatShows(u"pending approvals (1)"_s));
+}
