@@ -1213,6 +1213,10 @@ Security Critical: %4</source>
         <source>Answers nothing by itself: the command has a line break or an unusual blank, so a request for it is shown to you.</source>
         <translation>스스로 승인하지 않습니다: 명령에 줄바꿈이나 특이한 공백이 있어 요청이 오면 승인 여부를 묻습니다.</translation>
     </message>
+    <message>
+        <source>Copy ID</source>
+        <translation>ID 복사</translation>
+    </message>
 </context>
 <context>
     <name>bram::AlwaysAllowListActions</name>

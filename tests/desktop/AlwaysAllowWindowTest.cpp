@@ -13,6 +13,7 @@
 
 #include <QAccessible>
 #include <QApplication>
+#include <QClipboard>
 #include <QDir>
 #include <QFile>
 #include <QMessageBox>
@@ -252,6 +253,8 @@ TEST_F(AlwaysAllowWindowTest, EachControlHasItsEffectOnTheDisk)
         EXPECT_TRUE(test::waitUntil(control.hasHappened)) << qPrintable(control.button);
     }
     select({u"apt list"_s});
+    push(u"Copy ID"_s);
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), *normalizedCommandDigest(u"apt list"_s));
     prompts.answers = {0};
     push(u"Remove Allow"_s);
     ASSERT_TRUE(test::waitUntil([&] { return !isInOwnList(u"apt list"_s); }));
@@ -301,6 +304,11 @@ TEST_F(AlwaysAllowWindowTest, WhatASearchHidesIsNotSelected)
     open();
     table().selectAll();
     EXPECT_EQ(selected().size(), 5);
+    searchField().setText(u"list"_s);
+    EXPECT_EQ(selected(), QStringList {u"apt list"_s});
+    searchField().clear();
+    EXPECT_EQ(selected(), QStringList {u"apt list"_s}) << "what was out of view does not come back";
+    table().clearSelection();
     struct Case {
         QString words;
         QStringList shown;

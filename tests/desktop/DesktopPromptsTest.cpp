@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ui/desktop/DesktopPrompts.h"
 #include "support/Waiting.h"
+#include "system/FileOpener.h"
 #include "system/Preferences.h"
-#include "system/linux/XdgFileOpener.h"
+#include "ui/desktop/ReportWindow.h"
 
 #include <QApplication>
 #include <QFile>
@@ -29,6 +30,19 @@ QCoro::Task<> keep(QCoro::Task<T> task, std::optional<T> *answer)
 {
     answer->emplace(co_await task);
 }
+
+/// A desktop that has no program for a file.
+class NoProgram final : public FileOpener
+{
+public:
+    Reply<FileOpened> open(const QString &path) override
+    {
+        asked.append(path);
+        const ReplySource<FileOpened> source(std::unexpected(Error {u"no program"_s}));
+        return source.reply();
+    }
+    QStringList asked;
+};
 
 class DesktopPromptsTest : public testing::Test
 {
@@ -59,7 +73,7 @@ protected:
 
     QTemporaryDir folder;
     Preferences preferences {folder.filePath(u"preferences.ini"_s)};
-    XdgFileOpener opener;
+    NoProgram opener;
     DesktopPrompts prompts {preferences, opener};
 };
 
@@ -230,6 +244,37 @@ TEST_F(DesktopPromptsTest, endsWhileAFileDialogWarns)
     EXPECT_TRUE(hasWarned);
     ASSERT_TRUE(waitUntil([&] { return answer.has_value(); }));
     EXPECT_EQ(*answer, std::nullopt);
+}
+
+TEST_F(DesktopPromptsTest, aReportIsReadAsPlainTextAndByAnotherProgramOnlyWhenWanted)
+{
+    std::optional<bool> absent;
+    const auto taskAbsent = keep(prompts.openFile(folder.filePath(u"absent.md"_s)), &absent);
+    ASSERT_TRUE(waitUntil([&] { return absent.has_value(); }));
+    EXPECT_FALSE(*absent);
+
+    const QString path = folder.filePath(u"report.md"_s);
+    QFile file(path);
+    ASSERT_TRUE(file.open(QFile::WriteOnly));
+    file.write("# Report\n\n| <b>rm</b> a\u202eb | x |\n");
+    file.close();
+    for (const bool byButton : {false, true}) {
+        std::optional<bool> opened;
+        const auto task = keep(prompts.openFile(path), &opened);
+        auto *window = shown<ReportWindow>();
+        EXPECT_EQ(window->findChild<QPlainTextEdit *>()->toPlainText(),
+                  u"# Report\n\n| <b>rm</b> a⟨U+202E⟩b | x |\n"_s);
+        EXPECT_FALSE(opened.has_value());
+        if (byButton) {
+            window->findChildren<QPushButton *>().constFirst()->click();
+        } else {
+            QTest::keyClick(window, Qt::Key_Escape);
+        }
+        ASSERT_TRUE(waitUntil([&] { return opened.has_value(); }));
+        EXPECT_EQ(*opened, !byButton) << "there is no program for it here";
+        EXPECT_EQ(opener.asked, byButton ? QStringList {path} : QStringList());
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
 }
 
 } // namespace

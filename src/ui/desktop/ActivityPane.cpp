@@ -50,6 +50,7 @@ ActivityPane::ActivityPane(const ApprovalBoard &board, QWidget *parent)
     m_table->verticalHeader()->hide();
     m_table->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     m_table->horizontalHeader()->hide();
+    m_table->horizontalHeader()->setMinimumSectionSize(cellPadding);
     m_table->horizontalHeader()->setStretchLastSection(true);
     m_stack->addWidget(m_table);
     m_stack->addWidget(m_empty);

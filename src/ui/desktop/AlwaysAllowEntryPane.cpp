@@ -9,10 +9,12 @@
 #include "ui/desktop/WarningColours.h"
 
 #include <QBoxLayout>
+#include <QClipboard>
 #include <QDateTime>
 #include <QDir>
 #include <QEvent>
 #include <QFormLayout>
+#include <QGuiApplication>
 #include <QLocale>
 
 #include <algorithm>
@@ -62,6 +64,7 @@ AlwaysAllowEntryPane::AlwaysAllowEntryPane(const AlwaysAllowInquiry::Collaborato
     , m_id(new ElidedLabel(m_factsArea))
     , m_places(new QLabel(m_factsArea))
     , m_lastAnswer(new QLabel(m_factsArea))
+    , m_copyId(new QPushButton(this))
     , m_add(new QPushButton(this))
     , m_remove(new QPushButton(this))
 {
@@ -83,6 +86,8 @@ AlwaysAllowEntryPane::AlwaysAllowEntryPane(const AlwaysAllowInquiry::Collaborato
             m_answersPause.start();
         }
     });
+    connect(m_copyId, &QPushButton::clicked, this,
+            [this] { QGuiApplication::clipboard()->setText(m_entries.constFirst().digest); });
     connect(m_add, &QPushButton::clicked, this, [this] { Q_EMIT additionRequested(addable()); });
     connect(m_remove, &QPushButton::clicked, this, [this] { Q_EMIT removalRequested(m_entries); });
 }
@@ -97,7 +102,6 @@ void AlwaysAllowEntryPane::build()
     }
     m_summary->setAlignment(Qt::AlignCenter);
     m_places->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    m_id->setTextInteractionFlags(Qt::TextSelectableByMouse);
     m_facts->setContentsMargins({});
     m_facts->setRowWrapPolicy(QFormLayout::WrapLongRows);
     m_facts->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
@@ -110,6 +114,7 @@ void AlwaysAllowEntryPane::build()
     }
 
     auto *buttons = new QHBoxLayout;
+    buttons->addWidget(m_copyId);
     buttons->addStretch();
     buttons->addWidget(m_add);
     buttons->addWidget(m_remove);
@@ -148,6 +153,7 @@ void AlwaysAllowEntryPane::showSelected()
     m_summary->setVisible(!isOne);
     m_command->setVisible(isOne);
     m_factsArea->setVisible(isOne);
+    m_copyId->setVisible(isOne);
     if (isOne) {
         showEntry(m_entries.constFirst());
     } else {
@@ -295,6 +301,7 @@ void AlwaysAllowEntryPane::retranslate()
     const auto name = [this](QWidget *field, const QString &text) {
         static_cast<QLabel *>(m_facts->labelForField(field))->setText(text);
     };
+    m_copyId->setText(tr("Copy ID"));
     name(m_id, tr("ID:"));
     name(m_places, tr("Registered in:"));
     name(m_lastAnswer, tr("Last automatic answer:"));

@@ -69,6 +69,7 @@ private:
     ElidedLabel *m_id;
     QLabel *m_places;
     QLabel *m_lastAnswer;
+    QPushButton *m_copyId;
     QPushButton *m_add;
     QPushButton *m_remove;
 };

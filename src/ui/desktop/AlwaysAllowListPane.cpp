@@ -44,6 +44,7 @@ AlwaysAllowListPane::AlwaysAllowListPane(QWidget *parent)
     , m_clearSearch(new QPushButton(m_empty))
     , m_stack(new QStackedLayout)
 {
+    setFocusProxy(m_table);
     build();
     fitRows();
     retranslate();

@@ -47,6 +47,7 @@ AlwaysAllowWindow::AlwaysAllowWindow(const Collaborators &collaborators)
     followWishes();
     setWindowTitle(tr("Approval List Manager"));
     showEntries();
+    m_list->setFocus();
 }
 
 AlwaysAllowWindow::~AlwaysAllowWindow() = default;
