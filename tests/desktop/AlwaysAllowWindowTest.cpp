@@ -10,6 +10,7 @@
 #include "ui/desktop/CommandTextView.h"
 #include "ui/desktop/DesktopActions.h"
 #include "ui/desktop/DesktopPrompts.h"
+#include "ui/desktop/RecordPane.h"
 
 #include <QAccessible>
 #include <QApplication>
@@ -21,6 +22,8 @@
 #include <QScrollBar>
 #include <QTableView>
 #include <QTest>
+
+#include <latch>
 
 namespace bram
 {
@@ -420,6 +423,49 @@ TEST_F(AlwaysAllowWindowTest, FollowsTheLanguageAndSaysWhenThereIsNothing)
     ASSERT_TRUE(test::waitUntil([] { return windows().isEmpty(); }));
     presenter->show();
     EXPECT_EQ(windows().size(), 1);
+}
+
+TEST_F(AlwaysAllowWindowTest, AReportUnderWayIsSeenAndCanBeCancelled)
+{
+    class StuckLog final : public SystemLog
+    {
+    public:
+        void write(QStringView) override { letGo.wait(); }
+        std::latch letGo {1};
+    };
+    makeCore();
+    StuckLog stuck;
+    QFile obstacle(folder.filePath(u"file"_s));
+    ASSERT_TRUE(obstacle.open(QFile::WriteOnly));
+    AuditLogStore store(folder.filePath(u"file/cannot-be"_s), {}, stuck);
+    store.append({.timestampMs = 1, .kind = u"stuck"_s}); // its failure gets stuck in the log
+    RecordOperations operations({.monitor = monitor(),
+                                 .audit = store,
+                                 .clock = clock,
+                                 .log = log,
+                                 .dataFolder = folder.path()});
+    RecordActions records({.record = operations,
+                           .prompts = prompts,
+                           .tasks = core->tasks(),
+                           .language = core->language(),
+                           .surface = [] { return SurfaceFacts(); }});
+    RecordPane recordPane(records);
+    recordPane.show();
+    const auto button = [&](const QString &text) {
+        QPushButton *found = nullptr;
+        for (auto *each : recordPane.findChildren<QPushButton *>()) {
+            found = each->text() == text ? each : found;
+        }
+        return found;
+    };
+    EXPECT_FALSE(button(u"Cancel"_s)->isVisible());
+    button(u"View last 7 days audit data"_s)->click();
+    EXPECT_TRUE(test::waitUntil([&] { return button(u"Cancel"_s)->isVisible(); }));
+    button(u"Cancel"_s)->click();
+    stuck.letGo.count_down();
+    EXPECT_TRUE(test::waitUntil([&] { return !button(u"Cancel"_s)->isVisible(); }));
+    EXPECT_TRUE(prompts.opened.isEmpty());
+    ASSERT_TRUE(test::waitUntil([this] { return core->tasks().running().isEmpty(); }));
 }
 
 TEST_F(AlwaysAllowWindowTest, RequestsAreDecidedWhileADialogIsOpen)

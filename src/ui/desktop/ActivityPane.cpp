@@ -49,9 +49,11 @@ ActivityPane::ActivityPane(const ApprovalBoard &board, QWidget *parent)
     m_table->setTabKeyNavigation(false);
     m_table->verticalHeader()->hide();
     m_table->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
-    m_table->horizontalHeader()->hide();
-    m_table->horizontalHeader()->setMinimumSectionSize(cellPadding);
-    m_table->horizontalHeader()->setStretchLastSection(true);
+    QHeaderView *header = m_table->horizontalHeader();
+    header->setHighlightSections(false);
+    header->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+    header->setMinimumSectionSize(cellPadding);
+    header->setStretchLastSection(true);
     m_stack->addWidget(m_table);
     m_stack->addWidget(m_empty);
     auto *layout = new QVBoxLayout(this);

@@ -13,7 +13,7 @@
 #include <QDateTime>
 #include <QDir>
 #include <QEvent>
-#include <QFormLayout>
+#include <QGridLayout>
 #include <QGuiApplication>
 #include <QLocale>
 
@@ -60,7 +60,7 @@ AlwaysAllowEntryPane::AlwaysAllowEntryPane(const AlwaysAllowInquiry::Collaborato
     , m_command(new CommandTextView(this))
     , m_note(new QLabel(this))
     , m_factsArea(new QWidget(this))
-    , m_facts(new QFormLayout(m_factsArea))
+    , m_facts(new QGridLayout(m_factsArea))
     , m_id(new ElidedLabel(m_factsArea))
     , m_places(new QLabel(m_factsArea))
     , m_lastAnswer(new QLabel(m_factsArea))
@@ -103,14 +103,16 @@ void AlwaysAllowEntryPane::build()
     m_summary->setAlignment(Qt::AlignCenter);
     m_places->setTextInteractionFlags(Qt::TextSelectableByMouse);
     m_facts->setContentsMargins({});
-    m_facts->setRowWrapPolicy(QFormLayout::WrapLongRows);
-    m_facts->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
     m_facts->setVerticalSpacing(4);
-    for (QWidget *field : {static_cast<QWidget *>(m_id), static_cast<QWidget *>(m_places),
-                           static_cast<QWidget *>(m_lastAnswer)}) {
+    m_facts->setColumnStretch(1, 1);
+    int row = 0;
+    for (QLabel *fact : std::initializer_list<QLabel *> {m_id, m_places, m_lastAnswer}) {
         auto *name = new QLabel(m_factsArea);
-        name->setAlignment(Qt::AlignLeft | Qt::AlignTop);
-        m_facts->addRow(name, field);
+        name->setBuddy(fact);
+        m_facts->addWidget(name, row, 0, Qt::AlignTop);
+        m_facts->addWidget(fact, row, 1);
+        m_names.append(name);
+        ++row;
     }
 
     auto *buttons = new QHBoxLayout;
@@ -298,13 +300,10 @@ void AlwaysAllowEntryPane::showButtons()
 
 void AlwaysAllowEntryPane::retranslate()
 {
-    const auto name = [this](QWidget *field, const QString &text) {
-        static_cast<QLabel *>(m_facts->labelForField(field))->setText(text);
-    };
     m_copyId->setText(tr("Copy ID"));
-    name(m_id, tr("ID:"));
-    name(m_places, tr("Registered in:"));
-    name(m_lastAnswer, tr("Last automatic answer:"));
+    m_names[0]->setText(tr("ID:"));
+    m_names[1]->setText(tr("Registered in:"));
+    m_names[2]->setText(tr("Last automatic answer:"));
     showSelected();
 }
 

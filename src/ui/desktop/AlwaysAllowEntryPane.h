@@ -10,7 +10,7 @@
 #include <QTimer>
 #include <QWidget>
 
-class QFormLayout;
+class QGridLayout;
 
 namespace bram
 {
@@ -65,7 +65,8 @@ private:
     CommandTextView *m_command;
     QLabel *m_note;
     QWidget *m_factsArea;
-    QFormLayout *m_facts;
+    QGridLayout *m_facts;
+    QList<QLabel *> m_names; ///< of the facts
     ElidedLabel *m_id;
     QLabel *m_places;
     QLabel *m_lastAnswer;

@@ -96,6 +96,7 @@ void AlwaysAllowListPane::build()
         label->setAlignment(Qt::AlignHCenter);
         label->setWordWrap(true);
     }
+    m_empty->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Ignored); // the table says how large
     m_emptyText->setFont(bold);
     auto *middle = new QVBoxLayout(m_empty);
     middle->addStretch(2);

@@ -6,11 +6,13 @@
 #include "ui/desktop/ActivityPane.h"
 #include "ui/desktop/AlwaysAllowEntryPane.h"
 #include "ui/desktop/AlwaysAllowListPane.h"
+#include "ui/desktop/BringToFront.h"
 #include "ui/desktop/RecordActions.h"
 #include "ui/desktop/RecordPane.h"
 
 #include <QBoxLayout>
 #include <QCloseEvent>
+#include <QScrollArea>
 #include <QShortcut>
 #include <QSplitter>
 
@@ -21,9 +23,10 @@ using namespace Qt::StringLiterals;
 
 namespace
 {
-constexpr QSize usualSize(940, 700);
+constexpr QSize usualSize(940, 740);
 constexpr int listWidth = 560;
-constexpr QSize smallestSize(440, 480);
+constexpr QSize smallestSize(360, 200);
+constexpr QSize smallestContent(380, 520);
 constexpr int roomForTwo = 700; ///< from this width on
 } // namespace
 
@@ -69,12 +72,23 @@ void AlwaysAllowWindow::build()
     rows->setStretchFactor(1, 1);
     rows->setHandleWidth(12);
 
+    auto *content = new QWidget(this);
+    content->setMinimumSize(smallestContent);
+    auto *column = new QVBoxLayout(content);
+    column->addWidget(m_record);
+    column->addWidget(m_actions);
+    column->addWidget(rows, 1);
+    // On a very small screen all of it moves.
+    auto *scrolled = new QScrollArea(this);
+    scrolled->setWidgetResizable(true);
+    scrolled->setFrameShape(QFrame::NoFrame);
+    scrolled->setFocusPolicy(Qt::NoFocus);
+    scrolled->setWidget(content);
     auto *layout = new QVBoxLayout(this);
-    layout->addWidget(m_record);
-    layout->addWidget(m_actions);
-    layout->addWidget(rows, 1);
+    layout->setContentsMargins({});
+    layout->addWidget(scrolled);
     setMinimumSize(smallestSize);
-    resize(usualSize);
+    resizeWithinScreen(*this, usualSize);
 }
 
 void AlwaysAllowWindow::followWishes()

@@ -2,6 +2,7 @@
 #include "ui/desktop/ReportWindow.h"
 
 #include "model/HonestDisplay.h"
+#include "ui/desktop/BringToFront.h"
 #include "ui/desktop/CommandTextView.h"
 #include "ui/desktop/ElidedLabel.h"
 
@@ -45,7 +46,7 @@ ReportWindow::ReportWindow(const QString &path, const QString &text,
     layout->addWidget(m_text, 1);
     layout->addLayout(buttons);
     setMinimumSize(smallestSize);
-    resize(firstSize);
+    resizeWithinScreen(*this, firstSize);
     connect(m_open, &QPushButton::clicked, this, [this] {
         m_otherProgram.answer(true);
         close();
