@@ -22,13 +22,22 @@ QString firstCharacters(const QString &text, qsizetype count)
     if (text.size() <= count) {
         return text;
     }
-    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
-    for (qsizetype i = 0; i < count; ++i) {
-        if (finder.toNextBoundary() < 0) {
-            return text;
+    // The finder goes through all it is given first, so it gets as much as may be needed, not a whole long text.
+    for (qsizetype window = 2 * count + 64;; window *= 2) {
+        const QString head = text.left(window);
+        QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, head);
+        qsizetype found = 0;
+        while (found < count && finder.toNextBoundary() >= 0) {
+            ++found;
+        }
+        // What follows the last unit may belong to the character before it, or be half of a surrogate pair.
+        if (found == count && finder.position() < head.size() - 1) {
+            return text.first(finder.position());
+        }
+        if (head.size() == text.size()) {
+            return found == count ? text.first(finder.position()) : text;
         }
     }
-    return text.first(finder.position());
 }
 
 qsizetype characterCount(const QString &text)

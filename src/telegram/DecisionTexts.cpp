@@ -25,6 +25,8 @@ constexpr std::array dataPrefixes {
 };
 
 constexpr auto commandName = "/approve"_L1;
+/// No message of Telegram's is longer.
+constexpr qsizetype maxCommandUnits = 4096;
 } // namespace
 
 QString callbackData(ApprovalDecision decision, const QString &approvalId)
@@ -54,6 +56,9 @@ QString approvalCommand(const QString &approvalId, ApprovalDecision decision)
 
 std::optional<WrittenDecision> parseApprovalCommand(const QString &text)
 {
+    if (text.size() > maxCommandUnits) {
+        return std::nullopt;
+    }
     static const QRegularExpression gaps(u"[ \\t\\r\\n]+"_s);
     const QStringList words = text.split(gaps, Qt::SkipEmptyParts);
     if (words.size() < 3 || words.at(0).toLower().section(u'@', 0, 0) != commandName) {

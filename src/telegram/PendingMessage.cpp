@@ -71,12 +71,10 @@ QString shortId(const QList<TelegramApprovalEntry> &listed, qsizetype index)
     const QString &id = listed.at(index).approvalId;
     const auto isUnique = [&](qsizetype characters) {
         const QString start = firstCharacters(id, characters);
-        return std::ranges::count_if(listed,
-                                     [&](const TelegramApprovalEntry &entry) {
-                                         return firstCharacters(entry.approvalId, characters)
-                                             == start;
-                                     })
-            == 1;
+        return std::ranges::none_of(listed, [&](const TelegramApprovalEntry &other) {
+            return &other != &listed.at(index)
+                && firstCharacters(other.approvalId, characters) == start;
+        });
     };
     for (qsizetype n = shortIdCharacters; n <= longestShortIdCharacters; ++n) {
         if (isUnique(n)) {
@@ -90,7 +88,8 @@ QString shortId(const QList<TelegramApprovalEntry> &listed, qsizetype index)
 
 bool hasButtons(const TelegramApprovalEntry &entry)
 {
-    return callbackData(ApprovalDecision::AllowAlways, entry.approvalId).toUtf8().size()
+    return entry.approvalId.size() <= maxCallbackDataBytes
+        && callbackData(ApprovalDecision::AllowAlways, entry.approvalId).toUtf8().size()
         <= maxCallbackDataBytes;
 }
 

@@ -81,9 +81,12 @@ void TelegramChat::say(const QString &text)
 
 bool TelegramChat::showsOutdated(const QString &approvalId) const
 {
-    const auto *shown = find(m_shown, approvalId);
     const auto *wanted = find(m_wanted, approvalId);
-    return shown != nullptr && wanted != nullptr && *shown != *wanted;
+    const auto isOlder = [&](const TelegramApprovalEntry &entry) {
+        return entry.approvalId == approvalId && entry != *wanted;
+    };
+    return wanted != nullptr
+        && (std::ranges::any_of(m_shown, isOlder) || std::ranges::any_of(m_perhapsShown, isOlder));
 }
 
 void TelegramChat::stop()
@@ -150,6 +153,7 @@ TelegramChat::upsertPendingMessage(QPointer<TelegramChat> self,
     if (const auto keyboard = keyboardFor(entries, self->m_mode)) {
         payload.insert(u"reply_markup"_s, *keyboard);
     }
+    self->rememberAttempt(entries);
     const auto former = self->m_messageId;
     bool isFormerGone = !former;
     if (former) {
@@ -207,6 +211,7 @@ QCoro::Task<std::optional<BridgeError>> TelegramChat::retireMessage(QPointer<Tel
     }
     self->m_messageId.reset();
     self->m_shown.clear();
+    self->m_perhapsShown.clear();
     self->m_wasEmptied = self->m_wanted.isEmpty();
     co_return std::nullopt;
 }
@@ -225,6 +230,18 @@ QCoro::Task<> TelegramChat::sendReply(QPointer<TelegramChat> self, QString text)
     self->next();
 }
 
+void TelegramChat::rememberAttempt(const QList<TelegramApprovalEntry> &entries)
+{
+    m_perhapsShown.removeIf([this](const TelegramApprovalEntry &entry) {
+        return find(m_wanted, entry.approvalId) == nullptr;
+    });
+    for (const TelegramApprovalEntry &entry : entries) {
+        if (!m_perhapsShown.contains(entry)) {
+            m_perhapsShown.append(entry);
+        }
+    }
+}
+
 void TelegramChat::onUpdated(const QList<TelegramApprovalEntry> &entries,
                              const std::optional<BridgeError> &error)
 {
@@ -239,6 +256,7 @@ void TelegramChat::onUpdated(const QList<TelegramApprovalEntry> &entries,
         postpone(*error);
     } else {
         m_shown = entries;
+        m_perhapsShown.clear();
         m_failures = 0;
         m_updatesFrom = QDeadlineTimer(updateInterval);
         // An answer without a message id leaves nothing to edit; sending again and again would fill the chat.

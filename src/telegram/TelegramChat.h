@@ -45,7 +45,7 @@ public:
     /// A message of its own, once; dropped when it cannot be sent.
     void say(const QString &text);
 
-    /// Whether the status message still shows this request as it is no longer: whoever decides it from
+    /// Whether the status message may still show this request as it is no longer: whoever decides it from
     /// there has read something else.
     bool showsOutdated(const QString &approvalId) const;
 
@@ -60,6 +60,7 @@ private:
     upsertPendingMessage(QPointer<TelegramChat> self, QList<TelegramApprovalEntry> entries);
     static QCoro::Task<std::optional<BridgeError>> retireMessage(QPointer<TelegramChat> self);
     static QCoro::Task<> sendReply(QPointer<TelegramChat> self, QString text);
+    void rememberAttempt(const QList<TelegramApprovalEntry> &entries);
     void onUpdated(const QList<TelegramApprovalEntry> &entries,
                    const std::optional<BridgeError> &error);
     void postpone(const BridgeError &error);
@@ -70,7 +71,8 @@ private:
     QList<TelegramApprovalEntry> m_wanted;
     bool m_wasEmptied = false; ///< since the status message was sent
     std::optional<qint64> m_messageId; ///< of the status message
-    QList<TelegramApprovalEntry> m_shown; ///< in it
+    QList<TelegramApprovalEntry> m_shown; ///< in it, as its last confirmed change has it
+    QList<TelegramApprovalEntry> m_perhapsShown; ///< by changes that are not confirmed (yet)
     QQueue<QString> m_replies; ///< not sent yet
     bool m_isCalling = false;
     bool m_isRefused = false; ///< until the next list, because another try would end alike

@@ -10,6 +10,7 @@
 
 #include <QLocale>
 #include <QSet>
+#include <QTextBoundaryFinder>
 
 #include <gtest/gtest.h>
 
@@ -135,6 +136,26 @@ TEST(TextRules, TrimmedOrAbsent)
     EXPECT_EQ(trimmedOrAbsent(QString()), std::nullopt);
     EXPECT_EQ(trimmedOrAbsent(std::optional<QString>()), std::nullopt);
     EXPECT_EQ(trimmedOrAbsent(std::optional(u" a "_s)), u"a"_s);
+}
+
+TEST(TextRules, ALongTextIsCutWhereAShortOneIs)
+{
+    // Characters of one to eight units, so that each kind stands where the text is looked at in parts.
+    const QStringList kinds {u"a"_s,
+                             u"e\u0301\u0302"_s,
+                             u"\U0001D157\U0001D165"_s,
+                             u"\U0001F1E9\U0001F1EA"_s,
+                             u"\U0001F469\u200D\U0001F467"_s,
+                             u"\u1112\u1161\u11AB"_s};
+    QString text;
+    for (int i = 0; i < 300; ++i) {
+        text += kinds.at(i * 7 % kinds.size()) + (i % 11 == 0 ? QString(90, u'\u0301') : QString());
+    }
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
+    for (qsizetype count = 0; count < 290; ++count) {
+        ASSERT_EQ(firstCharacters(text, count), text.first(finder.position())) << count;
+        finder.toNextBoundary();
+    }
 }
 
 TEST(TextRules, CountsWhatAReaderCounts)

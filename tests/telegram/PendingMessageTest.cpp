@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "telegram/PendingMessage.h"
 
+#include <QElapsedTimer>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QSet>
@@ -107,6 +108,12 @@ TEST(PendingMessage, WorstEntriesFitAndAreListedWhole)
         EXPECT_TRUE(text.contains(u"\n... and %1 more"_s.arg(12 - listed)));
         EXPECT_EQ(text.count(u"⟨"_s), text.count(u"⟩"_s));
     }
+    // However long a request is, showing it takes no time.
+    const QString huge(20'000'000, u'x');
+    QElapsedTimer timer;
+    timer.start();
+    EXPECT_EQ(listedCount(Entries(8, {huge, huge, huge}), polling), 8);
+    EXPECT_LT(timer.elapsed(), 1000);
     Entries combining = numbered(9, u"e"_s + QString(4000, u'\u0301'));
     EXPECT_LT(renderPendingText(combining, polling).size(), 4096);
     EXPECT_EQ(listedCount(combining, polling), 8);

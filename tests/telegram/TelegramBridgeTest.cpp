@@ -223,6 +223,7 @@ TEST_F(TelegramBridgeTest, CommandsDecideOnlyInTheirSendersOwnWords)
     EXPECT_EQ(decisions.constLast().decision, ApprovalDecision::Deny);
 
     // A message with keys cannot be edited: the new one takes its place.
+    ASSERT_TRUE(waitLastText(unbound, u"a2"_s));
     const qint64 first = statusMessage(unbound);
     bridge->updatePending({entry(u"a3"_s)});
     ASSERT_TRUE(waitLastText(unbound, u"a3"_s));
