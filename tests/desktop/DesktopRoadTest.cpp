@@ -153,7 +153,7 @@ TEST_F(DesktopRoad, popupNotificationAndMenuEachTakeADecisionToTheGateway)
     ASSERT_TRUE(popupIsThere());
     ASSERT_TRUE(popupGoesBy([] { key(u"Escape"_s); }));
     EXPECT_TRUE(tray.itemProperty(u"ToolTip"_s).isValid());
-    ASSERT_TRUE(tray.click({u"Pending approvals (1)"_s, u"_main: echo a__b & c"_s, u"Deny"_s}));
+    ASSERT_TRUE(tray.click({u"Pending approvals (1)"_s, u"main: echo a__b & c"_s, u"Deny"_s}));
     ASSERT_TRUE(gateway->says(u"decision menu-4 deny accepted"_s));
     EXPECT_TRUE(waitUntil(
         [&] { return tray.labels({u"Pending approvals"_s}).contains(u"No pending approvals"_s); }));

@@ -33,9 +33,22 @@ QString menuLabel(const QString &text, MenuDrawing drawing)
     if (drawing == MenuDrawing::OwnWindow) {
         return label.replace(u'&', u"&&"_s);
     }
-    label.replace(u'_', u"__"_s);
-    // The one that is turned into a mark is an extra one, before the first letter.
-    return label.contains(u'&') ? u'&' + label : label;
+    const qsizetype ampersand = label.indexOf(u'&');
+    const qsizetype underscore = label.indexOf(u'_');
+    if (ampersand < 0 || underscore < 0) {
+        label.replace(u'_', u"__"_s);
+        // The one that is turned into a mark is an extra one, before the first letter.
+        return ampersand < 0 ? label : u'&' + label;
+    }
+    if (underscore < ampersand) {
+        // Turned into "_", it makes a pair with the one that is there, and is no mark.
+        label.replace(u'_', u"__"_s);
+        label[underscore] = u'&';
+        return label;
+    }
+    // Panels of GTK read a label with a mark twice, so that a pair would be a mark in the second reading, and
+    // disappear. Others read once and show each underscore doubled here, which hides nothing.
+    return u'&' + label.replace(u'_', u"____"_s);
 }
 
 QString shortenedCommand(const QString &command)

@@ -17,7 +17,8 @@ enum class MenuDrawing {
     ///< side turns the first "&" of a label into one
 };
 
-/// The label that is shown as exactly `text`: no character of it disappears or underlines its neighbour.
+/// The label that is shown as exactly `text`: no character of it disappears or underlines its neighbour. But a
+/// panel of another toolkit than GTK shows "_" doubled in a text with an "&" before it.
 QString menuLabel(const QString &text, MenuDrawing drawing);
 
 /// A command on one row: its first line, honestly, at most 60 characters; "…" where something is left out.
