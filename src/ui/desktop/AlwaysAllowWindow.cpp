@@ -9,10 +9,10 @@
 #include "ui/desktop/BringToFront.h"
 #include "ui/desktop/RecordActions.h"
 #include "ui/desktop/RecordPane.h"
+#include "ui/desktop/ScrolledContent.h"
 
 #include <QBoxLayout>
 #include <QCloseEvent>
-#include <QScrollArea>
 #include <QShortcut>
 #include <QSplitter>
 
@@ -78,15 +78,9 @@ void AlwaysAllowWindow::build()
     column->addWidget(m_record);
     column->addWidget(m_actions);
     column->addWidget(rows, 1);
-    // On a very small screen all of it moves.
-    auto *scrolled = new QScrollArea(this);
-    scrolled->setWidgetResizable(true);
-    scrolled->setFrameShape(QFrame::NoFrame);
-    scrolled->setFocusPolicy(Qt::NoFocus);
-    scrolled->setWidget(content);
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins({});
-    layout->addWidget(scrolled);
+    layout->addWidget(new ScrolledContent(content, this)); // for a very small screen
     setMinimumSize(smallestSize);
     resizeWithinScreen(*this, usualSize);
 }
