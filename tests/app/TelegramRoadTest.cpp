@@ -253,10 +253,38 @@ TEST_F(TelegramRoad, WhoMayNotDecideChangesNothing)
             && audit.readAll().contains("chat=-501 sender=id 7001, @operator, Operator");
     }));
 
-    // A gateway that refuses the token locks what chats may do.
+    // While a gateway refuses our token, chats decide nothing. Between two attempts, that is: the lock is
+    // released for a moment with each of them.
+    button(u"deny:nobodys"_s);
     gateway->kill();
-    gateway = startGateway(u"request more main ls\nreject unauthorized: token\nwait-client\n"_s,
-                           {u"--token"_s, u"other"_s});
-    ASSERT_TRUE(bram->complains(u"unauthorized disconnect count=1"_s));
+    gateway = startGateway(u"request later main ls\n"_s, {u"--token"_s, u"other"_s});
+    for (int count = 1; count <= 3; ++count) {
+        ASSERT_TRUE(bram->complains(u"unauthorized disconnect count=%1"_s.arg(count)));
+    }
+    bot.say(chat, u"/approve nobodys deny"_s);
+    ASSERT_TRUE(bram->complains(u"decision blocked by remote lock chat=-501 reason="_s));
+    EXPECT_FALSE(gateway->output().contains(u"decision "_s));
     expectNoTokenAnywhere(*bram);
+}
+
+TEST_F(TelegramRoad, PracticeHasAChatOfItsOwn)
+{
+    configure();
+    environment.insert(u"BRACKWEN_TELEGRAM_BOT_TOKEN"_s, token);
+    auto bram = startBram({u"--practice"_s, u"--terminal"_s});
+    ASSERT_TRUE(bram->says(u"Request #1"_s));
+    ASSERT_TRUE(bram->says(u"| git status"_s));
+    ASSERT_TRUE(waitUntil([&] {
+        bram->send(u"chat"_s);
+        return bram->output().contains(u"2) [거부"_s);
+    }));
+    bram->send(u"chat press 2"_s);
+    ASSERT_TRUE(waitUntil([&] { // in either order
+        return bram->output().contains(u"The chat answers: 거부 요청 전송됨"_s)
+            && bram->output().contains(u"#1 denied."_s);
+    }));
+    bram->closeInput();
+    EXPECT_EQ(bram->ends(), 0);
+    EXPECT_TRUE(bot.calls().isEmpty()) << "the operator's own bot was spoken to";
+    EXPECT_EQ(placesOfToken(*bram), QStringList());
 }

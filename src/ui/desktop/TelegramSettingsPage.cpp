@@ -41,6 +41,9 @@ void TelegramSettingsPage::buildStatus()
         label->setTextFormat(Qt::PlainText);
         label->setWordWrap(true);
         label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+        QSizePolicy policy(QSizePolicy::MinimumExpanding, QSizePolicy::Minimum);
+        policy.setHeightForWidth(true);
+        label->setSizePolicy(policy);
         addRow(label);
     }
     m_hints = addNote();
@@ -53,6 +56,7 @@ void TelegramSettingsPage::buildToken()
     m_token->setContextMenuPolicy(Qt::NoContextMenu);
     addRow(m_token);
     auto *buttons = new QHBoxLayout;
+    buttons->setSpacing(8);
     for (QPushButton *button : {m_store, m_remove, m_useEnvironment, m_reload}) {
         button->setAutoDefault(false);
         buttons->addWidget(button);
