@@ -1944,6 +1944,10 @@ The request is still pending and can be decided again.</source>
         <source>Audit/Diagnostics</source>
         <translation>감사/진단</translation>
     </message>
+    <message>
+        <source>Cancel Report or Bundle</source>
+        <translation>리포트/번들 작업 취소</translation>
+    </message>
 </context>
 <context>
     <name>bram::RecordOperations</name>

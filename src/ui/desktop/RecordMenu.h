@@ -35,6 +35,7 @@ private:
     QAction m_save;
     QAction m_view;
     QAction m_bundle;
+    QAction m_cancel;
 };
 
 } // namespace bram
