@@ -9,6 +9,7 @@
 #include "ui/desktop/ReportWindow.h"
 
 #include <QApplication>
+#include <QCursor>
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
@@ -16,6 +17,7 @@
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QScreen>
 #include <QWindow>
 
 #include <utility>
@@ -57,6 +59,21 @@ void widen(const QMessageBox &box)
         grid->addItem(new QSpacerItem(boxWidth, 0, QSizePolicy::Minimum, QSizePolicy::Fixed),
                       grid->rowCount(), 0, 1, grid->columnCount());
     }
+}
+
+/// In the upper part of the screen: the popup comes in the middle, above every other window, and would cover a
+/// box there.
+void placeClearOfPopup(QDialog &box)
+{
+    constexpr int partAbove = 8;
+    const QWidget *active = QApplication::activeWindow();
+    const QScreen *atPointer = QGuiApplication::screenAt(QCursor::pos());
+    const QScreen *screen = active != nullptr ? active->screen()
+        : atPointer != nullptr                ? atPointer
+                                              : QGuiApplication::primaryScreen();
+    const QRect area = screen->availableGeometry();
+    box.move(area.center().x() - box.sizeHint().width() / 2,
+             area.top() + area.height() / partAbove);
 }
 
 /// In the order given, which the platform's own order of roles would not keep. The harmless one is what
@@ -289,6 +306,9 @@ void DesktopPrompts::showNext()
     m_open->setAttribute(Qt::WA_QuitOnClose, false);
     m_open->setModal(false);
     keepAbove(*m_open, QApplication::activeWindow());
+    if (qobject_cast<QMessageBox *>(m_open) != nullptr) {
+        placeClearOfPopup(*m_open);
+    }
     connect(m_open, &QObject::destroyed, this, [this] {
         if (!m_isStopped) {
             showNext();
