@@ -44,6 +44,13 @@ protected:
 
     ~AlwaysAllowWindowTest() override
     {
+        // The last operation may still be about to tell how it ended.
+        const auto isTelling = [this] {
+            const QStringList running = core->tasks().running();
+            return running.contains(u"list manager"_s) || running.contains(u"weekly report"_s)
+                || running.contains(u"diagnostics bundle"_s);
+        };
+        EXPECT_TRUE(!core || test::waitUntil([&] { return !isTelling(); }));
         presenter.reset();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
