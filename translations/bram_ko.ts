@@ -2069,21 +2069,6 @@ Result, if there is one: %1</source>
     </message>
 </context>
 <context>
-    <name>bram::ReportWindow</name>
-    <message>
-        <source>Weekly audit report</source>
-        <translation>주간 감사 리포트</translation>
-    </message>
-    <message>
-        <source>Open with Another Program</source>
-        <translation>다른 프로그램으로 열기</translation>
-    </message>
-    <message>
-        <source>Close</source>
-        <translation>닫기</translation>
-    </message>
-</context>
-<context>
     <name>bram::RequestDetailsWindow</name>
     <message>
         <source>Request details</source>

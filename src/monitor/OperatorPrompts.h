@@ -61,8 +61,8 @@ public:
     virtual QCoro::Task<qsizetype> ask(Question question) = 0;
     /// An absolute path, or nothing when the operator has chosen none.
     virtual QCoro::Task<std::optional<QString>> askForFile(FileQuestion question) = 0;
-    /// Lets the operator read a text file that was written for them: in a window, or by saying where it is where
-    /// there is no desktop. False when that failed.
+    /// Lets the operator read a text file that was written for them: in the desktop's program for it, or by saying
+    /// where it is where there is no desktop. False when that failed.
     virtual QCoro::Task<bool> openFile(QString path) = 0;
 };
 

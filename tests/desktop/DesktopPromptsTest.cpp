@@ -3,7 +3,6 @@
 #include "support/Waiting.h"
 #include "system/FileOpener.h"
 #include "system/Preferences.h"
-#include "ui/desktop/ReportWindow.h"
 
 #include <QApplication>
 #include <QFile>
@@ -35,13 +34,11 @@ QCoro::Task<> keep(QCoro::Task<T> task, std::optional<T> *answer)
 class NoProgram final : public FileOpener
 {
 public:
-    Reply<FileOpened> open(const QString &path) override
+    Reply<FileOpened> open(const QString &) override
     {
-        asked.append(path);
         const ReplySource<FileOpened> source(std::unexpected(Error {u"no program"_s}));
         return source.reply();
     }
-    QStringList asked;
 };
 
 class DesktopPromptsTest : public testing::Test
@@ -244,37 +241,6 @@ TEST_F(DesktopPromptsTest, endsWhileAFileDialogWarns)
     EXPECT_TRUE(hasWarned);
     ASSERT_TRUE(waitUntil([&] { return answer.has_value(); }));
     EXPECT_EQ(*answer, std::nullopt);
-}
-
-TEST_F(DesktopPromptsTest, aReportIsReadAsPlainTextAndByAnotherProgramOnlyWhenWanted)
-{
-    std::optional<bool> absent;
-    const auto taskAbsent = keep(prompts.openFile(folder.filePath(u"absent.md"_s)), &absent);
-    ASSERT_TRUE(waitUntil([&] { return absent.has_value(); }));
-    EXPECT_FALSE(*absent);
-
-    const QString path = folder.filePath(u"report.md"_s);
-    QFile file(path);
-    ASSERT_TRUE(file.open(QFile::WriteOnly));
-    file.write("# Report\n\n| <b>rm</b> a\u202eb | x |\n");
-    file.close();
-    for (const bool byButton : {false, true}) {
-        std::optional<bool> opened;
-        const auto task = keep(prompts.openFile(path), &opened);
-        auto *window = shown<ReportWindow>();
-        EXPECT_EQ(window->findChild<QPlainTextEdit *>()->toPlainText(),
-                  u"# Report\n\n| <b>rm</b> a⟨U+202E⟩b | x |\n"_s);
-        EXPECT_FALSE(opened.has_value());
-        if (byButton) {
-            window->findChildren<QPushButton *>().constFirst()->click();
-        } else {
-            QTest::keyClick(window, Qt::Key_Escape);
-        }
-        ASSERT_TRUE(waitUntil([&] { return opened.has_value(); }));
-        EXPECT_EQ(*opened, !byButton) << "there is no program for it here";
-        EXPECT_EQ(opener.asked, byButton ? QStringList {path} : QStringList());
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    }
 }
 
 } // namespace

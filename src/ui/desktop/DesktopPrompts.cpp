@@ -6,7 +6,6 @@
 #include "system/Files.h"
 #include "system/Preferences.h"
 #include "ui/desktop/BringToFront.h"
-#include "ui/desktop/ReportWindow.h"
 
 #include <QApplication>
 #include <QCursor>
@@ -29,7 +28,6 @@ using namespace Qt::StringLiterals;
 
 namespace
 {
-constexpr qint64 largestReport = 16 * 1024 * 1024;
 constexpr int boxWidth = 380;
 constexpr auto positionProperty = "bramPosition"; ///< of a button: which answer it is
 
@@ -240,38 +238,14 @@ Reply<std::optional<QString>> DesktopPrompts::open(const FileQuestion &question)
 
 QCoro::Task<bool> DesktopPrompts::openFile(QString path)
 {
-    using Content = std::expected<QByteArray, Error>;
-    const QPointer self(this);
-    std::function<Content()> work = [path] { return readRegularFile(path, largestReport); };
-    Content none = std::unexpected(Error {});
-    const Content content = co_await m_reader.run<Content>(std::move(none), std::move(work));
-    if (!self || self->m_isStopped || !content) {
-        co_return false;
-    }
-    const QString text = QString::fromUtf8(*content);
-    Reply<bool> wish = self->showReport(path, text);
-    const bool wantsProgram = co_await wish;
-    if (!self || !wantsProgram) {
-        co_return true;
-    }
-    const FileOpened opened = co_await self->m_opener.open(path);
+    const FileOpened opened = co_await m_opener.open(path);
     co_return opened.has_value();
-}
-
-Reply<bool> DesktopPrompts::showReport(const QString &path, const QString &text)
-{
-    const ReplySource<bool> wish(false);
-    delete m_report;
-    m_report = new ReportWindow(path, text, wish); // goes when it is closed
-    bringToFront(*m_report);
-    return wish.reply();
 }
 
 void DesktopPrompts::stop()
 {
     m_isStopped = true;
     m_waiting.clear(); // their sources answer by going
-    delete m_report;
     if (m_open == nullptr) {
         return;
     }

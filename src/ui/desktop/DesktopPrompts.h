@@ -3,7 +3,6 @@
 
 #include "monitor/OperatorPrompts.h"
 #include "system/Reply.h"
-#include "system/Worker.h"
 
 #include <QDialog>
 #include <QObject>
@@ -18,7 +17,6 @@ namespace bram
 
 class FileOpener;
 class Preferences;
-class ReportWindow;
 
 /// Tells and asks the operator in dialogs, one at a time. None of them is modal: requests go on arriving
 /// and can be decided while one is open.
@@ -46,8 +44,6 @@ private:
     Reply<bool> open(const Alert &alert);
     Reply<qsizetype> open(const Question &question);
     Reply<std::optional<QString>> open(const FileQuestion &question);
-    /// Whether the operator wants another program for it; answered at the latest when the window goes.
-    Reply<bool> showReport(const QString &path, const QString &text);
     void enqueue(MakeDialog make);
     void showNext();
     QString lastFolder(const QString &operation) const;
@@ -57,9 +53,7 @@ private:
     FileOpener &m_opener;
     std::deque<MakeDialog> m_waiting;
     QPointer<QDialog> m_open;
-    QPointer<ReportWindow> m_report; ///< the one opened last
     bool m_isStopped = false;
-    Worker m_reader;
 };
 
 } // namespace bram
