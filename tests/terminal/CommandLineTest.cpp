@@ -85,6 +85,8 @@ TEST(CommandLine, SaysOnOneShortLineWhatIsWrong)
     const std::pair<QString, QString> rows[] = {
         {u"allow"_s, u"Unknown command: allow (try `help`)"_s},
         // The token is not repeated.
+        {u"123456789:Token-in-the-test_which-is-42"_s,
+         u"Unknown command: [REDACTED_BOT_TOKEN] (try `help`)"_s},
         {u"telegram token set 123456789:Token-in-the-test_which-is-42"_s,
          u"Write it so: telegram status|reload, telegram token set|clear|source, telegram token "
          u"source environment|keyring. The token itself is asked for."_s},

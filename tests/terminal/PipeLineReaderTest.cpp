@@ -7,6 +7,8 @@
 
 #include <gmock/gmock.h>
 
+#include <termios.h>
+
 using namespace bram;
 using namespace bram::test;
 using namespace Qt::StringLiterals;
@@ -131,4 +133,25 @@ TEST(PipeLineReader, ReadsFilesAndNothingAtAll)
     ASSERT_EQ(reading.delivered.size(), 3000U);
     EXPECT_TRUE(reading.delivered.front().ends_with("@7"));
     EXPECT_TRUE(reading.delivered.back().ends_with("@7"));
+}
+
+TEST(PipeLineReader, ATerminalThatEditsByItselfDoesNotShowASecret)
+{
+    const Terminal terminal(40);
+    const auto echoes = [&] {
+        termios settings {};
+        tcgetattr(terminal.inner(), &settings);
+        return (settings.c_lflag & ECHO) != 0;
+    };
+    ASSERT_TRUE(echoes());
+    {
+        PipeLineReader reader(terminal.inner(), PipeLineReader::LineStart::AtPreviousEnd);
+        reader.hideInput(true);
+        EXPECT_FALSE(echoes());
+        reader.hideInput(true);
+        reader.hideInput(false);
+        EXPECT_TRUE(echoes());
+        reader.hideInput(true);
+    }
+    EXPECT_TRUE(echoes()) << "the program may end in the middle";
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ui/terminal/CommandLine.h"
 
+#include "audit/Redaction.h"
 #include "model/TextRules.h"
 #include "ui/terminal/TerminalTr.h"
 
@@ -238,7 +239,9 @@ std::expected<TerminalCommand, Error> parseCommandLine(QStringView line)
             ? fault(TerminalTr::tr("Say where to: %1 %2").arg(word, file->after.toString()))
             : Parsed(FileCommand {file->purpose, rest});
     }
-    return fault(TerminalTr::tr("Unknown command: %1 (try `help`)").arg(beginningOfTyped(word)));
+    // Somebody may have typed the token where a command belongs.
+    return fault(
+        TerminalTr::tr("Unknown command: %1 (try `help`)").arg(beginningOfTyped(redacted(word))));
 }
 
 } // namespace bram

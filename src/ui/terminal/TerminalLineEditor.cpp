@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ui/terminal/TerminalLineEditor.h"
 
+#include "monitor/TelegramTokens.h"
 #include "ui/terminal/TerminalOutput.h"
 
 #include <QString>
@@ -236,7 +237,8 @@ void TerminalLineEditor::edit(wchar_t character)
 void TerminalLineEditor::finishLine(const wchar_t *text, int length)
 {
     const std::wstring line(text, size_t(length));
-    if (!line.empty()) {
+    // A token that was pasted before it was asked for stands on the screen; it shall not come back.
+    if (!line.empty() && !looksLikeTelegramBotToken(QString::fromStdWString(line).trimmed())) {
         HistEventW event {};
         history_w(m_history.get(), &event, H_ENTER, line.c_str());
     }
