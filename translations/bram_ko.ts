@@ -1497,6 +1497,18 @@ Security Critical: %4</source>
         <source>CAUTION: %1 of them show another command than the one that they allow: %2</source>
         <translation>주의: %1개 항목은 실제로 허용하는 명령과 다른 명령을 표시합니다: %2</translation>
     </message>
+    <message>
+        <source>ID: %1</source>
+        <translation>ID: %1</translation>
+    </message>
+    <message>
+        <source>To delete from the Brackwen list only keeps a command allowed: one that the app list does not have yet goes into it.</source>
+        <translation>브랙웬 등록목록에서만 삭제하면 명령은 계속 허용됩니다. 앱 목록에 아직 없는 항목은 앱 목록에 추가됩니다.</translation>
+    </message>
+    <message>
+        <source>Shown entries: %1. Not in the app list yet: %2.</source>
+        <translation>표시된 항목: %1개. 앱 목록에 아직 없는 항목: %2개.</translation>
+    </message>
 </context>
 <context>
     <name>bram::AlwaysAllowWindow</name>

@@ -2,6 +2,7 @@
 #include "monitor/AlwaysAllowOperations.h"
 
 #include "allowlist/ExecApprovalsEdit.h"
+#include "model/TextRules.h"
 #include "monitor/ApprovalMonitor.h"
 #include "monitor/OperatorPrompts.h"
 #include "system/Clock.h"
@@ -18,12 +19,33 @@ namespace
 {
 /// Buttons of the questions with three choices and a way out.
 constexpr qsizetype cancelChoice = 3;
+constexpr qsizetype namedCharacters = 60; ///< of a command, to know it again
 
 /// What the activity feed says of an entry: never an argument of its command.
 QString entryDetail(const AlwaysAllowEntry &entry)
 {
     const QString preview = recordedPreview(entry.command);
     return preview.isEmpty() ? entry.digest.left(12) + u"…"_s : preview;
+}
+
+/// What a question about the entries says of them beside how many they are.
+QStringList notesOn(const QList<AlwaysAllowEntry> &entries)
+{
+    QStringList notes;
+    if (entries.size() == 1) {
+        const AlwaysAllowEntry &entry = entries.constFirst();
+        const QString beginning = firstCharacters(entry.command, namedCharacters);
+        notes.append(entry.command.isEmpty()
+                         ? AlwaysAllowOperations::tr("ID: %1").arg(entry.digest)
+                         : beginning + (beginning.size() < entry.command.size() ? u"…"_s : u""_s));
+    }
+    if (std::ranges::count(entries, AlwaysAllowSource::BrackwenOnly, &AlwaysAllowEntry::source)
+        > 0) {
+        notes.append(AlwaysAllowOperations::tr(
+            "To delete from the Brackwen list only keeps a command allowed: one that the app list "
+            "does not have yet goes into it."));
+    }
+    return notes;
 }
 
 /// How many of the entries the list holds.
@@ -102,9 +124,10 @@ QCoro::Task<bool> AlwaysAllowOperations::promptAndClear(OperatorPrompts &prompts
     return askingAndClearing(this, &prompts);
 }
 
-QCoro::Task<bool> AlwaysAllowOperations::addAllToAppList(OperatorPrompts &prompts)
+QCoro::Task<bool> AlwaysAllowOperations::addAllToAppList(OperatorPrompts &prompts,
+                                                         QList<AlwaysAllowEntry> shown)
 {
-    return addingAll(this, &prompts);
+    return addingAll(this, &prompts, std::move(shown));
 }
 
 QCoro::Task<bool> AlwaysAllowOperations::registerToBrackwen(OperatorPrompts &prompts)
@@ -201,7 +224,8 @@ QCoro::Task<bool> AlwaysAllowOperations::askingAndRemoving(Self self, OperatorPr
                              .buttons = {tr("Delete from app list only"),
                                          tr("Delete from Brackwen list only"),
                                          tr("Delete from both app and Brackwen"), tr("Cancel")},
-                             .harmless = cancelChoice};
+                             .harmless = cancelChoice,
+                             .notes = notesOn(chosen)};
     const auto choice = co_await prompts->ask(question);
     if (!self || choice >= cancelChoice) {
         co_return false;
@@ -324,13 +348,17 @@ QCoro::Task<bool> AlwaysAllowOperations::clearingLists(Self self, Target target)
     co_return isChanged;
 }
 
-QCoro::Task<bool> AlwaysAllowOperations::addingAll(Self self, OperatorPrompts *prompts)
+QCoro::Task<bool> AlwaysAllowOperations::addingAll(Self self, OperatorPrompts *prompts,
+                                                   QList<AlwaysAllowEntry> shown)
 {
-    const QList<AlwaysAllowEntry> shown = self->m_collaborators.list.entries();
+    const auto newCount = shown.size() - countIn(Target::App, shown);
+    const QString note
+        = tr("Shown entries: %1. Not in the app list yet: %2.").arg(shown.size()).arg(newCount);
     const Question question {.title = tr("Confirm registration"),
                              .text = tr("Register the All approval list to the app list?"),
                              .buttons = {tr("Register"), tr("Cancel")},
-                             .harmless = 1};
+                             .harmless = 1,
+                             .notes = {note}};
     const auto choice = co_await prompts->ask(question);
     if (!self || choice != 0) {
         co_return false;
@@ -367,7 +395,8 @@ QCoro::Task<bool> AlwaysAllowOperations::registering(Self self, OperatorPrompts 
     if (!self || choice != 0) {
         co_return false;
     }
-    const QStringList current = concreteCommands(list.entries());
+    const QStringList now = concreteCommands(list.entries());
+    const QSet<QString> current(now.cbegin(), now.cend());
     commands.removeIf([&current](const QString &command) { return !current.contains(command); });
     const bool isChanged = co_await list.registerAtBrackwen(commands);
     if (!self) {

@@ -64,7 +64,8 @@ public:
     /// Asks for confirmation where the platform's entries go.
     QCoro::Task<bool> clear(OperatorPrompts &prompts, Target target);
     QCoro::Task<bool> promptAndClear(OperatorPrompts &prompts);
-    QCoro::Task<bool> addAllToAppList(OperatorPrompts &prompts);
+    /// Adds the entries that the operator has before their eyes, and none that a search keeps from them.
+    QCoro::Task<bool> addAllToAppList(OperatorPrompts &prompts, QList<AlwaysAllowEntry> shown);
     QCoro::Task<bool> registerToBrackwen(OperatorPrompts &prompts);
 
     // Backups. False when no file was chosen, or it was of no use: the operator has been told.
@@ -86,7 +87,8 @@ private:
     static QCoro::Task<> askingAndReloading(Self self, OperatorPrompts *prompts);
     static QCoro::Task<bool> clearing(Self self, OperatorPrompts *prompts, Target target);
     static QCoro::Task<bool> askingAndClearing(Self self, OperatorPrompts *prompts);
-    static QCoro::Task<bool> addingAll(Self self, OperatorPrompts *prompts);
+    static QCoro::Task<bool> addingAll(Self self, OperatorPrompts *prompts,
+                                       QList<AlwaysAllowEntry> shown);
     static QCoro::Task<bool> registering(Self self, OperatorPrompts *prompts);
     static QCoro::Task<bool> choosingAndBackingUp(Self self, OperatorPrompts *prompts);
     static QCoro::Task<bool> backingUp(Self self, OperatorPrompts *prompts, QString path);

@@ -26,6 +26,8 @@ struct Question {
     QString text;
     QStringList buttons;
     qsizetype harmless = 0;
+    /// What the question is about, below the text and each on a line of its own. May be from outside.
+    QStringList notes {};
 };
 
 /// Which file or folder an operation is about.

@@ -319,6 +319,14 @@ TEST_F(AlwaysAllowWindowTest, WhatASearchHidesIsNotSelected)
     searchField().clear();
     EXPECT_EQ(selected(), QStringList {u"apt list"_s}) << "what was out of view does not come back";
     table().clearSelection();
+    searchField().setText(u"cat"_s);
+    prompts.answers = {0};
+    push(u"Add All approval list to app list"_s);
+    ASSERT_TRUE(test::waitUntil([this] { return !prompts.alerts.isEmpty(); }));
+    EXPECT_TRUE(core->alwaysAllow().list().verdict(u"cat x"_s) == AlwaysAllowVerdict::Allowed);
+    EXPECT_TRUE(core->alwaysAllow().list().verdict(u"apt list"_s) == AlwaysAllowVerdict::Unknown)
+        << "nobody saw it";
+    searchField().clear();
     struct Case {
         QString words;
         QStringList shown;

@@ -172,7 +172,10 @@ TEST_F(AlwaysAllowTest, RemovesFromTheListThatWasChosen)
     EXPECT_EQ(lastQuestion(),
               u"Remove always-allow entry|Choose which list to remove from.|Delete from app list "
               "only/Delete from Brackwen list only/Delete from both app and Brackwen/Cancel"_s);
+    EXPECT_EQ(prompts.questions.last().notes, QStringList {u"git push"_s});
     EXPECT_EQ(operations().list().entries().size(), 3);
+    test::waitFor(operations().promptAndRemove(prompts, {entry(u"apt list"_s)}));
+    EXPECT_EQ(prompts.questions.last().notes.size(), 2) << "it is not in the own list yet";
 
     prompts.answers = {1};
     test::waitFor(operations().promptAndRemove(prompts, {entry(u"own one"_s)}));
@@ -307,7 +310,8 @@ TEST_F(AlwaysAllowTest, RegistersWhatIsACommandAndAddsAllThatIsShown)
     platformAllows(R"("apt list","ls")");
     ASSERT_TRUE(waitUntil([this] { return has(u"apt list"_s) && has(u"ls"_s); }));
     prompts.answers = {0};
-    EXPECT_TRUE(test::waitFor(operations().addAllToAppList(prompts)));
+    EXPECT_TRUE(
+        test::waitFor(operations().addAllToAppList(prompts, operations().list().entries())));
     EXPECT_EQ(entry(u"apt list"_s).source, AlwaysAllowSource::Both);
     EXPECT_EQ(std::get<1>(latest()), ActivityAction::AddAllToAppList);
     EXPECT_TRUE(lastAlert().endsWith(u"|All visible entries were added to the app list."_s));

@@ -209,6 +209,16 @@ QList<AlwaysAllowEntry> AlwaysAllowListPane::selected() const
     return entries;
 }
 
+QList<AlwaysAllowEntry> AlwaysAllowListPane::shown() const
+{
+    QList<AlwaysAllowEntry> entries;
+    entries.reserve(m_filter.rowCount());
+    for (int row = 0; row < m_filter.rowCount(); ++row) {
+        entries.append(m_filter.entry(row));
+    }
+    return entries;
+}
+
 void AlwaysAllowListPane::search(const QString &words)
 {
     const Place before = place();

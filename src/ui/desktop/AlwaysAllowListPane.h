@@ -31,8 +31,10 @@ public:
     void setEntries(const QList<AlwaysAllowEntry> &entries);
     void retranslate();
 
-    /// In the order of their rows.
+    // In the order of their rows.
     QList<AlwaysAllowEntry> selected() const;
+    /// Without what the search leaves out.
+    QList<AlwaysAllowEntry> shown() const;
 
     void focusSearch();
 

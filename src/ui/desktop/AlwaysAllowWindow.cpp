@@ -129,7 +129,7 @@ void AlwaysAllowWindow::carryOut(AlwaysAllowListActions::Action action)
         start(operations.registerToBrackwen(prompts));
         return;
     case AlwaysAllowListActions::AddAll:
-        start(operations.addAllToAppList(prompts));
+        start(operations.addAllToAppList(prompts, m_list->shown()));
         return;
     case AlwaysAllowListActions::Backup:
         start(operations.backup(prompts));

@@ -31,13 +31,24 @@ namespace
 constexpr int boxWidth = 380;
 constexpr auto positionProperty = "bramPosition"; ///< of a button: which answer it is
 
+/// A question stays open while the window behind it changes: what it is about stands in it.
+QString withNotes(const Question &question)
+{
+    QString text = honestDisplay(question.text).text;
+    for (const QString &note : question.notes) {
+        text += u"\n\n"_s + honestLine(note).text;
+    }
+    return text;
+}
+
+/// `text` has been made honest.
 QMessageBox *makeMessageBox(const QString &title, const QString &text)
 {
     auto *box = new QMessageBox(nullptr); // deletes itself when it is closed
     box->setWindowTitle(u"BrackwenApprovalsMenu"_s);
     box->setTextFormat(Qt::PlainText);
     box->setText(title);
-    box->setInformativeText(honestDisplay(text).text);
+    box->setInformativeText(text);
     // The informative text has a label of its own, which would look for markup.
     for (QLabel *label : box->findChildren<QLabel *>()) {
         label->setTextFormat(Qt::PlainText);
@@ -78,7 +89,7 @@ void placeClearOfPopup(QDialog &box)
 /// Escape and Enter mean.
 QMessageBox *makeQuestionBox(const Question &question)
 {
-    QMessageBox *box = makeMessageBox(question.title, question.text);
+    QMessageBox *box = makeMessageBox(question.title, withNotes(question));
     box->setIcon(QMessageBox::Question);
     for (qsizetype i = 0; i < question.buttons.size(); ++i) {
         QPushButton *button = box->addButton(question.buttons.at(i), QMessageBox::ActionRole);
@@ -196,7 +207,7 @@ Reply<bool> DesktopPrompts::open(const Alert &alert)
 {
     const ReplySource<bool> source(false);
     enqueue([alert, source] {
-        QMessageBox *box = makeMessageBox(alert.title, alert.text);
+        QMessageBox *box = makeMessageBox(alert.title, honestDisplay(alert.text).text);
         box->setIcon(QMessageBox::Information);
         box->addButton(QMessageBox::Ok);
         widen(*box);

@@ -103,7 +103,7 @@ QCoro::Task<> AlwaysAllowCommands::change(QPointer<AlwaysAllowCommands> self,
     if (command.kind == Kind::Register) {
         isChanged = co_await operations.registerToBrackwen(prompts);
     } else if (command.kind == Kind::AddAll) {
-        isChanged = co_await operations.addAllToAppList(prompts);
+        isChanged = co_await operations.addAllToAppList(prompts, operations.list().entries());
     } else if (command.kind == Kind::Clear) {
         isChanged = co_await operations.clear(prompts, command.target);
     } else {

@@ -37,6 +37,10 @@ TerminalLines paragraphs(const QString &title, const QString &text, int columns)
 TerminalLines linesOf(const Question &question, int columns)
 {
     TerminalLines lines = paragraphs(question.title, question.text, columns);
+    for (const QString &note : question.notes) {
+        appendRows(lines, u"  "_s, u"  "_s, honestLine(note).text, LineStyle::Plain, columns,
+                   RowBreaks::AtBlanks);
+    }
     for (qsizetype i = 0; i < question.buttons.size(); ++i) {
         appendRows(lines, u"  %1) "_s.arg(i + 1), u"     "_s,
                    honestLine(question.buttons.at(i)).text, LineStyle::Plain, columns,
