@@ -66,6 +66,8 @@ public:
     /// Lets the operator read a text file that was written for them: in the desktop's program for it, or by saying
     /// where it is where there is no desktop. False when that failed.
     virtual QCoro::Task<bool> openFile(QString path) = 0;
+    /// What is asked is wanted again, and comes before the operator's eyes where it may have gone from them.
+    virtual void recall() { }
 };
 
 } // namespace bram

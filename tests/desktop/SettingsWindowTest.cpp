@@ -187,7 +187,9 @@ TEST_F(Settings, everyAgentIsChosenOnlyWhenAgreedWhileRequestsGoOn)
     choose(u"Agent"_s, 1);
     ASSERT_TRUE(waitUntil([] { return shown<QMessageBox>() != nullptr; }));
     EXPECT_EQ(shown<QMessageBox>()->buttons().constFirst()->text(), u"Apply Unrestricted"_s);
-    shown<QMessageBox>()->buttons().constFirst()->click();
+    QAbstractButton *apply = shown<QMessageBox>()->buttons().constFirst();
+    ASSERT_TRUE(waitUntil([apply] { return apply->isEnabled(); }));
+    apply->click();
     ASSERT_TRUE(waitUntil([this] { return monitor().agents().isUnrestricted(); }));
     EXPECT_EQ(preference("approvals.selected-agent-id"), u"__all__"_s);
     EXPECT_EQ(preference("approvals.selected-agent-unrestricted-confirmed"), u"true"_s);

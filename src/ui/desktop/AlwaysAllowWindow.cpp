@@ -150,6 +150,7 @@ void AlwaysAllowWindow::start(QCoro::Task<Result> operation)
 {
     m_focusBefore = focusWidget();
     setOperable(false);
+    m_focusMeanwhile = focusWidget();
     m_collaborators.tasks.spawn(awaiting(Self(this), std::move(operation)), u"list manager"_s);
 }
 
@@ -159,7 +160,7 @@ QCoro::Task<> AlwaysAllowWindow::awaiting(Self self, QCoro::Task<Result> operati
     co_await std::move(operation);
     if (self) {
         self->setOperable(true);
-        if (self->m_focusBefore) {
+        if (self->m_focusBefore && self->focusWidget() == self->m_focusMeanwhile) {
             self->m_focusBefore->setFocus();
         }
     }

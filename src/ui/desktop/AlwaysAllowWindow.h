@@ -81,6 +81,7 @@ private:
         *m_entries; ///< the list and what is known of an entry, side by side where there is room
     bool m_isOperable = true;
     QPointer<QWidget> m_focusBefore; ///< what had the keyboard when an operation began
+    QPointer<QWidget> m_focusMeanwhile; ///< what has it until the operator puts it elsewhere
 };
 
 } // namespace bram

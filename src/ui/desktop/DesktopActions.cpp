@@ -3,6 +3,7 @@
 
 #include "config/Environment.h"
 #include "monitor/ApprovalMonitor.h"
+#include "monitor/OperatorPrompts.h"
 #include "system/BackgroundTasks.h"
 #include "ui/language/LanguageChoice.h"
 
@@ -117,6 +118,8 @@ void DesktopActions::chooseAgent(const QString &agentId)
         m_collaborators.monitor.agents().setSelectedAgent(agentId);
     } else if (!m_isChoosingAllAgents) {
         m_collaborators.tasks.spawn(choosingAllAgents(this), u"choice of agent"_s);
+    } else {
+        m_collaborators.prompts.recall();
     }
 }
 

@@ -17,6 +17,7 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QScreen>
+#include <QTimer>
 #include <QWindow>
 
 #include <utility>
@@ -87,6 +88,9 @@ void placeClearOfPopup(QDialog &box)
 
 /// In the order given, which the platform's own order of roles would not keep. The harmless one is what
 /// Escape and Enter mean.
+///
+/// Any other has to wait a moment: the second click of a double click on what was there before, the dialog of the
+/// step before for one, is not meant for it.
 QMessageBox *makeQuestionBox(const Question &question)
 {
     QMessageBox *box = makeMessageBox(question.title, withNotes(question));
@@ -98,6 +102,10 @@ QMessageBox *makeQuestionBox(const Question &question)
         if (i == question.harmless) {
             box->setEscapeButton(button);
             box->setDefaultButton(button);
+        } else if (question.harmless != Question::noButton) {
+            button->setEnabled(false);
+            QTimer::singleShot(QApplication::doubleClickInterval(), button,
+                               [button] { button->setEnabled(true); });
         }
     }
     if (question.harmless == Question::noButton) {
@@ -122,7 +130,7 @@ Question replaceQuestion(const QString &path)
 /// Above the window that the operator is at, which stays usable.
 void keepAbove(QDialog &dialog, QWidget *window)
 {
-    if (window != nullptr && window->windowType() == Qt::Window) {
+    if (window != nullptr && window->isVisible() && !window->isMinimized()) {
         dialog.winId(); // from here on it has a window of the system
         dialog.windowHandle()->setTransientParent(window->windowHandle());
     }
@@ -276,6 +284,15 @@ void DesktopPrompts::enqueue(MakeDialog make)
     m_waiting.push_back(std::move(make));
     if (m_open == nullptr) {
         showNext();
+    } else {
+        m_open->raise(); // whoever waits for the new one sees what it waits for
+    }
+}
+
+void DesktopPrompts::recall()
+{
+    if (m_open != nullptr && m_open->isVisible()) { // not one that is answered and about to go
+        bringToFront(*m_open);
     }
 }
 
@@ -290,7 +307,12 @@ void DesktopPrompts::showNext()
     m_open->setAttribute(Qt::WA_DeleteOnClose);
     m_open->setAttribute(Qt::WA_QuitOnClose, false);
     m_open->setModal(false);
-    keepAbove(*m_open, QApplication::activeWindow());
+    // Between two dialogs no window is the active one: then it is the one of before.
+    if (QWidget *active = QApplication::activeWindow();
+        active != nullptr && active->windowType() == Qt::Window) {
+        m_above = active;
+    }
+    keepAbove(*m_open, m_above);
     if (qobject_cast<QMessageBox *>(m_open) != nullptr) {
         placeClearOfPopup(*m_open);
     }

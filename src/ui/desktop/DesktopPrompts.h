@@ -33,6 +33,7 @@ public:
     QCoro::Task<qsizetype> ask(Question question) override;
     QCoro::Task<std::optional<QString>> askForFile(FileQuestion question) override;
     QCoro::Task<bool> openFile(QString path) override;
+    void recall() override;
 
     /// Closes what is open and answers all that is asked, now and later, as one who turns away.
     void stop();
@@ -53,6 +54,7 @@ private:
     FileOpener &m_opener;
     std::deque<MakeDialog> m_waiting;
     QPointer<QDialog> m_open;
+    QPointer<QWidget> m_above; ///< the window that the operator was at last
     bool m_isStopped = false;
 };
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ui/desktop/RecordActions.h"
 
+#include "monitor/OperatorPrompts.h"
 #include "monitor/RecordOperations.h"
 #include "system/BackgroundTasks.h"
 #include "ui/language/LanguageChoice.h"
@@ -42,11 +43,31 @@ RecordActions::RecordActions(const Collaborators &collaborators)
     connect(record, &RecordOperations::workEnded, this, &RecordActions::workChanged);
 }
 
+template<typename Begin>
+void RecordActions::carryOut(Wish wish, const QString &name, Begin begin)
+{
+    if (m_underWay.contains(wish)) {
+        m_collaborators.prompts.recall();
+        return;
+    }
+    m_underWay.insert(wish);
+    m_collaborators.tasks.spawn(ending(this, wish, begin()), name);
+}
+
+QCoro::Task<> RecordActions::ending(Self self, Wish wish, QCoro::Task<bool> operation)
+{
+    co_await operation;
+    if (self) {
+        self->m_underWay.remove(wish);
+    }
+}
+
 void RecordActions::exportWeeklyAuditReport()
 {
-    m_collaborators.tasks.spawn(finished(m_collaborators.record.exportWeeklyAuditReport(
-                                    m_collaborators.prompts, m_collaborators.language.current())),
-                                u"weekly report"_s);
+    carryOut(Wish::Report, u"weekly report"_s, [this] {
+        return m_collaborators.record.exportWeeklyAuditReport(m_collaborators.prompts,
+                                                              m_collaborators.language.current());
+    });
 }
 
 void RecordActions::previewWeeklyAuditReport()
@@ -58,17 +79,18 @@ void RecordActions::previewWeeklyAuditReport()
 
 void RecordActions::exportDiagnosticsBundle()
 {
-    m_collaborators.tasks.spawn(finished(m_collaborators.record.exportDiagnosticsBundle(
-                                    m_collaborators.prompts, m_collaborators.surface(),
-                                    m_collaborators.language.current())),
-                                u"diagnostics bundle"_s);
+    carryOut(Wish::Bundle, u"diagnostics bundle"_s, [this] {
+        return m_collaborators.record.exportDiagnosticsBundle(
+            m_collaborators.prompts, m_collaborators.surface(), m_collaborators.language.current());
+    });
 }
 
 void RecordActions::copyOrSaveAllPending()
 {
-    m_collaborators.tasks.spawn(finished(m_collaborators.record.copyOrSaveAllPendingApprovalDetails(
-                                    m_collaborators.prompts, copyToClipboard)),
-                                u"export"_s);
+    carryOut(Wish::Pending, u"export"_s, [this] {
+        return m_collaborators.record.copyOrSaveAllPendingApprovalDetails(m_collaborators.prompts,
+                                                                          copyToClipboard);
+    });
 }
 
 void RecordActions::cancel()

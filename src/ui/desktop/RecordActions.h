@@ -3,7 +3,10 @@
 
 #include "monitor/SurfaceFacts.h"
 
+#include <QCoro/QCoroTask>
 #include <QObject>
+#include <QPointer>
+#include <QSet>
 
 #include <functional>
 
@@ -16,7 +19,7 @@ class OperatorPrompts;
 class RecordOperations;
 
 /// What the operator can take out of the program from any menu or window, with the dialogs of this desktop.
-/// Each returns at once. Main thread.
+/// Each returns at once; wanted again before it has ended, it only shows its dialog again. Main thread.
 class RecordActions final : public QObject
 {
     Q_OBJECT
@@ -51,7 +54,15 @@ Q_SIGNALS:
     void workChanged();
 
 private:
+    using Self = QPointer<RecordActions>;
+    enum class Wish { Report, Bundle, Pending };
+
+    template<typename Begin>
+    void carryOut(Wish wish, const QString &name, Begin begin);
+    static QCoro::Task<> ending(Self self, Wish wish, QCoro::Task<bool> operation);
+
     Collaborators m_collaborators;
+    QSet<Wish> m_underWay;
     int m_percentDone = 0;
 };
 
