@@ -68,8 +68,8 @@ bool RemoteDecisions::decide(const TelegramDecision &decision, const TelegramBot
     if (!item->agentId || !boundAgents.contains(*item->agentId)) {
         return deny(decision, u"agent not bound"_s, pending);
     }
-    if (m_collaborators.mirror.hasChanged(decision.approvalId)) {
-        // A chat may still have shown the request as it was before.
+    if (m_collaborators.mirror.hasChanged(*item)) {
+        // A chat may still show the request as it was before.
         return deny(decision, u"request changed after it was shown"_s);
     }
     return m_collaborators.decisions.resolve(decision.approvalId, decision.decision,

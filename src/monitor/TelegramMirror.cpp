@@ -5,10 +5,35 @@
 #include "system/NextTurn.h"
 #include "telegram/TelegramApprovalBridge.h"
 
+#include <QCryptographicHash>
+
 #include <utility>
 
 namespace bram
 {
+
+namespace
+{
+/// Many times what can be pending; older messages are out of sight in any chat.
+constexpr qsizetype maxRemembered = 1000;
+
+/// Of what a person decides about.
+QByteArray digestOf(const ApprovalItem &item)
+{
+    const auto bytesOf = [](const QString &text) {
+        return QByteArrayView(reinterpret_cast<const char *>(text.constData()),
+                              text.size() * qsizetype(sizeof(QChar)));
+    };
+    QCryptographicHash hash(QCryptographicHash::Sha256);
+    if (item.agentId) {
+        hash.addData(QByteArray::number(item.agentId->size()) + ':');
+        hash.addData(bytesOf(*item.agentId));
+    }
+    hash.addData(QByteArrayView("/"));
+    hash.addData(bytesOf(item.command));
+    return hash.result();
+}
+} // namespace
 
 TelegramMirror::TelegramMirror(const AgentFilter &filter)
     : m_filter(filter)
@@ -19,7 +44,6 @@ void TelegramMirror::setBridge(TelegramApprovalBridge *bridge, const QList<Appro
 {
     m_bridge = bridge;
     m_given.clear();
-    m_changedIds.clear();
     syncTelegramPendingApprovals(items);
 }
 
@@ -43,23 +67,41 @@ void TelegramMirror::handOver()
     }
     QList<TelegramApprovalEntry> entries;
     QHash<QString, TelegramApprovalEntry> given;
-    QSet<QString> changedIds;
     for (const ApprovalItem &item : items) {
         if (!m_filter.matches(item)) {
             continue;
         }
         const TelegramApprovalEntry entry = entryFor(item);
-        const auto before = m_given.constFind(item.approvalId);
-        if (m_changedIds.contains(item.approvalId)
-            || (before != m_given.constEnd() && *before != entry)) {
-            changedIds.insert(item.approvalId);
+        if (m_given.value(item.approvalId) != entry) {
+            remember(item);
         }
         entries.append(entry);
         given.insert(item.approvalId, entry);
     }
     m_given = std::move(given);
-    m_changedIds = std::move(changedIds);
     m_bridge->updatePending(entries);
+}
+
+void TelegramMirror::remember(const ApprovalItem &item)
+{
+    const auto first = m_firstGiven.find(item.approvalId);
+    if (first != m_firstGiven.end()) {
+        if (*first != digestOf(item)) {
+            first->clear();
+        }
+        return;
+    }
+    m_firstGiven.insert(item.approvalId, digestOf(item));
+    m_firstGivenIds.enqueue(item.approvalId);
+    if (m_firstGivenIds.size() > maxRemembered) {
+        m_firstGiven.remove(m_firstGivenIds.dequeue());
+    }
+}
+
+bool TelegramMirror::hasChanged(const ApprovalItem &item) const
+{
+    const auto first = m_firstGiven.constFind(item.approvalId);
+    return first != m_firstGiven.constEnd() && *first != digestOf(item);
 }
 
 TelegramApprovalEntry TelegramMirror::entryFor(const ApprovalItem &item) const

@@ -4,10 +4,11 @@
 #include "monitor/MonitorPorts.h"
 #include "telegram/TelegramApprovalEntry.h"
 
+#include <QByteArray>
 #include <QHash>
 #include <QObject>
 #include <QPointer>
-#include <QSet>
+#include <QQueue>
 
 namespace bram
 {
@@ -31,11 +32,14 @@ public:
     /// All pending requests, in the order of the queue.
     void syncTelegramPendingApprovals(const QList<ApprovalItem> &items);
 
-    /// Whether the pending request with this id is not what the bridge was first given under it.
-    bool hasChanged(const QString &approvalId) const { return m_changedIds.contains(approvalId); }
+    /// Whether something else may stand in a chat under the id of this request: as it is now, it is not what a
+    /// bridge, perhaps an earlier one, was first given under that id. Messages that nobody edits any more stay
+    /// in the chats, with their buttons.
+    bool hasChanged(const ApprovalItem &item) const;
 
 private:
     void handOver();
+    void remember(const ApprovalItem &item);
     TelegramApprovalEntry entryFor(const ApprovalItem &item) const;
 
     const AgentFilter &m_filter;
@@ -43,7 +47,9 @@ private:
     QList<ApprovalItem> m_items;
     bool m_handOverScheduled = false;
     QHash<QString, TelegramApprovalEntry> m_given; ///< by id: what the bridge has now
-    QSet<QString> m_changedIds; ///< of those
+    /// By id, a digest of what was first given under it; empty once that has changed. Not too many, so:
+    QHash<QString, QByteArray> m_firstGiven;
+    QQueue<QString> m_firstGivenIds; ///< from the oldest
 };
 
 } // namespace bram

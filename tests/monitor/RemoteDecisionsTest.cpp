@@ -111,5 +111,17 @@ TEST_F(RemoteDecision, WhatHasChangedSinceItWasShownIsLeftToThisMachine)
     ASSERT_TRUE(chatShows(u"rm -rf /"_s));
     ASSERT_TRUE(bot.press(chat, 1));
     ASSERT_TRUE(logs(u"decision denied: request changed after it was shown chat=501"_s));
+
+    // The messages of an earlier bridge stay, with their buttons; and a request may come back as another.
+    core->telegram().configureTelegramBridge();
+    ASSERT_TRUE(waitUntil([&] { return bot.chats().messages(chat).size() == 2; }));
+    ASSERT_TRUE(bot.press(chat, 1));
+    ASSERT_TRUE(logs(u"decision denied: request changed after it was shown chat=501"_s));
+    gateway.resolveElsewhere(u"a"_s);
+    ASSERT_TRUE(chatShows(u"none"_s));
+    gateway.announce(item("a", "rm -rf /home"));
+    ASSERT_TRUE(chatShows(u"rm -rf /home"_s));
+    bot.pressData(chat, 101, u"allow:a"_s);
+    ASSERT_TRUE(logs(u"decision denied: request changed after it was shown chat=501"_s));
     EXPECT_TRUE(received.isEmpty());
 }
