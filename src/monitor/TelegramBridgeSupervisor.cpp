@@ -27,7 +27,7 @@ TelegramBridgeSupervisor::TelegramBridgeSupervisor(const Collaborators &collabor
     connect(&m_watch, &FileWatch::changed, this, &TelegramBridgeSupervisor::followConfiguration);
     connect(&collaborators.sharedPolling,
             &SharedPollingSetting::allowSharedBotPollingOverrideChanged, this,
-            &TelegramBridgeSupervisor::configureTelegramBridge);
+            &TelegramBridgeSupervisor::followSharedPolling);
     connect(&collaborators.tokens, &TelegramTokens::changed, this,
             &TelegramBridgeSupervisor::configureTelegramBridge);
 }
@@ -49,7 +49,13 @@ void TelegramBridgeSupervisor::stop()
 
 void TelegramBridgeSupervisor::configureTelegramBridge()
 {
+    m_storedToken.reset();
     readConfiguration();
+    begin(Replacement::Always);
+}
+
+void TelegramBridgeSupervisor::followSharedPolling()
+{
     begin(Replacement::Always);
 }
 
@@ -102,21 +108,24 @@ QCoro::Task<> TelegramBridgeSupervisor::configure(QPointer<TelegramBridgeSupervi
     TelegramStatus status {.isEnvironmentSetAside = tokens.isEnvironmentSetAside()};
     // The keyring is asked only when it matters: it may be locked and ask the operator.
     if (!telegramTokenOf(sources.environment)) {
-        TelegramStatus waiting = self->m_status;
-        waiting.isWaitingForKeyring = true;
-        self->publish(waiting);
-        const auto stored = co_await tokens.storedTelegramBotToken();
-        if (!self || self->m_pass != pass) {
-            co_return;
+        if (!self->m_storedToken) {
+            TelegramStatus waiting = self->m_status;
+            waiting.isWaitingForKeyring = true;
+            self->publish(waiting);
+            const auto stored = co_await tokens.storedTelegramBotToken();
+            if (!self || self->m_pass != pass) {
+                co_return;
+            }
+            if (stored) {
+                self->m_storedToken = *stored;
+            } else {
+                status.problem = redacted(stored.error().description());
+                self->m_collaborators.log.write(
+                    QString(u"[Brackwen][Telegram] the keyring did not give the bot token: "_s
+                            + status.problem));
+            }
         }
-        if (stored) {
-            sources.storedToken = *stored;
-        } else {
-            status.problem = redacted(stored.error().description());
-            self->m_collaborators.log.write(
-                QString(u"[Brackwen][Telegram] the keyring did not give the bot token: "_s
-                        + status.problem));
-        }
+        sources.storedToken = self->m_storedToken.value_or(std::nullopt);
     }
     self->apply(telegramConfig(sources), status);
 }

@@ -53,7 +53,8 @@ public:
     void stop();
 
     /// Reads everything again and replaces the bridge. The one that runs goes on until the keyring has
-    /// answered.
+    /// answered. What the file or the settings change, on the other hand, holds at once: it takes the token
+    /// that the keyring gave before, and a keyring that has been locked since is not asked.
     void configureTelegramBridge();
 
     TelegramTokens &tokens() { return m_collaborators.tokens; }
@@ -72,6 +73,7 @@ private:
     };
 
     void followConfiguration();
+    void followSharedPolling();
     void readConfiguration();
     void begin(Replacement replacement);
     static QCoro::Task<> configure(QPointer<TelegramBridgeSupervisor> self, quint64 pass);
@@ -84,6 +86,8 @@ private:
     FileWatch m_watch;
     QString m_configPath; ///< where `m_fallback` comes from
     std::optional<TelegramConfigFallback> m_fallback;
+    /// What the keyring gave when it last answered, perhaps that there is none; absent: it is to be asked.
+    std::optional<std::optional<QString>> m_storedToken;
     quint64 m_pass = 0; ///< the newest configuration pass; older ones give up
     bool m_mustReplace = true;
     bool m_isStopped = false;

@@ -138,6 +138,19 @@ TEST_F(Supervisor, AKeyringThatWaitsOrFailsHoldsNothingUpAndIsSaid)
     telegram().configureTelegramBridge();
     ASSERT_TRUE(logs(polling));
     ASSERT_TRUE(chatShows(u"waiting"_s));
+
+    // Locked again. What is withdrawn meanwhile is withdrawn, and no other bot takes over.
+    keyring.promptedRead = u"bot-token"_s;
+    writeConfiguration(sharedBot(token));
+    ASSERT_TRUE(logs(safe));
+    core->sharedPolling().setAllowSharedBotPollingOverride(true);
+    ASSERT_TRUE(logs(polling));
+    core->sharedPolling().setAllowSharedBotPollingOverride(false);
+    ASSERT_TRUE(logs(safe));
+    EXPECT_EQ(telegram().telegramTokenSource(), TelegramTokenSource::Keychain);
+    EXPECT_FALSE(telegram().status().isWaitingForKeyring);
+    keyring.promptedRead.clear();
+
     keyring.writesFail = {u"bot-token"_s};
     EXPECT_FALSE(store(token));
     EXPECT_FALSE(test::waitFor(TelegramTokens::clear(&tokens())));
