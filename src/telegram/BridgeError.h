@@ -34,7 +34,11 @@ struct BridgeError {
     }
 
     /// Whether the same call would be refused again; any other failure may pass by itself.
-    bool isLasting() const { return kind == Kind::Api && !retryAfter && code < 500; }
+    bool isLasting() const
+    {
+        constexpr int tooManyRequests = 429; // also when it does not say for how long
+        return kind == Kind::Api && !retryAfter && code < 500 && code != tooManyRequests;
+    }
 };
 
 } // namespace bram
