@@ -63,13 +63,14 @@ int runBridgeClient(const QString &url, const QString &token, const QList<qint64
 {
     StandardErrorLog log;
     BackgroundTasks tasks(log);
+    const SystemClock clock;
     QNetworkAccessManager network;
     TelegramBotConfig config;
     config.token = token;
     config.chatIds = chatIds;
     config.enablePolling = true;
     TelegramApprovalBridge bridge(config, QUrl(url), [](const TelegramDecision &) { return false; },
-                                  {network, log, tasks});
+                                  {network, clock, log, tasks});
     bridge.start();
 
     QElapsedTimer sinceStart;

@@ -64,6 +64,7 @@ Core::Core(const World &world)
                   .mirror = m_telegramMirror,
                   .decisions = m_remoteDecisions,
                   .tasks = m_tasks,
+                  .clock = world.clock,
                   .log = world.log})
     , m_record({.monitor = m_monitor,
                 .audit = m_audit,

@@ -173,8 +173,10 @@ void TelegramBridgeSupervisor::startBridge(const TelegramBotConfig &config, Tele
         [self = QPointer(this), config](const TelegramDecision &decision) {
             return self && self->m_collaborators.decisions.decide(decision, config);
         },
-        TelegramApprovalBridge::Collaborators {
-            .network = *m_network, .log = m_collaborators.log, .tasks = m_collaborators.tasks});
+        TelegramApprovalBridge::Collaborators {.network = *m_network,
+                                               .clock = m_collaborators.clock,
+                                               .log = m_collaborators.log,
+                                               .tasks = m_collaborators.tasks});
     status.mode = config.mode();
     status.chatIds = config.chatIds;
     status.boundChatCount = std::ranges::count_if(

@@ -18,6 +18,7 @@ namespace bram
 class ApprovalBoard;
 class BackgroundTasks;
 class BrackwenConfig;
+class Clock;
 class RemoteDecisions;
 class SharedPollingSetting;
 class SystemLog;
@@ -41,6 +42,7 @@ public:
         TelegramMirror &mirror;
         RemoteDecisions &decisions;
         BackgroundTasks &tasks;
+        const Clock &clock;
         SystemLog &log;
     };
 

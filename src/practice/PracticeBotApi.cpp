@@ -21,7 +21,6 @@ namespace
 {
 constexpr auto getUpdatesMethod = "getUpdates"_L1;
 constexpr auto updateIdKey = "update_id"_L1;
-constexpr int maxPollSeconds = 50;
 
 QByteArray toJson(const QJsonObject &object)
 {
@@ -281,7 +280,8 @@ void PracticeBotApi::getUpdates(PracticeHttpConnection *connection, const QJsonO
         }
     }
     endPollWithConflict();
-    const int timeoutSeconds = qBound(0, payload.value("timeout"_L1).toInt(), maxPollSeconds);
+    const int timeoutSeconds
+        = qBound(0, payload.value("timeout"_L1).toInt(), m_options.longestPollSeconds);
     if (!m_updates.isEmpty() || timeoutSeconds == 0 || behaviour.fault != BotFault::None) {
         answerPoll(connection, behaviour);
         return;

@@ -29,6 +29,8 @@ struct PracticeBotOptions {
     quint16 port = 0; ///< 0: any free port, kept over `close` and `listen`
     QString token {}; ///< calls with another one are refused
     QList<qint64> chatIds {}; ///< the chats that the bot may write to
+    int longestPollSeconds
+        = 50; ///< a call for updates ends then without any, whatever it asked for
 };
 
 /// How a call goes wrong.

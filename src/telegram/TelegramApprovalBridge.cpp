@@ -44,7 +44,7 @@ TelegramApprovalBridge::TelegramApprovalBridge(const TelegramBotConfig &config, 
     , m_onDecision(std::move(onDecision))
     , m_log(collaborators.log)
     , m_api(config, apiUrl, collaborators.network, collaborators.log)
-    , m_polling(config, {m_api, collaborators.log, collaborators.tasks})
+    , m_polling(config, {m_api, collaborators.clock, collaborators.log, collaborators.tasks})
     , m_answers(m_api, collaborators.tasks)
 {
     for (const qint64 chatId : config.chatIds) {

@@ -25,6 +25,7 @@ namespace bram
 {
 
 class BackgroundTasks;
+class Clock;
 class SystemLog;
 
 /// The one client of Telegram: mirrors the pending requests to the configured chats, one status message a
@@ -40,6 +41,7 @@ class TelegramApprovalBridge final : public QObject
 public:
     struct Collaborators {
         QNetworkAccessManager &network; ///< outlives the bridge
+        const Clock &clock;
         SystemLog &log;
         BackgroundTasks &tasks;
     };

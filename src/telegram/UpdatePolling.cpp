@@ -3,6 +3,7 @@
 
 #include "config/ValueParsers.h"
 #include "system/BackgroundTasks.h"
+#include "system/Clock.h"
 #include "system/NextTurn.h"
 #include "system/SystemLog.h"
 
@@ -24,6 +25,8 @@ constexpr auto dryRunPause = 700ms;
 /// Nobody waits at the other end if it answers sooner with nothing.
 constexpr std::chrono::milliseconds shortestWait = 1s;
 constexpr qsizetype updatesInATurn = 100;
+/// After a week without updates Telegram may count on from any number, perhaps a lower one.
+constexpr std::chrono::milliseconds quietBeforeOtherIds = std::chrono::days(6);
 
 QJsonArray allowedUpdates(TelegramMode mode)
 {
@@ -96,7 +99,20 @@ void UpdatePolling::onAnswer(const TelegramBotApi::Result &answer)
     }
     m_delivered = 0;
     m_hasAdvanced = false;
+    forgetOffsetAfterQuiet();
     deliver();
+}
+
+/// An answer without updates says that none waits from the offset on, and with it the server has dropped all
+/// before: nothing old can come again when the next call asks from the beginning, as a new bridge does.
+void UpdatePolling::forgetOffsetAfterQuiet()
+{
+    const qint64 nowMs = m_collaborators.clock.nowMs();
+    if (!m_batch.isEmpty()) {
+        m_lastUpdateMs = nowMs;
+    } else if (nowMs - m_lastUpdateMs > quietBeforeOtherIds.count()) {
+        m_updateOffset = 0;
+    }
 }
 
 /// A broken server may send any number of updates at once.

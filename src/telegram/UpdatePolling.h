@@ -15,6 +15,7 @@ namespace bram
 {
 
 class BackgroundTasks;
+class Clock;
 class SystemLog;
 
 /// Fetches what happens in the chats, with one call that waits for it at the server's end, and hands the
@@ -26,6 +27,7 @@ class UpdatePolling final : public QObject
 public:
     struct Collaborators {
         TelegramBotApi &api;
+        const Clock &clock;
         SystemLog &log;
         BackgroundTasks &tasks;
     };
@@ -44,12 +46,14 @@ private:
     static QCoro::Task<> getUpdates(QPointer<UpdatePolling> self);
     void onAnswer(const TelegramBotApi::Result &answer);
     void deliver();
+    void forgetOffsetAfterQuiet();
     void goOn();
 
     TelegramBotConfig m_config;
     Collaborators m_collaborators;
     bool m_isRunning = false;
     qint64 m_updateOffset = 0; ///< the next update to ask for
+    qint64 m_lastUpdateMs = 0; ///< when an update last came; since the epoch
     QElapsedTimer m_sinceFetch;
     QJsonArray m_batch; ///< received with the last fetch
     qsizetype m_delivered = 0; ///< of it

@@ -39,15 +39,15 @@ protected:
         }
     }
 
-    void start()
+    void start(const QUrl &url = {})
     {
         bridge = std::make_unique<TelegramApprovalBridge>(
-            config, api.url(),
+            config, url.isEmpty() ? api.url() : url,
             [this](const TelegramDecision &decision) {
                 decisions.append(decision);
                 return accepts;
             },
-            TelegramApprovalBridge::Collaborators {network, log, tasks});
+            TelegramApprovalBridge::Collaborators {network, bridgeClock, log, tasks});
         bridge->start();
     }
     static TelegramApprovalEntry entry(const QString &id,
@@ -78,6 +78,7 @@ protected:
     static constexpr qint64 unbound = 502;
     const QString token = QStringLiteral("123456:AAEhBOweik6ad9r_QXMENQjcrGbqCr4K-bc");
     SystemClock clock;
+    ManualClock bridgeClock;
     PracticeBotApi api {{.token = token, .chatIds = {bound, unbound}}, clock};
     QNetworkAccessManager network;
     RecordingLog log;

@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <chrono>
 
 namespace bram
 {
@@ -256,6 +257,27 @@ TEST_F(TelegramBridgeTest, OddUpdatesAndBrokenAnswersEndNothing)
     EXPECT_TRUE(waitLog(u"[Brackwen][Telegram] poll failed: Invalid Telegram response"_s));
     api.say(bound, u"/approve a1 deny"_s);
     EXPECT_TRUE(waitUntil([&] { return decisions.size() == 1; }));
+}
+
+TEST_F(TelegramBridgeTest, AfterDaysOfQuietUpdatesMayCountFromALowerNumber)
+{
+    PracticeBotApi quiet {{.token = token, .chatIds = {bound}, .longestPollSeconds = 1}, clock};
+    ASSERT_TRUE(quiet.listen());
+    start(quiet.url());
+    const auto asksFrom = [&](qint64 offset) {
+        const qsizetype before = quiet.calls().size();
+        return waitUntil([&] { return quiet.calls().size() > before + 1; })
+            && quiet.calls().constLast().payload.value("offset"_L1).toInteger() == offset;
+    };
+    quiet.pushUpdate({{u"update_id"_s, 5000}});
+    ASSERT_TRUE(waitUntil([&] { return quiet.isPolled(); }));
+    bridgeClock.current += std::chrono::milliseconds(std::chrono::days(5)).count();
+    EXPECT_TRUE(asksFrom(5001));
+    bridgeClock.current += std::chrono::milliseconds(std::chrono::days(2)).count();
+    EXPECT_TRUE(asksFrom(0));
+    quiet.say(bound, u"/approve a1 deny"_s); // update 1000
+    EXPECT_TRUE(waitUntil([&] { return decisions.size() == 1; }));
+    EXPECT_TRUE(asksFrom(1001));
 }
 
 TEST_F(TelegramBridgeTest, SafeModeFetchesNothingAndStopEndsEverything)
