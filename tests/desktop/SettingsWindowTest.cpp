@@ -195,9 +195,13 @@ TEST_F(Settings, everyAgentIsChosenOnlyWhenAgreedWhileRequestsGoOn)
     EXPECT_EQ(preference("approvals.selected-agent-unrestricted-confirmed"), u"true"_s);
     EXPECT_TRUE(says(u"The requests of every agent are shown"_s));
 
+    auto *agents = named<ChoiceBox>(u"Agent"_s);
+    agents->showPopup();
     configure("{\"agents\":{\"alone\":{}}}");
     named<QPushButton>(u"Refresh"_s)->click();
-    EXPECT_GE(named<ChoiceBox>(u"Agent"_s)->findText(u"alone"_s), 0);
+    EXPECT_EQ(agents->findText(u"alone"_s), -1) << "no row changes under the pointer";
+    agents->hidePopup();
+    EXPECT_TRUE(waitUntil([agents] { return agents->findText(u"alone"_s) >= 0; }));
     configure("{}");
     named<QPushButton>(u"Refresh"_s)->click();
     EXPECT_TRUE(says(u"names no agent"_s));

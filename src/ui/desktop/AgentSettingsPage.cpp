@@ -37,6 +37,7 @@ AgentSettingsPage::AgentSettingsPage(DesktopActions &actions, AgentSelection &ag
 
     connect(m_choice, &ChoiceBox::chosen, this,
             [&actions](const QVariant &agentId) { actions.chooseAgent(agentId.toString()); });
+    connect(m_choice, &ChoiceBox::listClosed, this, &AgentSettingsPage::showAgents);
     connect(m_readAgain, &QPushButton::clicked, &agents,
             &AgentSelection::refreshAvailableAgentIdsFromConfig);
     connect(&agents, &AgentSelection::availableAgentIdsChanged, this,
@@ -66,6 +67,9 @@ void AgentSettingsPage::retranslate()
 
 void AgentSettingsPage::showAgents()
 {
+    if (m_choice->isListOpen()) { // the one under the pointer is the one that is meant
+        return;
+    }
     m_choice->clear();
     for (const QString &agentId : m_agents.availableAgentIds()) {
         m_choice->addItem(agentName(agentId), agentId);

@@ -1,8 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ui/desktop/ChoiceBox.h"
 
+#include "system/NextTurn.h"
+
+#include <QAbstractItemView>
 #include <QKeyEvent>
 #include <QWheelEvent>
+
+#include <utility>
 
 namespace bram
 {
@@ -11,9 +16,12 @@ ChoiceBox::ChoiceBox(QWidget *parent)
     : QComboBox(parent)
 {
     connect(this, &QComboBox::activated, this, [this](int index) {
+        const QVariant value = itemData(index);
+        const bool isOther = index != m_chosenIndex;
         setCurrentIndex(m_chosenIndex);
-        if (index != m_chosenIndex) {
-            Q_EMIT chosen(itemData(index));
+        closed();
+        if (isOther) {
+            Q_EMIT chosen(value);
         }
     });
 }
@@ -22,6 +30,30 @@ void ChoiceBox::setChosen(const QVariant &value)
 {
     m_chosenIndex = findData(value);
     setCurrentIndex(m_chosenIndex);
+}
+
+void ChoiceBox::showPopup()
+{
+    m_isListOpen = true;
+    QComboBox::showPopup();
+}
+
+/// The list is hidden before its entry is chosen, by its row.
+void ChoiceBox::hidePopup()
+{
+    QComboBox::hidePopup();
+    inNextTurn(this, [this] {
+        if (!view()->isVisible()) {
+            closed();
+        }
+    });
+}
+
+void ChoiceBox::closed()
+{
+    if (std::exchange(m_isListOpen, false)) {
+        Q_EMIT listClosed();
+    }
 }
 
 void ChoiceBox::wheelEvent(QWheelEvent *event)

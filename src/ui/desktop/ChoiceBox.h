@@ -18,16 +18,26 @@ public:
     /// Shows the choice with this value as the one in effect.
     void setChosen(const QVariant &value);
 
+    /// While the list is open its entries stay where they are: who fills the box waits for `listClosed`.
+    bool isListOpen() const { return m_isListOpen; }
+
+    void showPopup() override;
+    void hidePopup() override;
+
 Q_SIGNALS:
     /// Somebody has chosen another entry; until `setChosen`, the box goes on showing what is in effect.
     void chosen(const QVariant &value);
+    void listClosed();
 
 protected:
     void wheelEvent(QWheelEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
 
 private:
+    void closed();
+
     int m_chosenIndex = -1;
+    bool m_isListOpen = false;
 };
 
 } // namespace bram
