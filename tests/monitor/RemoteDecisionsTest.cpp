@@ -110,18 +110,23 @@ TEST_F(RemoteDecision, WhatHasChangedSinceItWasShownIsLeftToThisMachine)
     gateway.announce(item("a", "rm -rf /"));
     ASSERT_TRUE(chatShows(u"rm -rf /"_s));
     ASSERT_TRUE(bot.press(chat, 1));
-    ASSERT_TRUE(logs(u"decision denied: request changed after it was shown chat=501"_s));
+    // While the bridge does not know yet that the new form has arrived, it says no itself.
+    const auto isRefused = [this](qsizetype times) {
+        return waitUntil(
+            [=, this] { return log.lines().filter(u": request changed "_s).size() == times; });
+    };
+    ASSERT_TRUE(isRefused(1));
 
     // The messages of an earlier bridge stay, with their buttons; and a request may come back as another.
     core->telegram().configureTelegramBridge();
     ASSERT_TRUE(waitUntil([&] { return bot.chats().messages(chat).size() == 2; }));
     ASSERT_TRUE(bot.press(chat, 1));
-    ASSERT_TRUE(logs(u"decision denied: request changed after it was shown chat=501"_s));
+    ASSERT_TRUE(isRefused(2));
     gateway.resolveElsewhere(u"a"_s);
     ASSERT_TRUE(chatShows(u"none"_s));
     gateway.announce(item("a", "rm -rf /home"));
     ASSERT_TRUE(chatShows(u"rm -rf /home"_s));
     bot.pressData(chat, 101, u"allow:a"_s);
-    ASSERT_TRUE(logs(u"decision denied: request changed after it was shown chat=501"_s));
+    ASSERT_TRUE(isRefused(3));
     EXPECT_TRUE(received.isEmpty());
 }
