@@ -138,6 +138,7 @@ TEST_F(TelegramRoad, ThroughEveryFaultEachRequestIsDecidedOnce)
         {u"getUpdates"_s, BotFault::Reset, 1},
         {u"getUpdates"_s, BotFault::TruncatedJson, 1},
         {u"sendMessage"_s, BotFault::HtmlError, 1},
+        {u"sendMessage"_s, BotFault::AnswerLost, 1}, // a second message comes, and the first one stays
         {u"sendMessage"_s, BotFault::RateLimit, 1},
         {u"editMessageText"_s, BotFault::CutInBody, 1},
         {u"getUpdates"_s, BotFault::AnswerLost, 1},
