@@ -133,7 +133,7 @@ TelegramBotApi::Result TelegramBotApi::dryRunCall(const QString &method, const Q
     // The fetches would fill the log.
     if (method != "getUpdates"_L1) {
         m_log.write(QString(u"[Brackwen][Telegram][DryRun] method="_s + method + u" payload="_s
-                            + dryRunPayloadDescription(payload)));
+                            + dryRunPayloadDescription(payload, m_mask)));
     }
     return dryRunAnswer(method);
 }

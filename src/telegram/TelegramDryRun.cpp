@@ -3,6 +3,7 @@
 
 #include "audit/Redaction.h"
 #include "model/TextRules.h"
+#include "telegram/TokenMask.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -30,10 +31,12 @@ QJsonValue resultOf(const QString &method)
 }
 } // namespace
 
-QString dryRunPayloadDescription(const QJsonObject &payload)
+QString dryRunPayloadDescription(const QJsonObject &payload, const TokenMask &mask)
 {
-    const QString text
-        = redacted(QString::fromUtf8(QJsonDocument(payload).toJson(QJsonDocument::Compact)));
+    // A command in it may call the Bot API with this very bot.
+    const QByteArray json
+        = mask.withoutToken(QJsonDocument(payload).toJson(QJsonDocument::Compact));
+    const QString text = redacted(QString::fromUtf8(json));
     const QString start = firstCharacters(text, maxCharacters);
     return start.size() < text.size() ? start + u"..."_s : text;
 }

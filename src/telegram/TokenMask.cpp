@@ -56,7 +56,7 @@ TokenMask::TokenMask(const QString &token)
     }
 }
 
-QByteArray TokenMask::withoutPieces(const QByteArray &text) const
+QByteArray TokenMask::withoutToken(const QByteArray &text) const
 {
     QByteArray meant;
     QList<qsizetype> starts;
@@ -88,7 +88,7 @@ QByteArray TokenMask::withoutPieces(const QByteArray &text) const
 QString TokenMask::masked(const QString &text) const
 {
     const QByteArray bytes = firstCharacters(text, maxReadCharacters).simplified().toUtf8();
-    return firstCharacters(redacted(QString::fromUtf8(withoutPieces(bytes))), maxShownCharacters);
+    return firstCharacters(redacted(QString::fromUtf8(withoutToken(bytes))), maxShownCharacters);
 }
 
 } // namespace bram

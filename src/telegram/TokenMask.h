@@ -20,9 +20,10 @@ public:
     /// and with the general redaction after that; on one line, and at most some 400 characters of it.
     QString masked(const QString &text) const;
 
-private:
-    QByteArray withoutPieces(const QByteArray &text) const;
+    /// All of the text, with only the token masked.
+    QByteArray withoutToken(const QByteArray &text) const;
 
+private:
     qsizetype m_pieceBytes;
     QSet<QByteArray> m_pieces; ///< every run of `m_pieceBytes` bytes in the token
 };

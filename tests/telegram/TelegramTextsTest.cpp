@@ -119,14 +119,20 @@ TEST(TelegramTexts, NoPieceOfTheTokenInAText)
 
 TEST(TelegramTexts, DryRunDescribesWithoutSecrets)
 {
-    EXPECT_EQ(dryRunPayloadDescription({{u"text"_s, u"x"_s}, {u"chat_id"_s, -5}}),
+    const TokenMask mask(u"123456:AAEhBOweik6ad9r_QXMENQjcrGbqCr4K"_s);
+    EXPECT_EQ(dryRunPayloadDescription({{u"text"_s, u"x"_s}, {u"chat_id"_s, -5}}, mask),
               u"{\"chat_id\":-5,\"text\":\"x\"}"_s);
     EXPECT_FALSE(dryRunPayloadDescription(
-                     {{u"text"_s, u"curl -H 'Authorization: Bearer abc' x --api-key=1"_s}})
+                     {{u"text"_s, u"curl -H 'Authorization: Bearer abc' x --api-key=1"_s}}, mask)
                      .contains(u"abc"_s));
-    const qsizetype around = dryRunPayloadDescription({{u"t"_s, QString()}}).size();
-    const auto describe = [](qsizetype length) {
-        return dryRunPayloadDescription({{u"t"_s, QString(length, u'x')}});
+    EXPECT_FALSE(
+        dryRunPayloadDescription(
+            {{u"text"_s, u"curl https://x/bot123456:AAEhBOweik6ad9r_QXMENQjcrGbqCr4K/getMe"_s}},
+            mask)
+            .contains(u"BOweik"_s));
+    const qsizetype around = dryRunPayloadDescription({{u"t"_s, QString()}}, mask).size();
+    const auto describe = [&mask](qsizetype length) {
+        return dryRunPayloadDescription({{u"t"_s, QString(length, u'x')}}, mask);
     };
     EXPECT_EQ(describe(450 - around).size(), 450);
     EXPECT_FALSE(describe(450 - around).endsWith(u"..."_s));
