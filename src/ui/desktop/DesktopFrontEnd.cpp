@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ui/desktop/DesktopFrontEnd.h"
 
-#include "model/HonestDisplay.h"
+#include "model/TextRules.h"
 #include "monitor/ApprovalMonitor.h"
 #include "monitor/ApprovalNotifications.h"
 #include "monitor/OperatorPrompts.h"
@@ -33,6 +33,14 @@ namespace
 {
 constexpr auto pauseBetweenRefreshes = 100ms;
 constexpr qint64 manyAtOnceMs = 5000;
+
+/// As it is: the dialog marks what could mislead, and would mark the marks.
+QString beginningOf(const QString &command)
+{
+    constexpr qsizetype most = 60;
+    const QString beginning = firstCharacters(command.section(u'\n', 0, 0), most);
+    return beginning.size() < command.size() ? beginning + u'…' : beginning;
+}
 } // namespace
 
 DesktopFrontEnd::DesktopFrontEnd(const Collaborators &collaborators)
@@ -209,12 +217,12 @@ void DesktopFrontEnd::onSettled(const QString &approvalId,
     }
     m_sinceFailure.start();
     const ApprovalItem *item = m_collaborators.monitor.board().find(approvalId);
-    const QString command = item != nullptr ? shortenedCommand(item->command) : QString();
+    const QString command = item != nullptr ? beginningOf(item->command) : QString();
     m_collaborators.tasks.spawn(
         m_collaborators.prompts.inform(
             {.title = tr("A decision was not confirmed"),
              .text = tr("%1\n\n%2\n\nThe request is still pending and can be decided again.")
-                         .arg(command, honestDisplay(outcome.message).text)}),
+                         .arg(command, outcome.message)}),
         u"alert"_s);
 }
 
