@@ -1664,6 +1664,10 @@ The request is still pending and can be decided again.</source>
         <source>Cancel</source>
         <translation>취소</translation>
     </message>
+    <message>
+        <source>Plain text (*.txt)</source>
+        <translation>일반 텍스트 (*.txt)</translation>
+    </message>
 </context>
 <context>
     <name>bram::FileSettingsPage</name>

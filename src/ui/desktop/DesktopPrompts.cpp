@@ -146,6 +146,9 @@ QFileDialog *makeFileDialog(const FileQuestion &question, const QString &folder)
         // It would wait for the answer in an event loop of its own.
         dialog->setOption(QFileDialog::DontConfirmOverwrite);
         dialog->setDefaultSuffix(QFileInfo(question.suggestedName).suffix());
+        if (dialog->defaultSuffix() == "txt"_L1) {
+            dialog->setNameFilter(DesktopPrompts::tr("Plain text (*.txt)"));
+        }
         dialog->selectFile(question.suggestedName);
         break;
     case FileQuestion::Kind::OpenFile:
