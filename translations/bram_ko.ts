@@ -144,6 +144,10 @@
         <source>No chat is bound to an agent in the platform&apos;s configuration, so none may decide.</source>
         <translation>플랫폼 설정에서 에이전트에 연결된 채팅이 없어 어느 채팅도 결정할 수 없습니다.</translation>
     </message>
+    <message>
+        <source>The keyring could not be asked for a bot token: %1</source>
+        <translation>키링에서 봇 토큰을 읽지 못했습니다: %1</translation>
+    </message>
 </context>
 <context>
     <name>Terminal</name>

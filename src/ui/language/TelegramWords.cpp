@@ -64,8 +64,11 @@ QStringList telegramHints(const TelegramStatus &status)
 {
     QStringList hints;
     if (!status.problem.isEmpty()) {
-        hints.append(TelegramTr::tr("Telegram could not be set up as configured: %1")
-                         .arg(honestLine(status.problem).text));
+        // A bridge runs in spite of the keyring, with the platform's token, but not without an address.
+        const QString text = status.mode
+            ? TelegramTr::tr("The keyring could not be asked for a bot token: %1")
+            : TelegramTr::tr("Telegram could not be set up as configured: %1");
+        hints.append(text.arg(honestLine(status.problem).text));
     }
     if (status.isEnvironmentSetAside) {
         hints.append(
