@@ -25,7 +25,7 @@ constexpr std::size_t keptBufferBytes = 65'536;
 /// The events of one decision come within moments of each other, and so do those of a busy agent. So that
 /// they cost one batch and not one each, and so that a caller need not wake the thread up each time, it looks
 /// for more by itself after this long, unless much is there already or somebody waits for it.
-constexpr auto linger = 10ms;
+constexpr auto linger = 25ms;
 constexpr std::size_t lingerBytes = 16'384;
 
 /// Signals belong to the main thread. Besides, a file size limit then shows as a failed write here
