@@ -217,7 +217,7 @@ int main(int argc, char **argv)
     parser.addOptions({
         {u"check"_s, u"End with 1 when a ratio is above its limit."_s},
         {u"requests"_s, u"How many requests a round, for each program."_s, u"N"_s, u"300"_s},
-        {u"rounds"_s, u"How many rounds; medians count."_s, u"N"_s, u"9"_s},
+        {u"rounds"_s, u"How many rounds; medians count."_s, u"N"_s, u"31"_s},
         {u"pause"_s, u"Between two requests, in milliseconds."_s, u"MS"_s, u"1"_s},
         {u"directory"_s, u"Where to write."_s, u"DIR"_s, QDir::tempPath()},
         {u"client"_s, u"Used by the benchmark itself: which client to be."_s, u"NAME"_s},
