@@ -16,6 +16,7 @@
 // DIR, by default the system's folder for temporary files; the log lines go to syslog and /dev/null.
 
 #include "road/Clients.h"
+#include "support/BenchClient.h"
 #include "support/BenchServer.h"
 #include "support/Figures.h"
 
@@ -27,13 +28,10 @@
 #include <QTemporaryDir>
 #include <QTimer>
 
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
 #include <functional>
-
-#include <sys/prctl.h>
 
 using namespace Qt::StringLiterals;
 using namespace bram::bench;
@@ -220,17 +218,14 @@ int main(int argc, char **argv)
         {u"rounds"_s, u"How many rounds; medians count."_s, u"N"_s, u"31"_s},
         {u"pause"_s, u"Between two requests, in milliseconds."_s, u"MS"_s, u"1"_s},
         {u"directory"_s, u"Where to write."_s, u"DIR"_s, QDir::tempPath()},
-        {u"client"_s, u"Used by the benchmark itself: which client to be."_s, u"NAME"_s},
-        {u"url"_s, u"Used by the benchmark itself: where to connect."_s, u"URL"_s},
     });
+    parser.addOptions(clientOptions());
     parser.process(application);
-    if (parser.isSet(u"client"_s)) {
-        prctl(PR_SET_PDEATHSIG, SIGKILL); // a client is nothing without its server
-    }
-    if (parser.value(u"client"_s) == "core"_L1) {
+    const QString role = clientRole(parser);
+    if (role == "core"_L1) {
         return runCoreClient(parser.value(u"url"_s), parser.value(u"directory"_s));
     }
-    if (parser.value(u"client"_s) == "floor"_L1) {
+    if (role == "floor"_L1) {
         return runFloorClient(parser.value(u"url"_s));
     }
     return runServer(parser);

@@ -11,6 +11,7 @@
 // --check ends with 1 when a limit is broken.
 
 #include "practice/PracticeBotApi.h"
+#include "support/BenchClient.h"
 #include "system/Clock.h"
 #include "telegram/PendingMessage.h"
 #include "telegram/TelegramClients.h"
@@ -23,12 +24,9 @@
 #include <QTimer>
 
 #include <algorithm>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
-
-#include <sys/prctl.h>
 
 using namespace Qt::StringLiterals;
 using namespace bram;
@@ -179,17 +177,14 @@ int main(int argc, char **argv)
     parser.addOptions({
         {u"check"_s, u"End with 1 when a limit is broken."_s},
         {u"seconds"_s, u"How long the bridge is watched while it is idle."_s, u"N"_s, u"51"_s},
-        {u"client"_s, u"Used by the benchmark itself: which client to be."_s, u"NAME"_s},
-        {u"url"_s, u"Used by the benchmark itself: where to connect."_s, u"URL"_s},
     });
+    parser.addOptions(clientOptions());
     parser.process(application);
-    if (parser.isSet(u"client"_s)) {
-        prctl(PR_SET_PDEATHSIG, SIGKILL); // a client is nothing without its server
-    }
-    if (parser.value(u"client"_s) == "bridge"_L1) {
+    const QString role = clientRole(parser);
+    if (role == "bridge"_L1) {
         return runBridgeClient(parser.value(u"url"_s), token, chatIds);
     }
-    if (parser.value(u"client"_s) == "floor"_L1) {
+    if (role == "floor"_L1) {
         return runFloorPoller(parser.value(u"url"_s), token);
     }
     return runServer(parser);
