@@ -1,13 +1,19 @@
 # SPDX-License-Identifier: Apache-2.0
 
-# One static library for each folder of src/. `DEPS` names what its headers may use.
+# One static library for each folder of src/. `DEPS` names what its headers may use,
+# `PCH` the set of precompiled headers (the one for rooms without widgets where nothing is said).
 # Sources are listed, so that a new file is a visible line in a change.
 function(bram_room name)
-    cmake_parse_arguments(ARG "" "" "SOURCES;DEPS" ${ARGN})
+    cmake_parse_arguments(ARG "" "PCH" "SOURCES;DEPS" ${ARGN})
     add_library(bram_${name} STATIC ${ARG_SOURCES})
     target_include_directories(bram_${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
     target_link_libraries(bram_${name} PUBLIC bram_options ${ARG_DEPS})
     set_target_properties(bram_${name} PROPERTIES AUTOMOC ON)
+    if(ARG_PCH)
+        bram_use_pch(bram_${name} ${ARG_PCH})
+    else()
+        bram_use_pch(bram_${name} core)
+    endif()
 endfunction()
 
 # One test program for each room. `LABELS unit` runs under the sanitizers as well; `SERIAL` is for
@@ -18,6 +24,7 @@ function(bram_test name)
     target_link_libraries(${name} PRIVATE bram_options bram_testsupport ${ARG_DEPS})
     target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
     set_target_properties(${name} PROPERTIES AUTOMOC ON)
+    bram_use_pch(${name} tests)
     if(NOT ARG_LABEL)
         set(ARG_LABEL unit)
     endif()
