@@ -5,6 +5,7 @@
 #include "app/Places.h"
 #include "audit/AuditLogStore.h"
 #include "config/SharedPollingSetting.h"
+#include "config/StoredSwitch.h"
 #include "gateway/DeviceIdentityStore.h"
 #include "gateway/GatewayClient.h"
 #include "gateway/GatewayCredentialStore.h"
@@ -65,6 +66,8 @@ public:
     Preferences &preferences() { return m_preferences; }
     LanguageChoice &language() { return m_language; }
     SharedPollingSetting &sharedPolling() { return m_sharedPolling; }
+    StoredSwitch &allowPartlyShown() { return m_allowPartlyShown; }
+    StoredSwitch &unencryptedGateway() { return m_unencryptedGateway; }
     TelegramBridgeSupervisor &telegram() { return m_telegram; }
     const Environment &environment() const { return m_environment; }
     const BrackwenConfig &config() const { return m_config; }
@@ -83,6 +86,8 @@ private:
     Preferences m_preferences;
     LanguageChoice m_language;
     SharedPollingSetting m_sharedPolling;
+    StoredSwitch m_allowPartlyShown;
+    StoredSwitch m_unencryptedGateway;
     AgentSelection m_agents;
     AuditLogStore m_audit;
     AlwaysAllowList m_alwaysAllowList;
