@@ -45,9 +45,11 @@ int runProgram(QCoreApplication &application, const bram::LaunchOptions &options
     // A reader that goes away is an error of that write, not the end of this program.
     std::signal(SIGPIPE, SIG_IGN);
 
-    bram::SingleInstanceLock lock;
     std::unique_ptr<bram::PracticeWorld> practice;
     bram::Places places = bram::Places::ofOperator();
+    bram::SingleInstanceLock lock(
+        places.environment.trimmed(QStringLiteral("BRACKWEN_APPROVALS_LOCK_FILE"))
+            .value_or(QLatin1StringView(bram::SingleInstanceLock::defaultLockPath)));
     const bram::SystemClock clock;
     if (wantsPractice(options, places)) {
         if (options.practice == bram::LaunchOptions::Practice::IfUnconfigured) {

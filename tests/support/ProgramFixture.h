@@ -15,33 +15,23 @@
 #include <string_view>
 #include <vector>
 
-#include <fcntl.h>
-#include <sys/file.h>
-#include <unistd.h>
-
 namespace bram::test
 {
 
-/// A home of its own, so that nothing of the machine's user takes part.
+/// A home and a lock of its own, so that nothing of the machine's user takes part.
 class ProgramFixture : public testing::Test
 {
 protected:
     void SetUp() override
     {
-        const int fd = open("/tmp/QX.BrackwenApprovalsMenu.lock", O_RDWR | O_CLOEXEC | O_NOFOLLOW);
-        const bool taken = fd >= 0 && flock(fd, LOCK_EX | LOCK_NB) != 0;
-        if (fd >= 0) {
-            close(fd);
-        }
-        ASSERT_FALSE(taken)
-            << "a copy of bram is running on this machine; these tests need its lock";
-
         environment = QProcessEnvironment();
         environment.insert(QStringLiteral("PATH"), QStringLiteral("/usr/bin:/bin"));
         environment.insert(QStringLiteral("HOME"), home.path());
         environment.insert(QStringLiteral("XDG_CONFIG_HOME"),
                            home.filePath(QStringLiteral("config")));
         environment.insert(QStringLiteral("XDG_DATA_HOME"), home.filePath(QStringLiteral("data")));
+        environment.insert(QStringLiteral("BRACKWEN_APPROVALS_LOCK_FILE"),
+                           home.filePath(QStringLiteral("lock")));
         environment.insert(QStringLiteral("LANG"), QStringLiteral("C.UTF-8"));
         environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"),
                            QStringLiteral("unix:path=/nonexistent"));
