@@ -3,6 +3,7 @@
 
 #include "allowlist/CommandDigest.h"
 #include "allowlist/ExecApprovalsEdit.h"
+#include "model/UtcTime.h"
 #include "system/FileReplacement.h"
 #include "system/Files.h"
 #include "system/Preferences.h"
@@ -59,7 +60,7 @@ QString onOneLine(const QString &command)
 QString alwaysAllowBackupText(const QList<AlwaysAllowEntry> &entries, const QString &header,
                               qint64 nowMs)
 {
-    const auto now = QDateTime::fromMSecsSinceEpoch(nowMs, Qt::UTC);
+    const auto now = utcTime(nowMs);
     QStringList lines {header, u"GeneratedAt: "_s + now.toString(Qt::ISODate),
                        u"Count: "_s + QString::number(entries.size()), QString()};
     for (const auto &entry : entries) {

@@ -4,6 +4,7 @@
 #include "audit/AuditLogStore.h"
 #include "audit/Redaction.h"
 #include "audit/WeeklyAuditReport.h"
+#include "model/UtcTime.h"
 #include "system/Files.h"
 
 #include <QDateTime>
@@ -61,7 +62,7 @@ std::expected<QString, Error> makeBundleFolder(const DiagnosticsBundle &bundle)
     if (const auto made = makePrivateFolder(bundle.parentFolder); !made) {
         return std::unexpected(made.error());
     }
-    QString time = QDateTime::fromMSecsSinceEpoch(bundle.nowMs, Qt::UTC).toString(Qt::ISODate);
+    QString time = utcTime(bundle.nowMs).toString(Qt::ISODate);
     const QString path = QDir(bundle.parentFolder)
                              .absoluteFilePath(u"bram-diagnostics-"_s + time.replace(u':', u'-'));
     constexpr int maxOfOneSecond = 100;

@@ -23,6 +23,13 @@ constexpr qint64 turnBudgetNs = 8'000'000;
 /// How many messages to the peer may go together while others are still to be read.
 constexpr int mostUnflushedMessages = 16;
 
+/// The signal got its unambiguous name in Qt 6.5, which warns about the older one.
+#if QT_VERSION >= QT_VERSION_CHECK(6, 5, 0)
+constexpr auto socketError = &QWebSocket::errorOccurred;
+#else
+constexpr auto socketError = qOverload<QAbstractSocket::SocketError>(&QWebSocket::error);
+#endif
+
 QString secondsText(std::chrono::milliseconds time)
 {
     return u"%1 s"_s.arg(std::chrono::duration<double>(time).count());
@@ -58,7 +65,7 @@ GatewaySocket::GatewaySocket(const QUrl &url, TimeLimits limits)
     // The close code alone does not tell: it is "normal" after an abrupt end, too.
     connect(&m_socket, &QWebSocket::aboutToClose, this, [this] { m_closeFrameSeen = true; });
     connect(&m_socket, &QWebSocket::disconnected, this, &GatewaySocket::onDisconnected);
-    connect(&m_socket, qOverload<QAbstractSocket::SocketError>(&QWebSocket::error), this, [this] {
+    connect(&m_socket, socketError, this, [this] {
         // An open socket that fails goes on to `disconnected`; one that never opened does not.
         if (!m_pingTimer.isActive()) {
             finish(m_socket.errorString(), Ending::Failed);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "monitor/ActivityFeed.h"
 
+#include "model/UtcTime.h"
 #include "system/RandomUuid.h"
 
 #include <QStringBuilder>
@@ -16,7 +17,7 @@ void ActivityFeed::record(ActivityActor actor, ActivityAction action, const QStr
                        .actor = actor,
                        .action = action,
                        .detail = detail,
-                       .createdAt = QDateTime::fromMSecsSinceEpoch(nowMs, Qt::UTC)});
+                       .createdAt = utcTime(nowMs)});
     if (m_entries.size() > maxActivityItems) {
         m_entries.resize(maxActivityItems);
     }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "monitor/ApprovalHistory.h"
 
+#include "model/UtcTime.h"
+
 #include <QStringBuilder>
 
 #include <algorithm>
@@ -13,7 +15,7 @@ namespace
 /// As UTC, which costs no look at the system's time zone; shown in local time.
 QDateTime instant(qint64 ms)
 {
-    return QDateTime::fromMSecsSinceEpoch(ms, Qt::UTC);
+    return utcTime(ms);
 }
 
 ApprovalHistoryEntry newRow(const QString &approvalId, const QString &command,

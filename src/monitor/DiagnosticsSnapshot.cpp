@@ -3,6 +3,7 @@
 
 #include "audit/Redaction.h"
 #include "gateway/GatewayStatus.h"
+#include "model/UtcTime.h"
 #include "monitor/ApprovalMonitor.h"
 #include "monitor/TelegramStatus.h"
 
@@ -20,7 +21,7 @@ namespace
 {
 QString timeText(qint64 ms)
 {
-    return QDateTime::fromMSecsSinceEpoch(ms, Qt::UTC).toString(Qt::ISODateWithMs);
+    return utcTime(ms).toString(Qt::ISODateWithMs);
 }
 
 /// An absent text, and one that says nothing, is null: a helper sees that it was looked for.

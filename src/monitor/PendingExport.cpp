@@ -2,6 +2,7 @@
 #include "monitor/PendingExport.h"
 
 #include "audit/Redaction.h"
+#include "model/UtcTime.h"
 
 #include <QDateTime>
 #include <QStringList>
@@ -16,7 +17,7 @@ QString pendingApprovalExportText(const QList<ApprovalItem> &displayItems, qint6
 {
     QStringList lines {
         u"Pending approvals export"_s,
-        u"Generated at: "_s + QDateTime::fromMSecsSinceEpoch(nowMs, Qt::UTC).toString(Qt::ISODate),
+        u"Generated at: "_s + utcTime(nowMs).toString(Qt::ISODate),
         u"Count: "_s + QString::number(displayItems.size()),
     };
     qsizetype position = 0;

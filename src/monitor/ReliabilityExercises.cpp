@@ -3,6 +3,7 @@
 
 #include "audit/AuditLogStore.h"
 #include "gateway/GatewayStatus.h"
+#include "model/UtcTime.h"
 #include "monitor/ApprovalMonitor.h"
 #include "monitor/OperatorPrompts.h"
 #include "system/BackgroundTasks.h"
@@ -244,7 +245,7 @@ QByteArray ReliabilityExercises::resultJson(const AuditFindings &findings, bool 
     const GatewayStatus::Lines &status = monitor.gatewayStatus().lines();
     return QJsonDocument(QJsonObject {
                              {u"generatedAt"_s,
-                              QDateTime::fromMSecsSinceEpoch(m_collaborators.clock.nowMs(), Qt::UTC)
+                              utcTime(m_collaborators.clock.nowMs())
                                   .toString(Qt::ISODateWithMs)},
                              {u"requestedCount"_s, monitor.metrics().requestedCount},
                              {u"resolvedCount"_s, monitor.metrics().resolvedCount},
