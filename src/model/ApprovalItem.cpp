@@ -19,6 +19,11 @@ size_t qHash(const ApprovalItem &item, size_t seed) noexcept
                       item.agentId.value_or(QString()), item.createdAtMs, item.expiresAtMs);
 }
 
+bool isSameQuestion(const ApprovalItem &a, const ApprovalItem &b)
+{
+    return a.approvalId == b.approvalId && a.command == b.command && a.agentId == b.agentId;
+}
+
 bool isApprovalExpired(const ApprovalItem &item, qint64 nowMs)
 {
     return item.expiresAtMs >= 1 && item.expiresAtMs <= nowMs;

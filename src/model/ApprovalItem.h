@@ -25,6 +25,10 @@ struct ApprovalItem {
 
 size_t qHash(const ApprovalItem &item, size_t seed = 0) noexcept;
 
+/// Whether both ask a person the same: about this request, this command, by this agent. What was read of the one was
+/// read of the other, whatever their times are.
+bool isSameQuestion(const ApprovalItem &a, const ApprovalItem &b);
+
 /// True once the expiry time has come; an item without a known expiry never expires.
 bool isApprovalExpired(const ApprovalItem &item, qint64 nowMs);
 

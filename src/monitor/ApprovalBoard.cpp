@@ -82,7 +82,8 @@ void ApprovalBoard::add(const ApprovalItem &item, AskReason reason)
         m_askReasons.insert(item.approvalId, reason);
     }
     const auto *known = find(item.approvalId);
-    const bool isChanged = known != nullptr && *known != item;
+    const bool isChanged = known != nullptr && !isSameQuestion(*known, item);
+    const bool isKnownOtherwise = known != nullptr && *known != item;
     m_unlisted.remove(item.approvalId);
     const auto fallenOff = m_pending.upsert(item);
     if (fallenOff) {
@@ -101,9 +102,13 @@ void ApprovalBoard::add(const ApprovalItem &item, AskReason reason)
     }
     const bool isNotified = m_notifiedIds.contains(item.approvalId);
     ask(item);
-    if (isNotified && isChanged && m_ports.notifier != nullptr) {
-        // Its buttons decide about the request as it is now: it must not show an older one.
-        m_ports.notifier->update(item);
+    if (isNotified && m_ports.notifier != nullptr) {
+        if (isChanged) {
+            // Its buttons decide about the request as it is now: it must not show an older one.
+            m_ports.notifier->update(item);
+        } else if (isKnownOtherwise) {
+            m_ports.notifier->updateTimes(item);
+        }
     }
 }
 

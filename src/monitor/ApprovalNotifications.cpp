@@ -152,6 +152,13 @@ void ApprovalNotifications::update(const ApprovalItem &item)
     keep(item);
 }
 
+void ApprovalNotifications::updateTimes(const ApprovalItem &item)
+{
+    if (m_items.contains(tagFor(item.approvalId))) {
+        keep(item);
+    }
+}
+
 void ApprovalNotifications::keep(const ApprovalItem &item)
 {
     const QString tag = tagFor(item.approvalId);

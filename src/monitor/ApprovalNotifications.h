@@ -64,6 +64,7 @@ public:
 
     void schedule(const ApprovalItem &item) override;
     void update(const ApprovalItem &item) override;
+    void updateTimes(const ApprovalItem &item) override;
     void withdraw(const QString &approvalId) override;
 
 Q_SIGNALS:

@@ -42,7 +42,8 @@ public:
     virtual ~ApprovalPopup() = default;
     /// Called when the person has answered; without a decision when the window was just closed.
     using Completion = std::function<void(std::optional<ApprovalDecision>)>;
-    /// Shows the request, in place of what is shown: another one, or an older form of the same.
+    /// Shows the request, in place of what is shown: another one, or an older form of the same. For one that asks
+    /// what is shown already (`isSameQuestion`) only the time and the completion are new.
     virtual void present(const ApprovalItem &item, Completion completion) = 0;
     virtual void dismiss() = 0;
 };
@@ -55,6 +56,8 @@ public:
     virtual void schedule(const ApprovalItem &item) = 0;
     /// The request has changed: so does its notification, if it is still there.
     virtual void update(const ApprovalItem &item) = 0;
+    /// The request asks the same as before, within another time: nothing new is shown.
+    virtual void updateTimes(const ApprovalItem &item) = 0;
     virtual void withdraw(const QString &approvalId) = 0;
 };
 

@@ -17,7 +17,7 @@ namespace
 /// Many times what can be pending; older messages are out of sight in any chat.
 constexpr qsizetype maxRemembered = 1000;
 
-/// Of what a person decides about.
+/// Of what a person decides about (`isSameQuestion`) under one id.
 QByteArray digestOf(const ApprovalItem &item)
 {
     const auto bytesOf = [](const QString &text) {

@@ -166,6 +166,12 @@ TEST_F(Popup, ClosingDecidesNothing)
 TEST_F(Popup, AChangedFormIsArmedAnewAndOnlyTheNewestCanBeAnswered)
 {
     presentArmed(u"a"_s, u"ls"_s);
+    ApprovalItem later = item(u"a"_s, u"ls"_s);
+    later.expiresAtMs = clock.current + 60'000;
+    popup.present(later, record(u"later"_s));
+    EXPECT_TRUE(isArmed()) << "other times are no other question";
+    EXPECT_THAT(words(), DoesNotSay(u"has changed"));
+    EXPECT_THAT(words(), Says(u"expires in 1:00"));
     popup.present(item(u"a"_s, u"ls; reboot"_s), record(u"new"_s));
     EXPECT_FALSE(isArmed());
     EXPECT_THAT(words(), Says(u"has changed"));

@@ -212,6 +212,7 @@ public:
     void dismiss() override { popup.clear(); }
     void schedule(const ApprovalItem &item) override { notified.append(item.approvalId); }
     void update(const ApprovalItem &) override { }
+    void updateTimes(const ApprovalItem &) override { }
     void withdraw(const QString &approvalId) override { notified.removeAll(approvalId); }
 
     QString popup;

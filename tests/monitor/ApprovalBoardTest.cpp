@@ -144,6 +144,7 @@ TEST_F(PopupOrder, NotificationStaysAsLongAsTheRequestStandsInSomeList)
     public:
         void schedule(const ApprovalItem &item) override { shown.append(item.approvalId); }
         void update(const ApprovalItem &) override { }
+        void updateTimes(const ApprovalItem &) override { }
         void withdraw(const QString &approvalId) override { shown.removeOne(approvalId); }
         QStringList shown;
     } notifier;
@@ -207,8 +208,7 @@ TEST(ApprovalBoardSignals, PublishedOncePerTurnAndOnlyOnRealChange)
     board.add({.approvalId = QStringLiteral("x"), .command = QStringLiteral("ls"), .agentId = {}});
     board.remove(QStringLiteral("x"), ApprovalHistoryState::Canceled);
     bool turned = false;
-    QMetaObject::invokeMethod(
-        &board, [&] { turned = true; }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(&board, [&] { turned = true; }, Qt::QueuedConnection);
     ASSERT_TRUE(waitUntil([&] { return turned; }));
     EXPECT_EQ(lists, 1);
 }

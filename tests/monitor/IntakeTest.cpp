@@ -28,8 +28,10 @@ public:
     void schedule(const ApprovalItem &item) override { scheduled.append(item.approvalId); }
     void withdraw(const QString &approvalId) override { withdrawn.append(approvalId); }
     void update(const ApprovalItem &item) override { updated.append(item.command); }
+    void updateTimes(const ApprovalItem &item) override { expiries.append(item.expiresAtMs); }
     QStringList scheduled;
     QStringList updated;
+    QList<qint64> expiries;
     QStringList withdrawn;
 };
 
@@ -87,8 +89,12 @@ TEST_F(Intake, RepeatedRequestIsReplacedInPlaceCountedAndNotifiedOnce)
     EXPECT_EQ(notifier.scheduled, QStringList({QStringLiteral("a"), QStringLiteral("b")}));
     // Not notified again, but its buttons stand below the command that they decide about.
     EXPECT_EQ(notifier.updated, QStringList(repeated.command));
+    repeated.expiresAtMs = clock.current + 60'000;
     requested(repeated);
-    EXPECT_EQ(notifier.updated.size(), 1);
+    requested(repeated);
+    EXPECT_EQ(notifier.updated.size(), 1) << "other times are no other question";
+    EXPECT_EQ(notifier.expiries, QList<qint64>({repeated.expiresAtMs}));
+    EXPECT_EQ(board().displayItems().first(), repeated);
     EXPECT_THAT(auditKinds(), ElementsAre("approval_requested", "approval_requested"));
 
     clock.current += 100;

@@ -108,8 +108,11 @@ TEST(RequestNumbers, OnlyWhatWasSeenBeforeTheLineWasBegunCanBeAnswered)
     numbers.show(first, 50);
     EXPECT_EQ(numbers.answerability(first, 49), Answerability::ShownSince);
     EXPECT_EQ(numbers.answerability(first, 50), Answerability::Answerable);
-    numbers.show(first, 70); // seen again, and still seen since 50
+    ApprovalItem later = first;
+    later.expiresAtMs += 60'000;
+    numbers.show(later, 70); // the same question, and still seen since 50
     EXPECT_EQ(numbers.answerability(first, 50), Answerability::Answerable);
+    EXPECT_TRUE(numbers.isShown(later) && !numbers.isChanged(later));
     EXPECT_EQ(numbers.answerability(second, 100), Answerability::ChangedSinceShown);
     EXPECT_TRUE(numbers.isChanged(second) && !numbers.isChanged(first));
     numbers.show(second, 80);

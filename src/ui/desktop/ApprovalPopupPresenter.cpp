@@ -85,6 +85,11 @@ void ApprovalPopupPresenter::present(const ApprovalItem &item, Completion comple
     }
     ++m_presentCount;
     Presentation presentation {item, std::move(completion)};
+    if (m_shown && m_shown->completion && !m_held && isSameQuestion(m_shown->item, item)) {
+        m_shown = std::move(presentation); // what was read of it stays read
+        updateTimeLeft();
+        return;
+    }
     const bool mustWait
         = m_shown && (showsMoment() || m_closing.isActive() || m_watch->isPressed());
     if (mustWait) {
@@ -152,7 +157,7 @@ void ApprovalPopupPresenter::showNow(Presentation presentation)
         build();
     }
     const bool isChange = m_shown && m_shown->item.approvalId == presentation.item.approvalId
-        && m_shown->item != presentation.item;
+        && !isSameQuestion(m_shown->item, presentation.item);
     m_shown = std::move(presentation);
     m_watch->setReady(false);
     m_view->setItem(m_shown->item, isChange ? Occasion::Changed : Occasion::New,

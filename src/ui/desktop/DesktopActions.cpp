@@ -36,7 +36,7 @@ DesktopActions::DesktopActions(const Collaborators &collaborators)
 bool DesktopActions::isAsShown(const ApprovalItem &shown) const
 {
     const ApprovalItem *now = m_collaborators.monitor.board().find(shown.approvalId);
-    return now != nullptr && *now == shown;
+    return now != nullptr && isSameQuestion(*now, shown);
 }
 
 void DesktopActions::decide(const ApprovalItem &shown, ApprovalDecision decision)

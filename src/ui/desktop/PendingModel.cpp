@@ -25,8 +25,9 @@ void PendingModel::setItems(const QList<ApprovalItem> &items)
     for (const QModelIndex &index : before) {
         const ApprovalItem &item = m_items.at(index.row());
         const qsizetype row = rows.value(item.approvalId, -1);
-        after.append(row >= 0 && items.at(row) == item ? createIndex(static_cast<int>(row), 0)
-                                                       : QModelIndex());
+        after.append(row >= 0 && isSameQuestion(items.at(row), item)
+                         ? createIndex(static_cast<int>(row), 0)
+                         : QModelIndex());
     }
     m_items = items;
     changePersistentIndexList(before, after);

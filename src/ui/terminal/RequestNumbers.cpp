@@ -27,7 +27,8 @@ void RequestNumbers::show(const ApprovalItem &item, DialogueMoment shownBy)
 {
     give(item.approvalId);
     Shown &shown = m_shown[item.approvalId];
-    if (shown.item != item) { // else: seen before, and still seen since then
+    if (!shown.item
+        || !isSameQuestion(*shown.item, item)) { // else: seen before, and still seen since then
         shown.item = item;
         shown.at = shownBy;
     }
@@ -36,13 +37,13 @@ void RequestNumbers::show(const ApprovalItem &item, DialogueMoment shownBy)
 bool RequestNumbers::isShown(const ApprovalItem &item) const
 {
     const auto it = m_shown.constFind(item.approvalId);
-    return it != m_shown.cend() && it->item == item;
+    return it != m_shown.cend() && it->item && isSameQuestion(*it->item, item);
 }
 
 bool RequestNumbers::isChanged(const ApprovalItem &item) const
 {
     const auto it = m_shown.constFind(item.approvalId);
-    return it != m_shown.cend() && it->item && it->item != item;
+    return it != m_shown.cend() && it->item && !isSameQuestion(*it->item, item);
 }
 
 std::optional<int> RequestNumbers::number(const QString &approvalId) const
@@ -149,7 +150,7 @@ Answerability RequestNumbers::answerability(const ApprovalItem &item, DialogueMo
     if (it == m_shown.cend() || !it->item) {
         return Answerability::NotShown;
     }
-    if (it->item != item) {
+    if (!isSameQuestion(*it->item, item)) {
         return Answerability::ChangedSinceShown;
     }
     return it->at <= begunAt ? Answerability::Answerable : Answerability::ShownSince;

@@ -50,10 +50,10 @@ public:
     /// The number to show a request under.
     int give(const QString &approvalId);
 
-    /// Notes that the operator is shown exactly this, and at which moment the last of it was out.
+    /// Notes that the operator is shown this question, and at which moment the last of it was out.
     void show(const ApprovalItem &item, DialogueMoment shownBy);
 
-    /// Whether exactly this has been shown.
+    /// Whether this question has been shown.
     bool isShown(const ApprovalItem &item) const;
     /// Whether something else has been shown under this id.
     bool isChanged(const ApprovalItem &item) const;
