@@ -3,33 +3,68 @@
 
 #include <QString>
 
+#include <optional>
+#include <vector>
+
 namespace bram
 {
 
-/// The lock that keeps this program to one copy per user. Held by an open descriptor, so that it
-/// vanishes with the process, however that ends.
+class Environment;
+
+/// The lock that keeps this program to one copy per user. Held by open descriptors, so that it vanishes with
+/// the process, however that ends.
+///
+/// The usual file lies where every user of the machine can put something in its way. So a second one, in the
+/// folder that only this user can write to, is locked beside it: one of the two has to be lockable, and a
+/// copy that holds either keeps the next one out. Nobody can let a second copy in by taking away what
+/// was in the way of the first.
 class SingleInstanceLock
 {
 public:
-    static constexpr char defaultLockPath[] = "/tmp/QX.BrackwenApprovalsMenu.lock";
+    static constexpr char usualPath[] = "/tmp/QX.BrackwenApprovalsMenu.lock";
 
-    explicit SingleInstanceLock(const QString &lockPath = QLatin1StringView(defaultLockPath));
+    struct Paths {
+        QString usual = QLatin1StringView(usualPath);
+        QString own {}; ///< in a folder of this user alone; empty for none
+
+        /// The usual file and one in XDG_RUNTIME_DIR, or only the one that BRACKWEN_APPROVALS_LOCK_FILE names.
+        static Paths of(const Environment &environment);
+    };
+
+    explicit SingleInstanceLock(Paths paths);
     ~SingleInstanceLock();
     Q_DISABLE_COPY_MOVE(SingleInstanceLock)
 
-    /// Takes the lock, without waiting. False when another copy holds it, the file cannot be opened or
-    /// is no regular file of this user.
-    /// A path that belongs to another user of the machine is not ours to lock: then the same path with
-    /// "." and this user's id appended is used.
-    bool acquire();
+    enum class Result {
+        Acquired,
+        HeldByAnotherCopy,
+        Impossible, ///< `reason` says why
+    };
+    /// Takes the lock, without waiting.
+    Result acquire();
 
-    bool isHeld() const { return m_fd >= 0; }
-    /// Of the file that is locked.
-    const QString &path() const { return m_lockPath; }
+    /// Of a file that is locked; empty before.
+    const QString &path() const { return m_path; }
+    /// The process that holds the lock, if it is another copy and has written that down.
+    std::optional<qint64> holder() const { return m_holder; }
+    /// In English, on one line.
+    const QString &reason() const { return m_reason; }
 
 private:
-    QString m_lockPath;
-    int m_fd = -1;
+    enum class Attempt {
+        Locked,
+        HeldElsewhere,
+        Unusable,
+    };
+    Attempt lock(const QString &path);
+    void explain(const QString &path, const QString &why);
+    void release();
+
+    const Paths m_paths;
+    std::vector<int> m_descriptors; ///< of the files that are locked
+    QString m_path;
+    std::optional<qint64> m_holder;
+    QString m_reason;
 };
 
 } // namespace bram

@@ -17,6 +17,8 @@
 #include <memory>
 #include <string_view>
 
+#include <unistd.h>
+
 namespace
 {
 
@@ -39,6 +41,34 @@ bool wantsPractice(const bram::LaunchOptions &options, const bram::Places &place
         && !bram::BrackwenConfig(places.environment, places.account).isPresent();
 }
 
+/// Why the program does not start, and with which status it ends.
+int endWithoutLock(const bram::SingleInstanceLock &lock, bram::SingleInstanceLock::Result result,
+                   const bram::LaunchOptions &options)
+{
+    if (result == bram::SingleInstanceLock::Result::Impossible) {
+        print(stderr,
+              QStringLiteral("bram: not started, because nothing would keep a second copy from "
+                             "running beside this one: ")
+                  + lock.reason() + u'\n');
+        return EXIT_FAILURE;
+    }
+    if (options.selfTest) {
+        // Success would tell a script that the test was made.
+        print(stderr, QStringLiteral("bram: not tested: another copy is running.\n"));
+        return EXIT_FAILURE;
+    }
+    // The copy that is running already wins: without a word, unless a person waits for one.
+    if (FILE *terminal = isatty(STDERR_FILENO) != 0 ? stderr
+            : isatty(STDOUT_FILENO) != 0            ? stdout
+                                                    : nullptr) {
+        const QString process
+            = lock.holder() ? QStringLiteral(" (process %1)").arg(*lock.holder()) : QString();
+        print(terminal,
+              QStringLiteral("bram: BRAM is running already%1; this copy ends.\n").arg(process));
+    }
+    return EXIT_SUCCESS;
+}
+
 int runProgram(QCoreApplication &application, const bram::LaunchOptions &options,
                bram::SurfaceKind surface)
 {
@@ -47,23 +77,21 @@ int runProgram(QCoreApplication &application, const bram::LaunchOptions &options
 
     std::unique_ptr<bram::PracticeWorld> practice;
     bram::Places places = bram::Places::ofOperator();
-    bram::SingleInstanceLock lock(
-        places.environment.trimmed(QStringLiteral("BRACKWEN_APPROVALS_LOCK_FILE"))
-            .value_or(QLatin1StringView(bram::SingleInstanceLock::defaultLockPath)));
+    bram::SingleInstanceLock lock(bram::SingleInstanceLock::Paths::of(places.environment));
     const bram::SystemClock clock;
     if (wantsPractice(options, places)) {
         if (options.practice == bram::LaunchOptions::Practice::IfUnconfigured) {
             print(stdout,
-                  QStringLiteral("No agent platform is configured here (no BRACKWEN_GATEWAY_URL, "
+                  QStringLiteral("No agent platform is configured here (no BRACKWEN_GATEWAY_URL,\n"
                                  "no readable brackwen.json): starting practice mode.\n"));
         }
         print(stdout,
-              QStringLiteral("Practice mode: made-up requests; nothing is executed, nothing of "
-                             "yours is touched.\n"));
+              QStringLiteral("Practice mode: made-up requests; nothing is executed,\n"
+                             "nothing of yours is touched.\n"));
         if (surface == bram::SurfaceKind::Desktop) {
             print(stdout,
-                  QStringLiteral("The first request comes in a popup; the menu of the shield in "
-                                 "the tray has everything else.\n"));
+                  QStringLiteral("The first request comes in a popup;\n"
+                                 "the menu of the shield in the tray has everything else.\n"));
         }
         auto world = bram::PracticeWorld::create(clock);
         if (!world) {
@@ -71,13 +99,9 @@ int runProgram(QCoreApplication &application, const bram::LaunchOptions &options
             return EXIT_FAILURE;
         }
         practice = *std::move(world);
-    } else if (!lock.acquire()) {
-        if (options.selfTest) {
-            // Success would tell a script that the test was made.
-            print(stderr, QStringLiteral("bram: not tested: another copy is running.\n"));
-            return EXIT_FAILURE;
-        }
-        return EXIT_SUCCESS; // the copy that is running already wins, without a word
+    } else if (const auto result = lock.acquire();
+               result != bram::SingleInstanceLock::Result::Acquired) {
+        return endWithoutLock(lock, result, options);
     } else {
         places.lockFile = lock.path();
     }

@@ -166,6 +166,19 @@ TEST_F(Program, SecondCopyEndsSilentlyAndTheFirstGoesOn)
     auto second = startBram();
     EXPECT_EQ(second->ends(), 0);
     EXPECT_EQ(second->output() + second->errors(), QString());
+    // A person at a terminal is told.
+    ProgramUnderTest third(u"/usr/bin/script"_s,
+                           {u"-qec"_s, QStringLiteral(BRAM_PROGRAM), u"/dev/null"_s}, environment);
+    EXPECT_TRUE(third.says(u"bram: BRAM is running already (process "_s));
+    EXPECT_EQ(third.ends(), 0);
+    // What keeps this one out is no copy.
+    const QString lock = environment.value(u"BRACKWEN_APPROVALS_LOCK_FILE"_s);
+    environment.insert(u"BRACKWEN_APPROVALS_LOCK_FILE"_s, home.path());
+    auto unlocked = startBram();
+    EXPECT_EQ(unlocked->ends(), 1);
+    EXPECT_TRUE(unlocked->errors().startsWith(u"bram: not started, "_s));
+    EXPECT_TRUE(unlocked->errors().endsWith(home.path() + u": it is no regular file\n"_s));
+    environment.insert(u"BRACKWEN_APPROVALS_LOCK_FILE"_s, lock);
     // Practice is no second copy: it has a world of its own.
     auto practice = startBram({u"--practice"_s});
     EXPECT_TRUE(practice->says(u"Practice mode"_s));
