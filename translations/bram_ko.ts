@@ -244,18 +244,6 @@
         <translation>#%1 요청은 다른 곳에서 결정되었습니다.</translation>
     </message>
     <message>
-        <source>expired</source>
-        <translation>만료됨</translation>
-    </message>
-    <message>
-        <source>expires in %1 s</source>
-        <translation>%1초 뒤 만료</translation>
-    </message>
-    <message>
-        <source>expires in %1 min</source>
-        <translation>%1분 뒤 만료</translation>
-    </message>
-    <message>
         <source>agent: not given</source>
         <translation>에이전트: 없음</translation>
     </message>
@@ -831,6 +819,58 @@
         <source>                        in practice: press a button there, say something</source>
         <translation>                        연습 모드: 채팅의 버튼 누르기, 말하기</translation>
     </message>
+    <message>
+        <source>The program ends.</source>
+        <translation>프로그램이 끝납니다.</translation>
+    </message>
+    <message>
+        <source>Request #%1 is written whole, with marks for what could mislead, to: %2</source>
+        <translation>#%1 요청 전체를, 오해할 수 있는 문자는 표시와 함께, 다음에 저장했습니다: %2</translation>
+    </message>
+    <message>
+        <source>Not decided: #%1 had not been shown whole when the line was begun; `show %1` shows it, `save %1 FILE` writes it into a file.</source>
+        <translation>결정하지 않음: 이 줄을 쓰기 시작할 때 #%1 전체가 표시되지 않았습니다. `show %1`로 보거나 `save %1 FILE`로 파일에 저장하세요.</translation>
+    </message>
+    <message>
+        <source>Left out, because they had not been shown whole: </source>
+        <translation>전체가 표시되지 않아 제외됨: </translation>
+    </message>
+    <message>
+        <source>%1 lines were left out here, because they were not read in time; `list` shows the pending requests.</source>
+        <translation>제때 읽지 않아 여기서 %1줄을 생략했습니다. 대기 중인 요청은 `list`로 볼 수 있습니다.</translation>
+    </message>
+    <message>
+        <source>#%1 has expired.</source>
+        <translation>#%1 요청이 만료되었습니다.</translation>
+    </message>
+    <message>
+        <source>made-up requests; nothing is executed</source>
+        <translation>꾸며 낸 요청이며 아무것도 실행되지 않습니다</translation>
+    </message>
+    <message>
+        <source>… %1 characters are left out here …</source>
+        <translation>… 여기서 %1자를 생략함 …</translation>
+    </message>
+    <message>
+        <source>`save %1 FILE` writes all of it into a file.</source>
+        <translation>`save %1 FILE`로 전체를 파일에 저장합니다.</translation>
+    </message>
+    <message>
+        <source>`show %1` shows all of it, `save %1 FILE` writes it into a file.</source>
+        <translation>`show %1`로 전체를 보고, `save %1 FILE`로 파일에 저장합니다.</translation>
+    </message>
+    <message>
+        <source>NOT SHOWN WHOLE: request #%1 has %2 characters in %3 line(s).</source>
+        <translation>전체가 표시되지 않음: #%1 요청은 %3줄, %2자입니다.</translation>
+    </message>
+    <message>
+        <source>Mean time to a decision: –</source>
+        <translation>평균 결정 시간: –</translation>
+    </message>
+    <message>
+        <source>save ID FILE            write the command of one request into a file</source>
+        <translation>save ID FILE            요청 하나의 명령을 파일에 저장</translation>
+    </message>
 </context>
 <context>
     <name>Words</name>
@@ -849,10 +889,6 @@
     <message>
         <source>allowed always</source>
         <translation>영구 승인됨</translation>
-    </message>
-    <message>
-        <source>canceled</source>
-        <translation>취소됨</translation>
     </message>
     <message>
         <source>decided elsewhere</source>
@@ -989,6 +1025,22 @@
     <message>
         <source>app + Brackwen</source>
         <translation>앱 + 브랙웬</translation>
+    </message>
+    <message>
+        <source>expired</source>
+        <translation>만료됨</translation>
+    </message>
+    <message>
+        <source>expires in %1 s</source>
+        <translation>%1초 뒤 만료</translation>
+    </message>
+    <message>
+        <source>expires in %1 min</source>
+        <translation>%1분 뒤 만료</translation>
+    </message>
+    <message>
+        <source>PRACTICE</source>
+        <translation>연습</translation>
     </message>
 </context>
 <context>

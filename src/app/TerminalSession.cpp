@@ -32,6 +32,7 @@ void TerminalSession::start(Core &core, OperatorChat *practiceChat)
                                          .practiceChat = practiceChat,
                                          .language = core.language(),
                                          .sharedPolling = core.sharedPolling(),
+                                         .allowPartlyShown = core.allowPartlyShown(),
                                          .tasks = core.tasks(),
                                          .clock = m_clock,
                                          .input = *m_input,

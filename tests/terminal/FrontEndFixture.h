@@ -71,6 +71,7 @@ protected:
                                              .practiceChat = &chat,
                                              .language = core->language(),
                                              .sharedPolling = core->sharedPolling(),
+                                             .allowPartlyShown = core->allowPartlyShown(),
                                              .tasks = core->tasks(),
                                              .clock = clock,
                                              .input = input,

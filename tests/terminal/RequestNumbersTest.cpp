@@ -89,10 +89,25 @@ TEST(RequestNumbers, ARequestThatWentAwayLeavesItsNameTaken)
                    {u"#1"_s, Kind::Gone, {}, 1},
                    {u"aaa"_s, Kind::Gone, {}, 1}});
 
+    // Another request's id is the number of the one that went.
+    const QList<ApprovalItem> counted {both.last(), item(u"1"_s), item(u"7"_s)};
+    numbers.show(counted.at(1), 11);
+    expectLookups(numbers, counted, 12,
+                  {{u"1"_s, Kind::Gone, {}, 1},
+                   {u"#1"_s, Kind::Gone, {}, 1},
+                   {u"3"_s, Kind::Found, u"1"_s},
+                   {u"7"_s, Kind::Found, u"7"_s}}); // no number yet
+    // The id that a number was, too, when the line was begun has gone.
+    numbers.show(item(u"2"_s), 13);
+    numbers.forget(u"2"_s, 15);
+    expectLookups(numbers, left, 14, {{u"2"_s, Kind::Ambiguous, {}}});
+    expectLookups(numbers, left, 15, {{u"2"_s, Kind::Found, u"aab"_s}});
+    numbers.forget(u"1"_s, 16);
+
     numbers.show(both.first(), 20); // it comes back: a new request
-    EXPECT_EQ(numbers.number(u"aaa"_s), 3);
+    EXPECT_EQ(numbers.number(u"aaa"_s), 5);
     expectLookups(numbers, both, 20,
-                  {{u"1"_s, Kind::Gone, {}, 1}, {u"3"_s, Kind::Found, u"aaa"_s}});
+                  {{u"1"_s, Kind::Gone, {}, 1}, {u"5"_s, Kind::Found, u"aaa"_s}});
     numbers.forget(u"never-shown"_s, 30);
     EXPECT_EQ(numbers.number(u"never-shown"_s), std::nullopt);
 }
@@ -113,6 +128,12 @@ TEST(RequestNumbers, OnlyWhatWasSeenBeforeTheLineWasBegunCanBeAnswered)
     numbers.show(later, 70); // the same question, and still seen since 50
     EXPECT_EQ(numbers.answerability(first, 50), Answerability::Answerable);
     EXPECT_TRUE(numbers.isShown(later) && !numbers.isChanged(later));
+    const ApprovalItem giant = item(u"giant"_s);
+    numbers.show(giant, 50, ShownExtent::Part);
+    numbers.show(giant, 60, ShownExtent::Whole);
+    numbers.show(giant, 70, ShownExtent::Part); // it has been read whole
+    EXPECT_EQ(numbers.answerability(giant, 59), Answerability::ShownInPart);
+    EXPECT_EQ(numbers.answerability(giant, 60), Answerability::Answerable);
     EXPECT_EQ(numbers.answerability(second, 100), Answerability::ChangedSinceShown);
     EXPECT_TRUE(numbers.isChanged(second) && !numbers.isChanged(first));
     numbers.show(second, 80);

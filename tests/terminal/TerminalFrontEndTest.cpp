@@ -98,6 +98,49 @@ TEST_F(FrontEnd, WhatIsAnnouncedIntoAFullOutputIsNotSeenAndStopsNothing)
     typeAndHear(u"allow-once all"_s, u"#2 allowed once."_s);
 }
 
+TEST_F(FrontEnd, AGiantCommandIsAllowedOnlyOnceAllOfItWasShown)
+{
+    const QString refused = u"Not decided: #%1 had not been shown whole"_s;
+    const QByteArray large(100'000, 'x');
+    ApprovalItem reversed = item("a-1");
+    reversed.command = QString(300'000, u'x') + QChar(0x202E) + u"\nthe end"_s;
+    gateway.announce(reversed);
+    EXPECT_TRUE(
+        says(u"NOT SHOWN WHOLE: request #1 has 300009 characters in 2 line(s). `save 1 FILE`"_s));
+    typeAndHear(u"show 1"_s, u"  | the end\n"_s);
+    typeAndHear(u"allow-once 1"_s, refused.arg(1));
+    announceAndSee("b-2", u"request #2 has 100000 characters in 1 line(s). `show 2` shows"_s,
+                   large.constData());
+    typeAndHear(u"allow-always all"_s,
+                u"Left out, because they had not been shown whole: #1 #2\n"_s);
+    EXPECT_TRUE(says(u"There is nothing to decide."_s));
+    EXPECT_LT(allSaid().size(), 200'000);
+
+    const QString file = folder.filePath(u"command.txt"_s);
+    typeAndHear(u"save 1 "_s + file, u"Request #1 is written whole"_s);
+    QFile written(file);
+    ASSERT_TRUE(written.open(QFile::ReadOnly));
+    EXPECT_TRUE(written.readAll().endsWith("x⟨U+202E⟩\nthe end\n"));
+    typeAndHear(u"deny 1"_s, u"#1 denied."_s);
+    typeAndHear(u"show 2"_s, QString::fromLatin1(large));
+    typeAndHear(u"allow-once 2"_s, u"#2 allowed once."_s);
+
+    announceAndSee("c-3", u"request #3 has"_s, large.constData());
+    core->allowPartlyShown().setOn(true);
+    typeAndHear(u"allow-once 3"_s, u"#3 allowed once."_s);
+
+    // Requests that come while nobody reads are shown once somebody does.
+    while (!output.isBehind()) {
+        output.write({{QString(1'000'000, u'.'), LineStyle::Plain}});
+    }
+    simulate(item("d-4"));
+    input.type(u"history"_s);
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(says(u" lines were left out here, because they were not read in time"_s));
+    EXPECT_TRUE(says(u"Request #4"_s));
+    EXPECT_EQ(quits, 0);
+}
+
 TEST_F(FrontEnd, RequestsThatLeaveAreExplainedOnce)
 {
     ApprovalItem expiring = item("a-1");
@@ -123,8 +166,9 @@ TEST_F(FrontEnd, RequestsThatLeaveAreExplainedOnce)
     gateway.announce(leftAlone);
     EXPECT_TRUE(says(u"Request #5"_s));
     clock.current += 20;
-    EXPECT_TRUE(says(u"#5 is no longer pending.\n"_s));
-    EXPECT_EQ(allSaid().count("no longer pending"_L1), 2);
+    EXPECT_TRUE(says(u"#5 has expired.\n"_s));
+    EXPECT_EQ(allSaid().count("no longer pending"_L1), 1);
+    EXPECT_EQ(allSaid().count("has expired"_L1), 1);
     EXPECT_TRUE(received.isEmpty());
 }
 
@@ -160,7 +204,7 @@ TEST_F(FrontEnd, CommandsAnswerAndWrongOnesChangeNothing)
         {u"show \x1b"_s, u"No pending request is meant by: ⟨U+001B⟩\n"_s},
         {u"show a-2"_s, u"Request #2\n  agent: main\n  id: a-2\n  | ls -la\n"_s},
         {u"list"_s, u"#1  id: a-1  agent: main\n  | ls -la\n#2  id: a-2"_s},
-        {u"history"_s, u"pending  ls -la\n"_s},
+        {u"history"_s, u"Nothing has happened yet.\n"_s},
         {u"activity"_s, u"Nothing has happened yet."_s},
         {u"metrics"_s, u"Requests seen: 2\n"_s},
         {u"status"_s, u"Gateway: Gateway connected\n"_s},

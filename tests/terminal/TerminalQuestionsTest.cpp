@@ -97,6 +97,8 @@ TEST_F(Questions, ACommandStaysACommandAndRequestsAreDecidedMeanwhile)
     ask(u"One?"_s, {u"list"_s, u"No"_s});
     EXPECT_TRUE(says(u"One?"_s));
     typeAndHear(u"list"_s, u"No requests are pending."_s);
+    typeAndHear(u"always-allow remove 15"_s,
+                u"Write it so: always-allow remove DIGEST app|brackwen|both\n"_s);
     announceAndSee("a-1", u"Request #1"_s);
     EXPECT_TRUE(says(u"  | ls -la\n"_s));
     typeAndHear(u"deny 1"_s, u"#1 denied."_s);
@@ -131,7 +133,7 @@ TEST_F(Questions, AFileIsAPathThatCanBeUsed)
     askForFile(FileQuestion::Kind::SaveFile);
     typeAndHear(u"report.md"_s,
                 u"Neither a command nor a path beginning with / or . or ~: report"_s);
-    typeAndHear(u"deny 1 2"_s, u"Neither a command nor a path"_s);
+    typeAndHear(u"deny 1 2"_s, u"Say which request: deny ID|all"_s);
     typeAndHear(home, u"This is a folder: "_s);
     typeAndHear(home + u"/no/report.md"_s, u"There is no folder for this file: "_s);
     EXPECT_TRUE(files.isEmpty());

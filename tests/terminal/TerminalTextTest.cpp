@@ -106,6 +106,37 @@ TEST(TerminalText, NothingFromOutsideControlsTheTerminalOrLooksLikeALineOfItsOwn
     }
 }
 
+TEST(TerminalText, AGiantCommandIsShownWithItsBeginningAndItsEndAndNoCharacterIsTorn)
+{
+    for (const qsizetype accents : {0, 1}) { // so that the cut falls on either half of a pair
+        const QString command = QString(accents, u'x') + u"😀"_s.repeated(20'000) + u'y';
+        const TerminalLines lines
+            = requestLines(item(command), 7, RequestOccasion::Arrived, now, 0);
+        const QStringList parts = commandOf(lines).split(u'\n');
+        ASSERT_EQ(parts.size(), 2);
+        EXPECT_TRUE(command.startsWith(parts.first()) && command.endsWith(parts.last()));
+        EXPECT_TRUE(textOf(lines).contains(u"… %1 characters are left out here …"_s.arg(
+            command.size() - parts.first().size() - parts.last().size())));
+        EXPECT_EQ(commandOf(requestLines(item(command), 7, RequestOccasion::Shown, now, 0)),
+                  command);
+    }
+    const QString manyLines = u"a\n"_s.repeated(1000);
+    const QString shown
+        = commandOf(requestLines(item(manyLines), 7, RequestOccasion::Listed, now, 80));
+    EXPECT_EQ(shown.count(u'a'), 20 + 4);
+}
+
+TEST(TerminalText, TheHistoryIsOfWhatIsOverAndMarksLineBreaksLightly)
+{
+    const TerminalLines lines
+        = historyLines({{{}, u"a"_s, u"waits"_s, ApprovalHistoryState::Pending, {}},
+                        {{}, u"b"_s, u"cd x\nls"_s, ApprovalHistoryState::Canceled, {}}},
+                       0);
+    EXPECT_EQ(lines.size(), 1);
+    EXPECT_TRUE(textOf(lines).endsWith(u"expired  cd x⏎ls"_s));
+    EXPECT_TRUE(textOf(metricsLines({}, 0)).contains(u"Mean time to a decision: –"_s));
+}
+
 TEST(TerminalText, WarnsOfWhatMisleadsAndNotOfIndentation)
 {
     const std::pair<QString, bool> rows[] = {

@@ -26,7 +26,8 @@ constexpr WordRow<ApprovalHistoryState> historyStates[] = {
     {ApprovalHistoryState::AllowOnce, QT_TRANSLATE_NOOP("Words", "allowed once")},
     {ApprovalHistoryState::AllowAlways, QT_TRANSLATE_NOOP("Words", "allowed always")},
     {ApprovalHistoryState::Deny, QT_TRANSLATE_NOOP("Words", "denied")},
-    {ApprovalHistoryState::Canceled, QT_TRANSLATE_NOOP("Words", "canceled")},
+    // Nothing but the end of its time takes a request away undecided.
+    {ApprovalHistoryState::Canceled, QT_TRANSLATE_NOOP("Words", "expired")},
     {ApprovalHistoryState::Resolved, QT_TRANSLATE_NOOP("Words", "decided elsewhere")},
 };
 
@@ -142,6 +143,25 @@ QString activityActorWord(ActivityActor actor)
 QString tokenStateWords(TokenSyncState state)
 {
     return wordFor(tokenStates, state);
+}
+
+QString timeLeftWords(const ApprovalItem &item, qint64 nowMs)
+{
+    if (item.expiresAtMs < 1) {
+        return {};
+    }
+    if (isApprovalExpired(item, nowMs)) {
+        return QCoreApplication::translate("Words", "expired");
+    }
+    const qint64 seconds = (item.expiresAtMs - nowMs + 999) / 1000;
+    return seconds < 120
+        ? QCoreApplication::translate("Words", "expires in %1 s").arg(seconds)
+        : QCoreApplication::translate("Words", "expires in %1 min").arg(seconds / 60);
+}
+
+QString practiceMark()
+{
+    return QCoreApplication::translate("Words", "PRACTICE");
 }
 
 } // namespace bram

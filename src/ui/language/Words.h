@@ -5,6 +5,7 @@
 #include "model/ActivityEntry.h"
 #include "model/AlwaysAllowSource.h"
 #include "model/ApprovalHistoryEntry.h"
+#include "model/ApprovalItem.h"
 #include "model/AskReason.h"
 #include "model/IndicatorState.h"
 
@@ -24,5 +25,9 @@ QString activityActionWord(ActivityAction action);
 QString alwaysAllowSourceWord(AlwaysAllowSource source);
 QString activityActorWord(ActivityActor actor);
 QString tokenStateWords(TokenSyncState state);
+/// "expires in 42 s", or that it has; empty for a request that does not expire.
+QString timeLeftWords(const ApprovalItem &item, qint64 nowMs);
+/// What says on every surface that nothing is real.
+QString practiceMark();
 
 } // namespace bram

@@ -95,11 +95,11 @@ constexpr std::array telegramCommands {
     TelegramRow {u"token source keyring", TelegramCommand::UseKeyring},
 };
 
-using Parsed = std::expected<TerminalCommand, Error>;
+using Parsed = std::expected<TerminalCommand, LineFault>;
 
 Parsed fault(const QString &message)
 {
-    return std::unexpected(Error {message});
+    return std::unexpected(LineFault {{message}});
 }
 
 Parsed whichRequest(const QString &word, const QString &after)
@@ -154,9 +154,9 @@ Parsed parseTelegram(const QString &rest)
     const auto row = std::ranges::find(telegramCommands, QStringView(words), &TelegramRow::words);
     return row != telegramCommands.end()
         ? Parsed(row->command)
-        : fault(TerminalTr::tr(
-            "Write it so: telegram status|reload, telegram token set|clear|source, telegram token "
-            "source environment|keyring. The token itself is asked for."));
+        : fault(TerminalTr::tr("Write it so: telegram status|reload, telegram token "
+                               "set|clear|source, telegram token "
+                               "source environment|keyring. The token itself is asked for."));
 }
 
 /// `rest` is what stands after `chat`.
@@ -187,7 +187,7 @@ QString beginningOfTyped(const QString &text)
     return beginning.size() < text.size() ? beginning + u'…' : beginning;
 }
 
-std::expected<TerminalCommand, Error> parseCommandLine(QStringView line)
+std::expected<TerminalCommand, LineFault> parseCommandLine(QStringView line)
 {
     const QStringList words = line.toString().simplified().split(u' ', Qt::SkipEmptyParts);
     if (words.isEmpty()) {
@@ -208,6 +208,12 @@ std::expected<TerminalCommand, Error> parseCommandLine(QStringView line)
     const QString rest = line.trimmed().sliced(word.size()).trimmed().toString();
     if (word == "show"_L1) {
         return words.size() == 2 ? Parsed(ShowCommand {words.at(1)}) : whichRequest(word, u"ID"_s);
+    }
+    if (word == "save"_L1) {
+        const QString target = words.value(1);
+        const QString path = rest.sliced(target.size()).trimmed();
+        return path.isEmpty() ? whichRequest(word, u"ID FILE"_s)
+                              : Parsed(SaveCommand {target, path});
     }
     if (word == "agent"_L1) {
         return rest.isEmpty() ? fault(TerminalTr::tr("Say which agent: agent NAME"))
@@ -240,8 +246,9 @@ std::expected<TerminalCommand, Error> parseCommandLine(QStringView line)
             : Parsed(FileCommand {file->purpose, rest});
     }
     // Somebody may have typed the token where a command belongs.
-    return fault(
-        TerminalTr::tr("Unknown command: %1 (try `help`)").arg(beginningOfTyped(redacted(word))));
+    return std::unexpected(LineFault {
+        {TerminalTr::tr("Unknown command: %1 (try `help`)").arg(beginningOfTyped(redacted(word)))},
+        true});
 }
 
 } // namespace bram

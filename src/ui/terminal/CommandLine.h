@@ -40,6 +40,14 @@ struct ShowCommand {
     bool operator==(const ShowCommand &) const = default;
 };
 
+/// `save ID FILE`: the path is all that stands after the id
+struct SaveCommand {
+    QString target;
+    QString path;
+
+    bool operator==(const SaveCommand &) const = default;
+};
+
 /// `allow-once ID`, `allow-always ID`, `deny ID`
 struct DecideCommand {
     ApprovalDecision decision = ApprovalDecision::Deny;
@@ -136,13 +144,17 @@ struct ChatCommand {
 };
 
 using TerminalCommand
-    = std::variant<PlainCommand, ShowCommand, DecideCommand, DecideAllCommand, AgentCommand,
-                   LanguageCommand, SharedPollingCommand, FileCommand, AlwaysAllowCommand,
-                   TelegramCommand, ChatCommand>;
+    = std::variant<PlainCommand, ShowCommand, SaveCommand, DecideCommand, DecideAllCommand,
+                   AgentCommand, LanguageCommand, SharedPollingCommand, FileCommand,
+                   AlwaysAllowCommand, TelegramCommand, ChatCommand>;
 
-/// Reads one line as typed. Words are told apart by blanks and compared exactly; the error is one line,
-/// in the operator's language, that says what is wrong. It may repeat what was typed as it was.
-std::expected<TerminalCommand, Error> parseCommandLine(QStringView line);
+/// What is wrong with a line, in one line and in the operator's language. It may repeat what was typed as it was.
+struct LineFault : Error {
+    bool isUnknownWord = false; ///< else the line begins as a command and goes on wrongly
+};
+
+/// Reads one line as typed. Words are told apart by blanks and compared exactly.
+std::expected<TerminalCommand, LineFault> parseCommandLine(QStringView line);
 
 /// As much of what was typed as a message repeats.
 QString beginningOfTyped(const QString &text);

@@ -1,10 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ui/terminal/RequestDialogue.h"
 
+#include "config/StoredSwitch.h"
+#include "model/HonestDisplay.h"
 #include "monitor/ApprovalMonitor.h"
+#include "system/BackgroundTasks.h"
 #include "system/Clock.h"
+#include "system/Files.h"
+#include "ui/terminal/TerminalPrompts.h"
 #include "ui/terminal/TerminalTr.h"
 #include "ui/terminal/TerminalVoice.h"
+#include "ui/terminal/TypedPath.h"
+
+#include <QFileInfo>
 
 #include <algorithm>
 #include <limits>
@@ -20,10 +28,13 @@ namespace
 constexpr QLatin1StringView everything("all"); ///< in place of an id
 } // namespace
 
-RequestDialogue::RequestDialogue(ApprovalMonitor &monitor, TerminalVoice &voice, const Clock &clock)
-    : m_monitor(monitor)
-    , m_voice(voice)
-    , m_clock(clock)
+RequestDialogue::RequestDialogue(const Collaborators &collaborators)
+    : m_monitor(collaborators.monitor)
+    , m_prompts(collaborators.prompts)
+    , m_tasks(collaborators.tasks)
+    , m_voice(collaborators.voice)
+    , m_allowPartlyShown(collaborators.allowPartlyShown)
+    , m_clock(collaborators.clock)
 {
 }
 
@@ -67,6 +78,56 @@ void RequestDialogue::show(const QString &target, DialogueMoment begunAt)
     }
 }
 
+void RequestDialogue::save(const SaveCommand &command, DialogueMoment begunAt)
+{
+    const auto path = usableTypedPath(command.path, FileQuestion::Kind::SaveFile);
+    if (!path) {
+        m_voice.say(path.error().message, LineStyle::Warning);
+    } else if (const auto item = find(command.target, begunAt)) {
+        m_tasks.spawn(write(this, *item, *path), u"save"_s);
+    }
+}
+
+QCoro::Task<> RequestDialogue::write(QPointer<RequestDialogue> self, ApprovalItem item,
+                                     QString path)
+{
+    if (QFileInfo::exists(path)) {
+        const bool agreed = co_await self->m_prompts.agreeToReplace(path);
+        if (!self || !agreed) {
+            co_return;
+        }
+    }
+    using Written = std::expected<void, Error>;
+    std::function<Written()> work = [command = item.command, path] {
+        return writeWholeFile(path, honestDisplay(command).text.toUtf8() + '\n');
+    };
+    const Written ended = std::unexpected(Error {TerminalTr::tr("The program ends.")});
+    const Written written = co_await self->m_worker.run<Written>(ended, std::move(work));
+    if (!self) {
+        co_return;
+    }
+    if (!written) {
+        self->m_voice.say(written.error().message, LineStyle::Warning);
+        co_return;
+    }
+    self->m_voice.say(TerminalTr::tr("Request #%1 is written whole, with marks for what could "
+                                     "mislead, to: %2")
+                          .arg(QString::number(self->m_numbers.give(item.approvalId)), path));
+    const ApprovalItem *now = self->m_monitor.board().find(item.approvalId);
+    if (now != nullptr && isSameQuestion(*now, item)) {
+        self->m_numbers.show(item, self->m_voice.given());
+    }
+}
+
+Answerability RequestDialogue::answerability(const ApprovalItem &item, ApprovalDecision decision,
+                                             DialogueMoment begunAt) const
+{
+    const Answerability answerability = m_numbers.answerability(item, begunAt);
+    const bool mayBePart = decision == ApprovalDecision::Deny || m_allowPartlyShown.isOn();
+    return answerability == Answerability::ShownInPart && mayBePart ? Answerability::Answerable
+                                                                    : answerability;
+}
+
 void RequestDialogue::decide(const DecideCommand &command, DialogueMoment begunAt)
 {
     const auto item = find(command.target, begunAt);
@@ -74,10 +135,17 @@ void RequestDialogue::decide(const DecideCommand &command, DialogueMoment begunA
         return;
     }
     const QString &id = item->approvalId;
-    switch (m_numbers.answerability(*item, begunAt)) {
+    switch (answerability(*item, command.decision, begunAt)) {
     case Answerability::Answerable:
         m_monitor.decisions().resolve(id, command.decision, DecisionOrigin::local(),
                                       ActivityTracking::Record);
+        break;
+    case Answerability::ShownInPart:
+        m_voice.say(TerminalTr::tr("Not decided: #%1 had not been shown whole when the line was "
+                                   "begun; `show %1` shows it, `save %1 FILE` writes it into a "
+                                   "file.")
+                        .arg(m_numbers.give(id)),
+                    LineStyle::Warning);
         break;
     case Answerability::NotShown:
         m_voice.say(
@@ -104,6 +172,7 @@ void RequestDialogue::decideAll(ApprovalDecision decision, DialogueMoment begunA
     QStringList ids;
     QStringList later;
     QStringList changed;
+    QStringList inPart;
     qsizetype notShownCount = 0;
     for (const ApprovalItem &item : m_monitor.board().displayItems()) {
         if (item.approvalId == everything) {
@@ -111,15 +180,22 @@ void RequestDialogue::decideAll(ApprovalDecision decision, DialogueMoment begunA
                         LineStyle::Warning);
             return;
         }
-        const Answerability answerability = m_numbers.answerability(item, begunAt);
-        if (answerability == Answerability::Answerable) {
+        switch (answerability(item, decision, begunAt)) {
+        case Answerability::Answerable:
             ids.append(item.approvalId);
-        } else if (answerability == Answerability::ChangedSinceShown) {
+            break;
+        case Answerability::ShownInPart:
+            inPart.append(u"#%1"_s.arg(m_numbers.give(item.approvalId)));
+            break;
+        case Answerability::ChangedSinceShown:
             changed.append(u"#%1"_s.arg(m_numbers.give(item.approvalId)));
-        } else if (answerability == Answerability::NotShown) {
+            break;
+        case Answerability::NotShown:
             ++notShownCount;
-        } else {
+            break;
+        case Answerability::ShownSince:
             later.append(u"#%1"_s.arg(m_numbers.give(item.approvalId)));
+            break;
         }
     }
     if (!later.isEmpty()) {
@@ -132,6 +208,11 @@ void RequestDialogue::decideAll(ApprovalDecision decision, DialogueMoment begunA
                         + changed.join(u' '),
                     LineStyle::Warning);
         announce();
+    }
+    if (!inPart.isEmpty()) {
+        m_voice.say(TerminalTr::tr("Left out, because they had not been shown whole: ")
+                        + inPart.join(u' '),
+                    LineStyle::Warning);
     }
     if (notShownCount > 0) {
         m_voice.say(
@@ -186,6 +267,9 @@ void RequestDialogue::announce()
     }
     m_voice.readWaiting(); // typed before what is shown now
     forgetVanished();
+    if (m_voice.isBehind()) {
+        return; // the reader would miss it; `goOnAfterGap` shows it
+    }
     QList<ApprovalItem> arrived;
     QList<ApprovalItem> changed;
     for (const ApprovalItem &item : notShown()) {
@@ -206,6 +290,17 @@ void RequestDialogue::announce()
         m_voice.say(TerminalTr::tr("%1 more requests; `list` shows them.").arg(more.size()),
                     LineStyle::Warning);
     }
+}
+
+void RequestDialogue::goOnAfterGap(qint64 linesLeftOut)
+{
+    if (linesLeftOut > 0) {
+        m_voice.say(TerminalTr::tr("%1 lines were left out here, because they were not read in "
+                                   "time; `list` shows the pending requests.")
+                        .arg(linesLeftOut),
+                    LineStyle::Warning);
+    }
+    announce();
 }
 
 /// Requests that left the board without a word: pushed out by newer ones.
@@ -244,7 +339,7 @@ void RequestDialogue::explainLeaving()
         if (leaving.state == ApprovalHistoryState::Resolved) {
             m_voice.say(TerminalTr::tr("#%1 was decided elsewhere.").arg(leaving.number));
         } else if (leaving.state == ApprovalHistoryState::Canceled) {
-            m_voice.say(TerminalTr::tr("#%1 is no longer pending.").arg(leaving.number));
+            m_voice.say(TerminalTr::tr("#%1 has expired.").arg(leaving.number));
         }
     }
 }
@@ -277,9 +372,11 @@ void RequestDialogue::showRequests(const QList<ApprovalItem> &items, RequestOcca
         lines.append(requestLines(item, m_numbers.give(item.approvalId), occasion, m_clock.nowMs(),
                                   m_voice.columns(), m_monitor.board().askReason(item.approvalId)));
     }
-    m_voice.print(lines);
+    if (!m_voice.print(lines)) {
+        return; // not seen
+    }
     for (const ApprovalItem &item : items) {
-        m_numbers.show(item, m_voice.given());
+        m_numbers.show(item, m_voice.given(), shownExtent(item, occasion));
     }
 }
 

@@ -23,7 +23,7 @@ int RequestNumbers::give(const QString &approvalId)
     return shown.number;
 }
 
-void RequestNumbers::show(const ApprovalItem &item, DialogueMoment shownBy)
+void RequestNumbers::show(const ApprovalItem &item, DialogueMoment shownBy, ShownExtent extent)
 {
     give(item.approvalId);
     Shown &shown = m_shown[item.approvalId];
@@ -31,6 +31,10 @@ void RequestNumbers::show(const ApprovalItem &item, DialogueMoment shownBy)
         || !isSameQuestion(*shown.item, item)) { // else: seen before, and still seen since then
         shown.item = item;
         shown.at = shownBy;
+        shown.wholeAt.reset();
+    }
+    if (extent == ShownExtent::Whole && !shown.wholeAt) {
+        shown.wholeAt = shownBy;
     }
 }
 
@@ -85,7 +89,8 @@ std::optional<int> RequestNumbers::numberMeant(const QString &text) const
 }
 
 RequestLookup RequestNumbers::findNumbered(const QString &text, int number,
-                                           const QList<ApprovalItem> &pending) const
+                                           const QList<ApprovalItem> &pending,
+                                           DialogueMoment begunAt) const
 {
     using Kind = RequestLookup::Kind;
     const ApprovalItem *numbered = nullptr;
@@ -99,13 +104,18 @@ RequestLookup RequestNumbers::findNumbered(const QString &text, int number,
             exact = &item;
         }
     }
-    if (numbered && exact && numbered != exact) {
+    if (number == 0) {
+        return exact ? RequestLookup {Kind::Found, *exact, 0} : RequestLookup {};
+    }
+    if (!numbered) {
+        return {Kind::Gone, {}, number}; // also where another request has the text for its id
+    }
+    const bool wasIdToo = std::ranges::any_of(
+        m_gone, [&](const Gone &gone) { return gone.at > begunAt && gone.approvalId == text; });
+    if ((exact && exact != numbered) || wasIdToo) {
         return {Kind::Ambiguous, {}, 0};
     }
-    if (numbered || exact) {
-        return {Kind::Found, numbered ? *numbered : *exact, 0};
-    }
-    return {number > 0 ? Kind::Gone : Kind::Unknown, {}, number};
+    return {Kind::Found, *numbered, 0};
 }
 
 RequestLookup RequestNumbers::find(const QString &text, const QList<ApprovalItem> &pending,
@@ -113,7 +123,7 @@ RequestLookup RequestNumbers::find(const QString &text, const QList<ApprovalItem
 {
     using Kind = RequestLookup::Kind;
     if (const auto number = numberMeant(text)) {
-        return findNumbered(text, *number, pending);
+        return findNumbered(text, *number, pending, begunAt);
     }
     const ApprovalItem *begunWith = nullptr;
     qsizetype beginnings = 0;
@@ -153,7 +163,11 @@ Answerability RequestNumbers::answerability(const ApprovalItem &item, DialogueMo
     if (!isSameQuestion(*it->item, item)) {
         return Answerability::ChangedSinceShown;
     }
-    return it->at <= begunAt ? Answerability::Answerable : Answerability::ShownSince;
+    if (it->at > begunAt) {
+        return Answerability::ShownSince;
+    }
+    return it->wholeAt && *it->wholeAt <= begunAt ? Answerability::Answerable
+                                                  : Answerability::ShownInPart;
 }
 
 } // namespace bram

@@ -35,9 +35,16 @@ struct RequestLookup {
 /// Whether a line may decide a request.
 enum class Answerability {
     Answerable,
+    ShownInPart, ///< the operator has seen its beginning only
     NotShown, ///< the operator has not seen it
     ShownSince, ///< shown only after the line was begun
     ChangedSinceShown, ///< not what the operator has seen
+};
+
+/// How much of a request's command has been shown.
+enum class ShownExtent {
+    Part,
+    Whole,
 };
 
 /// The numbers under which the operator knows requests, and what they had seen of them at which moment.
@@ -51,7 +58,8 @@ public:
     int give(const QString &approvalId);
 
     /// Notes that the operator is shown this question, and at which moment the last of it was out.
-    void show(const ApprovalItem &item, DialogueMoment shownBy);
+    void show(const ApprovalItem &item, DialogueMoment shownBy,
+              ShownExtent extent = ShownExtent::Whole);
 
     /// Whether this question has been shown.
     bool isShown(const ApprovalItem &item) const;
@@ -67,8 +75,8 @@ public:
     QStringList knownIds() const { return m_shown.keys(); }
 
     /// Finds the request that `text` names on a line begun at `begunAt`: an id, a number (`3`, `#3`) or
-    /// the beginning of exactly one id. Digits alone are a number or a whole id, never a beginning: a
-    /// mistyped number must not meet another request. A text that fits in two ways is ambiguous, and so
+    /// the beginning of exactly one id. Digits alone are a number or, where no such number was ever given, a
+    /// whole id, never a beginning: a number must not meet another request, mistyped or late. A text that fits in two ways is ambiguous, and so
     /// is one that became unique only because another request went away since the line was begun.
     RequestLookup find(const QString &text, const QList<ApprovalItem> &pending,
                        DialogueMoment begunAt) const;
@@ -80,6 +88,7 @@ private:
         int number = 0;
         std::optional<ApprovalItem> item; ///< nothing until it has been shown
         DialogueMoment at = 0;
+        std::optional<DialogueMoment> wholeAt {}; ///< nothing while only a part has been
     };
     struct Gone {
         int number = 0;
@@ -89,8 +98,8 @@ private:
 
     /// The number that `text` is, 0 for one that was never given; nothing for what is no number.
     std::optional<int> numberMeant(const QString &text) const;
-    RequestLookup findNumbered(const QString &text, int number,
-                               const QList<ApprovalItem> &pending) const;
+    RequestLookup findNumbered(const QString &text, int number, const QList<ApprovalItem> &pending,
+                               DialogueMoment begunAt) const;
 
     QHash<QString, Shown> m_shown;
     QList<Gone> m_gone; ///< the latest ones, oldest first

@@ -3,6 +3,7 @@
 
 #include "monitor/ApprovalMonitor.h"
 #include "monitor/ReliabilityExercises.h"
+#include "ui/language/Words.h"
 #include "ui/terminal/LineSource.h"
 #include "ui/terminal/TerminalOutput.h"
 #include "ui/terminal/TerminalText.h"
@@ -12,6 +13,8 @@
 
 namespace bram
 {
+
+using namespace Qt::StringLiterals;
 
 namespace
 {
@@ -26,7 +29,12 @@ TerminalFrontEnd::TerminalFrontEnd(const Collaborators &collaborators)
     , m_voice(collaborators.input, collaborators.output)
     , m_prompts(m_voice)
     , m_gatewayNews(collaborators.monitor.gatewayStatus(), m_voice)
-    , m_requests(collaborators.monitor, m_voice, collaborators.clock)
+    , m_requests({.monitor = collaborators.monitor,
+                  .prompts = m_prompts,
+                  .tasks = collaborators.tasks,
+                  .voice = m_voice,
+                  .allowPartlyShown = collaborators.allowPartlyShown,
+                  .clock = collaborators.clock})
     , m_settings({.agents = collaborators.monitor.agents(),
                   .language = collaborators.language,
                   .sharedPolling = collaborators.sharedPolling,
@@ -57,12 +65,15 @@ TerminalFrontEnd::TerminalFrontEnd(const Collaborators &collaborators)
     });
     connect(&input, &LineSource::endOfInput, this, &TerminalFrontEnd::quit);
     connect(&collaborators.output, &TerminalOutput::closed, this, &TerminalFrontEnd::quit);
+    connect(&collaborators.output, &TerminalOutput::caughtUp, &m_requests,
+            &RequestDialogue::goOnAfterGap);
 }
 
 void TerminalFrontEnd::start()
 {
-    m_voice.say(TerminalTr::tr("Requests for approval appear here. `help` lists the commands."),
-                LineStyle::Quiet);
+    const QString greeting
+        = TerminalTr::tr("Requests for approval appear here. `help` lists the commands.");
+    m_voice.say(isPractice() ? practiceMark() + u": "_s + greeting : greeting, LineStyle::Quiet);
     m_gatewayNews.start();
     m_requests.start();
     m_collaborators.input.start();
@@ -82,7 +93,9 @@ void TerminalFrontEnd::onLine(const QString &text, DialogueMoment begunAt)
     const bool isForQuestion
         = m_prompts.isAsking() && (!command || *command == TerminalCommand(PlainCommand::Nothing));
     if (isForQuestion) {
-        m_prompts.takeLine(text, begunAt);
+        m_prompts.takeLine(text, begunAt,
+                           command || command.error().isUnknownWord ? QString()
+                                                                    : command.error().message);
     } else if (command) {
         carryOut(*command, begunAt);
     } else {
@@ -96,6 +109,7 @@ void TerminalFrontEnd::carryOut(const TerminalCommand &command, DialogueMoment b
         Overloaded {
             [&](PlainCommand plain) { run(plain); },
             [&](const ShowCommand &wish) { m_requests.show(wish.target, begunAt); },
+            [&](const SaveCommand &wish) { m_requests.save(wish, begunAt); },
             [&](const DecideCommand &wish) { m_requests.decide(wish, begunAt); },
             [&](const DecideAllCommand &wish) { m_requests.decideAll(wish.decision, begunAt); },
             [&](const AgentCommand &wish) { m_settings.chooseAgent(wish.agentId); },
@@ -128,6 +142,11 @@ void TerminalFrontEnd::run(PlainCommand command)
         m_voice.print(activityLines(board.activity(), columns));
         break;
     case PlainCommand::Status:
+        if (isPractice()) {
+            m_voice.say(practiceMark() + u": "_s
+                            + TerminalTr::tr("made-up requests; nothing is executed"),
+                        LineStyle::Warning);
+        }
         m_voice.print(statusLines(monitor.gatewayStatus().lines(), pendingCount,
                                   m_requests.notShown().size(), columns));
         m_telegram.sayStatus();

@@ -35,6 +35,7 @@ public:
         OperatorChat *practiceChat = nullptr; ///< only in practice
         LanguageChoice &language;
         SharedPollingSetting &sharedPolling;
+        StoredSwitch &allowPartlyShown;
         BackgroundTasks &tasks;
         const Clock &clock;
         LineSource &input;
@@ -55,6 +56,7 @@ Q_SIGNALS:
 private:
     void onLine(const QString &text, DialogueMoment begunAt);
     void carryOut(const TerminalCommand &command, DialogueMoment begunAt);
+    bool isPractice() const { return m_collaborators.practiceChat != nullptr; }
     void run(PlainCommand command);
     void quit();
 

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <utility>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -21,7 +22,9 @@ namespace
 {
 /// What a pipe that has room at all takes without blocking.
 constexpr qsizetype chunkBytes = 4096;
-/// A reader so far behind will not come back; what it has missed must not fill the memory.
+/// Of a reader who is farther behind nobody can say when it will read on; what it misses must not fill the memory.
+constexpr qsizetype behindBytes = 4 * 1024 * 1024;
+/// What is written to any reader, however far behind, ends here: a question, the line being typed.
 constexpr qsizetype maxWaitingBytes = 64 * 1024 * 1024;
 
 QLatin1StringView escapeOf(LineStyle style)
@@ -60,7 +63,8 @@ bool hasRoom(int descriptor, int timeoutMs)
 TerminalOutput::TerminalOutput(int descriptor)
     : m_descriptor(descriptor)
     , m_isTerminal(isatty(descriptor) == 1)
-    , m_hasColours(m_isTerminal && qEnvironmentVariableIsEmpty("NO_COLOR"))
+    , m_hasColours(m_isTerminal && qEnvironmentVariableIsEmpty("NO_COLOR")
+                   && qgetenv("TERM") != "dumb")
     , m_notifier(QSocketNotifier::Write)
 {
     // A reader that goes away is an error of the write, not the end of the program.
@@ -90,8 +94,17 @@ int TerminalOutput::columns() const
     return !m_isTerminal ? 0 : isKnown && size.ws_col > 0 ? size.ws_col : 80;
 }
 
-void TerminalOutput::write(const TerminalLines &lines)
+bool TerminalOutput::isBehind() const
 {
+    return m_waiting.size() > behindBytes;
+}
+
+bool TerminalOutput::write(const TerminalLines &lines, WhenBehind whenBehind)
+{
+    if (isBehind() && whenBehind == WhenBehind::LeaveOut) {
+        m_linesLeftOut += lines.size();
+        return false;
+    }
     QString text;
     for (const TerminalLine &line : lines) {
         const QLatin1StringView escape = m_hasColours ? escapeOf(line.style) : QLatin1StringView();
@@ -99,18 +112,16 @@ void TerminalOutput::write(const TerminalLines &lines)
             + u'\n';
     }
     writeRaw(text.toUtf8());
+    return true;
 }
 
 void TerminalOutput::writeRaw(QByteArrayView bytes)
 {
-    if (m_closed) {
-        return;
-    }
-    if (m_waiting.size() + bytes.size() > maxWaitingBytes) {
-        close();
+    if (m_closed || m_waiting.size() > maxWaitingBytes) {
         return;
     }
     m_waiting.append(bytes);
+    m_wasBehind = m_wasBehind || isBehind();
     writeWaiting();
 }
 
@@ -130,6 +141,11 @@ void TerminalOutput::writeWaiting()
     }
     m_written += done;
     m_waiting.remove(0, done);
+    if (!m_closed && m_waiting.isEmpty() && std::exchange(m_wasBehind, false)) {
+        QMetaObject::invokeMethod(
+            this, [this, count = std::exchange(m_linesLeftOut, 0)] { Q_EMIT caughtUp(count); },
+            Qt::QueuedConnection);
+    }
     const bool mustWait = !m_closed && !m_waiting.isEmpty();
     if (mustWait && m_notifier.socket() < 0) {
         m_notifier.setSocket(m_descriptor);

@@ -12,9 +12,11 @@ namespace bram
 {
 
 /// Writes the operator's lines to standard output, in order and without ever waiting for the reader:
-/// what the reader has no room for is kept until it has. Main thread.
+/// what the reader has no room for is kept until it has. A reader who is too far behind for that misses
+/// lines, and is told how many. Main thread.
 ///
-/// Colours are used on a terminal only, and not when the environment has NO_COLOR. Whatever a line holds,
+/// Colours are used on a terminal only, and neither on one that knows no escapes (TERM=dumb) nor when the
+/// environment has NO_COLOR. Whatever a line holds,
 /// no control character of it reaches the terminal.
 class TerminalOutput final : public QObject
 {
@@ -25,9 +27,17 @@ public:
     ~TerminalOutput() override;
     Q_DISABLE_COPY_MOVE(TerminalOutput)
 
-    void write(const TerminalLines &lines);
+    /// For a reader who is far behind.
+    enum class WhenBehind {
+        LeaveOut,
+        Keep, ///< for what has to be seen, as a question; there is never much of it
+    };
+    /// False when the lines were left out.
+    bool write(const TerminalLines &lines, WhenBehind whenBehind = WhenBehind::LeaveOut);
     /// For the line editor, which controls the cursor.
     void writeRaw(QByteArrayView bytes);
+    /// The reader has not taken what was written before; more lines would be left out.
+    bool isBehind() const;
 
     bool isTerminal() const { return m_isTerminal; }
     /// Width of the terminal; 0 when the output is none.
@@ -44,6 +54,9 @@ public:
 Q_SIGNALS:
     /// Nobody reads any more; nothing can be shown from now on. Emitted once, in a turn of its own.
     void closed();
+    /// A reader who was far behind has taken everything but the `linesLeftOut` lines that were left out. In a turn
+    /// of its own.
+    void caughtUp(qint64 linesLeftOut);
 
 private:
     void writeWaiting();
@@ -56,6 +69,8 @@ private:
     bool m_closed = false;
     QByteArray m_waiting;
     DialogueMoment m_written = 0;
+    bool m_wasBehind = false; ///< and has not caught up
+    qint64 m_linesLeftOut = 0;
     QSocketNotifier m_notifier;
 };
 

@@ -4,6 +4,7 @@
 #include "model/HonestDisplay.h"
 #include "ui/terminal/CommandLine.h"
 #include "ui/terminal/TerminalRows.h"
+#include "ui/terminal/TerminalText.h"
 #include "ui/terminal/TerminalTr.h"
 #include "ui/terminal/TerminalVoice.h"
 #include "ui/terminal/TypedPath.h"
@@ -153,7 +154,7 @@ QCoro::Task<std::optional<QString>> TerminalPrompts::askForSecret(QString text)
     }
     const ReplySource<std::optional<QString>> source {std::nullopt};
     m_secret.emplace(source);
-    m_voice.say(text);
+    m_voice.printQuestion(messageLines(text, m_voice.columns()));
     m_voice.hideInput(true);
     auto reply = source.reply();
     std::optional<QString> answer = co_await reply;
@@ -238,11 +239,11 @@ void TerminalPrompts::enqueue(const OpenQuestion &question)
 void TerminalPrompts::showFirst()
 {
     m_voice.readWaiting();
-    m_voice.print(m_questions.front().lines);
+    m_voice.printQuestion(m_questions.front().lines);
     m_shownBy = m_voice.given();
 }
 
-void TerminalPrompts::takeLine(const QString &text, DialogueMoment begunAt)
+void TerminalPrompts::takeLine(const QString &text, DialogueMoment begunAt, const QString &fault)
 {
     if (begunAt < m_shownBy) {
         m_voice.say(TerminalTr::tr("Not answered: the question came after the line was begun; type "
@@ -250,8 +251,8 @@ void TerminalPrompts::takeLine(const QString &text, DialogueMoment begunAt)
                     LineStyle::Warning);
         return;
     }
-    if (const QString fault = m_questions.front().takeAnswer(text); !fault.isEmpty()) {
-        m_voice.say(fault, LineStyle::Warning);
+    if (const QString noAnswer = m_questions.front().takeAnswer(text); !noAnswer.isEmpty()) {
+        m_voice.say(fault.isEmpty() ? noAnswer : fault, LineStyle::Warning);
         return;
     }
     m_questions.pop_front();

@@ -47,8 +47,9 @@ public:
     QCoro::Task<bool> agreeToReplace(QString path);
 
     bool isAsking() const { return !m_questions.empty(); }
-    /// Takes a line, which is no command, for an answer to the open question.
-    void takeLine(const QString &text, DialogueMoment begunAt);
+    /// Takes a line, which is no command, for an answer to the open question. `fault`: what to say when it is none;
+    /// empty for the usual words.
+    void takeLine(const QString &text, DialogueMoment begunAt, const QString &fault = {});
 
     /// Answers all that is asked, now and later, as one who turns away. What operations tell is still said.
     void stop();

@@ -18,6 +18,14 @@ namespace
 {
 constexpr qsizetype longCommandCharacters = 2000;
 constexpr qsizetype longCommandLines = 20;
+/// A larger one is announced and listed with its beginning and its end: drawn with marks, it could be ten
+/// times as large, and it would push everything else off the screen.
+constexpr qsizetype giantCommandUnits = 32 * 1024;
+constexpr qsizetype giantCommandLines = 1000;
+/// A still larger one goes to a file only.
+constexpr qsizetype mostShownUnits = 256 * 1024;
+constexpr qsizetype giantEndUnits = 500;
+constexpr qsizetype giantEndLines = 5;
 constexpr qsizetype listedIdCharacters = 12;
 constexpr qsizetype historyCommandCharacters = 80;
 constexpr qsizetype listedDigestCharacters = 12;
@@ -36,24 +44,17 @@ QString listWord(AlwaysAllowSource source)
     Q_UNREACHABLE();
 }
 
-QString timeLeft(const ApprovalItem &item, qint64 nowMs)
-{
-    if (item.expiresAtMs < 1) {
-        return {};
-    }
-    if (isApprovalExpired(item, nowMs)) {
-        return TerminalTr::tr("expired");
-    }
-    const qint64 seconds = (item.expiresAtMs - nowMs + 999) / 1000;
-    return seconds < 120 ? TerminalTr::tr("expires in %1 s").arg(seconds)
-                         : TerminalTr::tr("expires in %1 min").arg(seconds / 60);
-}
-
 QString beginningOf(const QString &text, qsizetype characters)
 {
     // One character may be a letter with thousands of accents.
     const QString beginning = firstCharacters(text, characters).left(4 * characters);
     return honestLine(beginning).text + (beginning.size() < text.size() ? u"…"_s : QString());
+}
+
+/// For a text in which they were marked.
+QString lineBreaksAsSigns(QString text)
+{
+    return text.replace(u"⟨U+000A⟩"_s, u"⏎"_s);
 }
 
 QString agentText(const ApprovalItem &item)
@@ -73,34 +74,104 @@ QString headline(const ApprovalItem &item, int number, RequestOccasion occasion,
     if (commandRiskLevel(item.command) == CommandRisk::High) {
         parts.append(TerminalTr::tr("HIGH RISK"));
     }
-    parts.append(timeLeft(item, nowMs));
+    parts.append(timeLeftWords(item, nowMs));
     parts.removeAll(QString());
     return parts.join("  "_L1);
 }
 
-void appendCommand(TerminalLines &lines, const ApprovalItem &item, int number, int columns)
+qsizetype lineCount(QStringView command)
 {
-    const HonestText shown = honestDisplay(item.command);
-    const QStringList commandLines = shown.text.split(u'\n');
-    for (const QString &line : commandLines) {
+    return command.count(u'\n') + 1;
+}
+
+/// Its first lines; no character is torn.
+QStringView beginningOfGiant(QStringView command)
+{
+    qsizetype end = 0;
+    for (qsizetype i = 0; i < longCommandLines && end >= 0; ++i) {
+        end = command.indexOf(u'\n', i == 0 ? 0 : end + 1);
+    }
+    qsizetype size = std::min(longCommandCharacters, end < 0 ? command.size() : end);
+    if (command.at(size).isLowSurrogate()) {
+        ++size;
+    }
+    return command.first(size);
+}
+
+QStringView endOfGiant(QStringView command)
+{
+    qsizetype start = command.size();
+    for (qsizetype i = 0; i < giantEndLines && start > 0; ++i) {
+        start = command.lastIndexOf(u'\n', start - 1);
+    }
+    qsizetype size = std::min(giantEndUnits, command.size() - (start + 1));
+    if (command.last(size).front().isLowSurrogate()) {
+        ++size;
+    }
+    return command.last(size);
+}
+
+/// Whether something in it is suspicious.
+bool appendCommandRows(TerminalLines &lines, QStringView command, int columns)
+{
+    const HonestText shown = honestDisplay(command);
+    for (const QString &line : shown.text.split(u'\n')) {
         appendRows(lines, u"  | "_s, u"  : "_s, line, LineStyle::Plain, columns);
     }
+    return shown.suspicious;
+}
+
+void appendCommand(TerminalLines &lines, const ApprovalItem &item, int number, ShownExtent extent,
+                   int columns)
+{
+    const QString &command = item.command;
+    const qsizetype lineNumber = lineCount(command);
     const auto warn = [&](const QString &warning) {
         appendRows(lines, u"  "_s, u"  "_s, warning, LineStyle::Warning, columns,
                    RowBreaks::AtBlanks);
     };
-    if (shown.suspicious) {
+    bool isSuspicious = false;
+    if (extent == ShownExtent::Part) {
+        const QStringView beginning = beginningOfGiant(command);
+        const QStringView end = endOfGiant(command);
+        isSuspicious = appendCommandRows(lines, beginning, columns);
+        warn(TerminalTr::tr("… %1 characters are left out here …")
+                 .arg(command.size() - beginning.size() - end.size()));
+        isSuspicious |= appendCommandRows(lines, end, columns);
+    } else {
+        isSuspicious = appendCommandRows(lines, command, columns);
+    }
+    if (isSuspicious) {
         warn(TerminalTr::tr("Contains characters that could mislead; they are shown as ⟨…⟩."));
     }
-    if (item.command.size() > longCommandCharacters || commandLines.size() > longCommandLines) {
+    if (extent == ShownExtent::Part) {
+        const QString how = command.size() > mostShownUnits
+            ? TerminalTr::tr("`save %1 FILE` writes all of it into a file.").arg(number)
+            : TerminalTr::tr("`show %1` shows all of it, `save %1 FILE` writes it into a file.")
+                  .arg(number);
+        warn(TerminalTr::tr("NOT SHOWN WHOLE: request #%1 has %2 characters in %3 line(s).")
+                 .arg(number)
+                 .arg(command.size())
+                 .arg(lineNumber)
+             + u' ' + how);
+    } else if (command.size() > longCommandCharacters || lineNumber > longCommandLines) {
         warn(TerminalTr::tr("Long: request #%1 has %2 characters in %3 line(s).")
                  .arg(number)
-                 .arg(characterCount(item.command))
-                 .arg(item.command.count(u'\n') + 1));
+                 .arg(characterCount(command))
+                 .arg(lineNumber));
     }
 }
 
 } // namespace
+
+ShownExtent shownExtent(const ApprovalItem &item, RequestOccasion occasion)
+{
+    const qsizetype size = item.command.size();
+    const bool isShown = occasion == RequestOccasion::Shown
+        ? size <= mostShownUnits
+        : size <= giantCommandUnits && lineCount(item.command) <= giantCommandLines;
+    return isShown ? ShownExtent::Whole : ShownExtent::Part;
+}
 
 TerminalLines requestLines(const ApprovalItem &item, int number, RequestOccasion occasion,
                            qint64 nowMs, int columns, AskReason reason)
@@ -121,7 +192,7 @@ TerminalLines requestLines(const ApprovalItem &item, int number, RequestOccasion
         appendRows(lines, u"  "_s, next, TerminalTr::tr("id: ") + honestLine(item.approvalId).text,
                    LineStyle::Plain, columns);
     }
-    appendCommand(lines, item, number, columns);
+    appendCommand(lines, item, number, shownExtent(item, occasion), columns);
     if (reason != AskReason::Usual) {
         appendRows(lines, u"  "_s, u"  "_s, askReasonWords(reason), LineStyle::Warning, columns,
                    RowBreaks::AtBlanks);
@@ -140,9 +211,12 @@ TerminalLines historyLines(const QList<ApprovalHistoryEntry> &entries, int colum
 {
     TerminalLines lines;
     for (const ApprovalHistoryEntry &entry : entries) {
+        if (entry.state == ApprovalHistoryState::Pending) {
+            continue; // nothing has become of it yet
+        }
         const QString command = entry.command.isEmpty()
             ? TerminalTr::tr("(command not seen)")
-            : beginningOf(entry.command, historyCommandCharacters);
+            : lineBreaksAsSigns(beginningOf(entry.command, historyCommandCharacters));
         appendRows(lines, {}, u"  : "_s,
                    entry.timestampText() + u"  "_s + historyStateWord(entry.state, entry.maker)
                        + u"  "_s + command,
@@ -192,6 +266,9 @@ TerminalLines statusLines(const GatewayStatus::Lines &status, qsizetype pendingC
 
 TerminalLines metricsLines(const ApprovalMetrics &metrics, qsizetype pendingCount)
 {
+    const QString latency = metrics.latencySamples == 0
+        ? TerminalTr::tr("Mean time to a decision: –")
+        : TerminalTr::tr("Mean time to a decision: %1 ms").arg(metrics.averageLatencyMs());
     const std::pair<QString, qint64> rows[] = {
         {TerminalTr::tr("Requests seen: %1"), metrics.requestedCount},
         {TerminalTr::tr("Resolved: %1"), metrics.resolvedCount},
@@ -200,12 +277,12 @@ TerminalLines metricsLines(const ApprovalMetrics &metrics, qsizetype pendingCoun
         {TerminalTr::tr("Allowed once: %1"), metrics.allowOnceCount},
         {TerminalTr::tr("Allowed always: %1"), metrics.allowAlwaysCount},
         {TerminalTr::tr("Denied: %1"), metrics.denyCount},
-        {TerminalTr::tr("Mean time to a decision: %1 ms"), metrics.averageLatencyMs()},
+        {latency, 0},
         {TerminalTr::tr("Pending: %1"), pendingCount},
     };
     TerminalLines lines;
     for (const auto &[text, count] : rows) {
-        lines.append({text.arg(count), LineStyle::Plain});
+        lines.append({text.contains(u'%') ? text.arg(count) : text, LineStyle::Plain});
     }
     return lines;
 }
@@ -254,6 +331,7 @@ TerminalLines helpLines(int columns)
     const QString rows[] = {
         TerminalTr::tr("list                    every pending request"),
         TerminalTr::tr("show ID                 one request in full"),
+        TerminalTr::tr("save ID FILE            write the command of one request into a file"),
         TerminalTr::tr("allow-once ID|all       let the command run this time"),
         TerminalTr::tr("allow-always ID|all     let it run, now and in future"),
         TerminalTr::tr("deny ID|all             refuse it"),

@@ -10,6 +10,7 @@
 #include "model/AskReason.h"
 #include "monitor/ApprovalMetrics.h"
 #include "monitor/DecisionResolver.h"
+#include "ui/terminal/RequestNumbers.h"
 #include "ui/terminal/TerminalLine.h"
 
 namespace bram
@@ -18,7 +19,7 @@ namespace bram
 /// What the terminal front-end shows, as lines. Texts from outside are shown honestly and, where the width
 /// of the terminal is known (`columns`; 0: unknown), broken here rather than by the terminal, each row
 /// behind a prefix: nothing a command holds can look like a line of this program. Nothing is cut but
-/// where the name of the function says so.
+/// where the function says so.
 
 enum class RequestOccasion {
     Arrived,
@@ -27,13 +28,17 @@ enum class RequestOccasion {
     Listed, ///< one of many: the id only with its beginning
 };
 
+/// How much of its command `requestLines` shows: of a giant one only the beginning and the end, unless the
+/// operator asked for it and a terminal can take it.
+ShownExtent shownExtent(const ApprovalItem &item, RequestOccasion occasion);
+
 TerminalLines requestLines(const ApprovalItem &item, int number, RequestOccasion occasion,
                            qint64 nowMs, int columns, AskReason reason = AskReason::Usual);
 
 /// A line of this program's own with a text from outside at its end.
 TerminalLines messageLines(const QString &message, int columns, LineStyle style = LineStyle::Plain);
 
-/// Newest first; the command with its beginning.
+/// What became of requests, newest first; the command with its beginning.
 TerminalLines historyLines(const QList<ApprovalHistoryEntry> &entries, int columns);
 TerminalLines activityLines(const QList<ActivityEntry> &entries, int columns);
 TerminalLines statusLines(const GatewayStatus::Lines &status, qsizetype pendingCount,

@@ -14,9 +14,24 @@ TerminalVoice::TerminalVoice(LineSource &input, TerminalOutput &output)
 {
 }
 
-void TerminalVoice::print(const TerminalLines &lines)
+bool TerminalVoice::print(const TerminalLines &lines)
 {
-    m_input.printAbove([&] { m_output.write(lines); });
+    if (isBehind()) {
+        return m_output.write(lines); // left out, and the line being typed need not be drawn again
+    }
+    bool isPrinted = false;
+    m_input.printAbove([&] { isPrinted = m_output.write(lines); });
+    return isPrinted;
+}
+
+void TerminalVoice::printQuestion(const TerminalLines &lines)
+{
+    m_input.printAbove([&] { m_output.write(lines, TerminalOutput::WhenBehind::Keep); });
+}
+
+bool TerminalVoice::isBehind() const
+{
+    return m_output.isBehind();
 }
 
 void TerminalVoice::say(const QString &message, LineStyle style)

@@ -18,8 +18,13 @@ class TerminalVoice
 public:
     TerminalVoice(LineSource &input, TerminalOutput &output);
 
-    void print(const TerminalLines &lines);
+    /// False when a reader who is far behind misses the lines.
+    bool print(const TerminalLines &lines);
     void say(const QString &message, LineStyle style = LineStyle::Plain);
+    /// For what the next line answers: nobody misses it.
+    void printQuestion(const TerminalLines &lines);
+    /// More lines would be missed by the reader.
+    bool isBehind() const;
 
     /// Width of the terminal; 0 when it is not known.
     int columns() const;
