@@ -71,6 +71,7 @@ void DesktopSession::start(Core &core, OperatorChat *practiceChat)
                      .loginStart = m_loginStart ? &*m_loginStart : nullptr,
                      .opener = m_opener,
                      .places = [&core] { return filePlaces(core); }},
+        .allowPartlyShown = core.allowPartlyShown(),
         .practiceChat = practiceChat,
         .simulationEntry = m_simulationEntry,
     });

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "monitor/ApprovalNotifications.h"
 
+#include "config/StoredSwitch.h"
 #include "gateway/MaskedReason.h"
 #include "model/CommandRules.h"
 #include "model/HonestDisplay.h"
+#include "model/ShownWhole.h"
 #include "model/TextRules.h"
 #include "system/Clock.h"
 #include "system/SystemLog.h"
@@ -25,30 +27,12 @@ constexpr qsizetype maxBodySize = 640;
 constexpr qsizetype maxReasonCharacters = 160;
 /// How long the line tells of a failure before it tells the service's state again.
 constexpr auto failureShownFor = 8s;
+const QString showLabel = u"Show"_s;
 constexpr qint64 longestWaitMs = 24 * 60 * 60 * 1000;
 
 QString tagFor(const QString &approvalId)
 {
     return u"approval-"_s + approvalId;
-}
-
-QList<NotificationAction> approvalActions()
-{
-    return {{actionAllowOnce, u"Allow once"_s},
-            {actionAllowAlways, u"Always allow"_s},
-            {actionDeny, u"Deny"_s}};
-}
-
-Notification toNotification(const ApprovalItem &item)
-{
-    const bool isHighRisk = commandRiskLevel(item.command) == CommandRisk::High;
-    return {.tag = tagFor(item.approvalId),
-            .title
-            = isHighRisk ? u"Brackwen HIGH-RISK approval needed"_s : u"Brackwen approval needed"_s,
-            .body = notificationBody(item.command),
-            .category = approvalCategory,
-            .isUrgent = isHighRisk,
-            .actions = approvalActions()};
 }
 
 /// A reason in a stranger's words, fit for the log and for one line of a menu.
@@ -107,6 +91,7 @@ ApprovalNotifications::ApprovalNotifications(NotificationService &service, const
     : m_service(service)
     , m_clock(clock)
     , m_log(log)
+    , m_reading(clock)
     , m_line(notificationLine(service.state()))
 {
     m_failureShown.setSingleShot(true);
@@ -115,8 +100,12 @@ ApprovalNotifications::ApprovalNotifications(NotificationService &service, const
             &ApprovalNotifications::applyNotificationSettings);
     m_expiryTimer.setSingleShot(true);
     connect(&m_expiryTimer, &QTimer::timeout, this, &ApprovalNotifications::withdrawExpired);
-    connect(&service, &NotificationService::stateChanged, this,
-            &ApprovalNotifications::applyNotificationSettings);
+    connect(&service, &NotificationService::stateChanged, this, [this] {
+        m_reading.oneHasCome(); // what do-not-disturb has held back comes now
+        applyNotificationSettings();
+    });
+    connect(&service, &NotificationService::shown, this, &ApprovalNotifications::onShown);
+    connect(&service, &NotificationService::oneHasGone, this, [this] { m_reading.oneHasGone(); });
     connect(&service, &NotificationService::failed, this, &ApprovalNotifications::onFailed);
     connect(&service, &NotificationService::actionInvoked, this,
             &ApprovalNotifications::onActionInvoked);
@@ -132,16 +121,40 @@ void ApprovalNotifications::stop()
 {
     m_expiryTimer.stop();
     m_expiries.clear();
-    const auto items = std::exchange(m_items, {});
-    for (const auto &[tag, item] : items.asKeyValueRange()) {
+    for (const auto &tag : std::exchange(m_asked, {}).keys()) {
         m_service.withdraw(tag);
     }
 }
 
+Notification ApprovalNotifications::toNotification(const ApprovalItem &item) const
+{
+    const bool isHighRisk = commandRiskLevel(item.command) == CommandRisk::High;
+    return {.tag = tagFor(item.approvalId),
+            .title
+            = isHighRisk ? u"Brackwen HIGH-RISK approval needed"_s : u"Brackwen approval needed"_s,
+            .body = notificationBody(item.command),
+            .category = approvalCategory,
+            .isUrgent = isHighRisk,
+            .actions = actionsFor(item),
+            .clickLabel = showLabel};
+}
+
+QList<NotificationAction> ApprovalNotifications::actionsFor(const ApprovalItem &item) const
+{
+    const NotificationAction deny {actionDeny, u"Deny"_s};
+    const bool isShownWhole = isShownWholeOnOneLine(item.command, maxBodyCharacters)
+        && notificationBody(item.command) == item.command;
+    if (isShownWhole || (m_allowPartlyShown != nullptr && m_allowPartlyShown->isOn())) {
+        return {{actionAllowOnce, u"Allow once"_s}, {actionAllowAlways, u"Always allow"_s}, deny};
+    }
+    return {{actionShow, showLabel}, deny};
+}
+
 void ApprovalNotifications::schedule(const ApprovalItem &item)
 {
-    m_service.show(toNotification(item));
-    keep(item);
+    const auto notification = toNotification(item);
+    m_service.show(notification);
+    keep(item, notification);
 }
 
 void ApprovalNotifications::update(const ApprovalItem &item)
@@ -149,21 +162,23 @@ void ApprovalNotifications::update(const ApprovalItem &item)
     auto changed = toNotification(item);
     changed.body.prepend(u"This request has changed. It is now:\n"_s);
     m_service.update(changed);
-    keep(item);
+    m_reading.oneHasGone();
+    keep(item, changed);
 }
 
 void ApprovalNotifications::updateTimes(const ApprovalItem &item)
 {
-    if (m_items.contains(tagFor(item.approvalId))) {
-        keep(item);
+    const auto asked = m_asked.constFind(tagFor(item.approvalId));
+    if (asked != m_asked.cend()) {
+        keep(item, Notification(asked->notification));
     }
 }
 
-void ApprovalNotifications::keep(const ApprovalItem &item)
+void ApprovalNotifications::keep(const ApprovalItem &item, const Notification &notification)
 {
     const QString tag = tagFor(item.approvalId);
-    m_expiries.erase({m_items.value(tag).expiresAtMs, tag});
-    m_items.insert(tag, item);
+    m_expiries.erase({m_asked.value(tag).item.expiresAtMs, tag});
+    m_asked.insert(tag, {item, notification});
     if (item.expiresAtMs >= 1) {
         m_expiries.insert({item.expiresAtMs, tag});
     }
@@ -173,8 +188,10 @@ void ApprovalNotifications::keep(const ApprovalItem &item)
 void ApprovalNotifications::withdraw(const QString &approvalId)
 {
     const QString tag = tagFor(approvalId);
-    m_expiries.erase({m_items.take(tag).expiresAtMs, tag});
+    m_expiries.erase({m_asked.take(tag).item.expiresAtMs, tag});
     m_service.withdraw(tag);
+    m_reading.forget(tag);
+    m_reading.oneHasGone();
 }
 
 void ApprovalNotifications::applyNotificationSettings()
@@ -185,7 +202,7 @@ void ApprovalNotifications::applyNotificationSettings()
 
 void ApprovalNotifications::onFailed(const QString &tag, const QString &reason)
 {
-    if (!m_items.contains(tag)) {
+    if (!m_asked.contains(tag)) {
         return; // nobody waits for it any more
     }
     const QString error = shownReason(reason);
@@ -194,20 +211,49 @@ void ApprovalNotifications::onFailed(const QString &tag, const QString &reason)
     setLine({u"Notifications: failed ("_s + error + u')', IndicatorState::Red});
 }
 
+void ApprovalNotifications::onShown(const QString &tag)
+{
+    const auto asked = m_asked.constFind(tag);
+    if (asked == m_asked.cend()) {
+        m_reading.oneHasCome();
+        return;
+    }
+    m_reading.came(
+        tag, asked->notification.isUrgent ? BannerReading::highRiskTime : BannerReading::usualTime);
+}
+
 void ApprovalNotifications::onActionInvoked(const QString &tag, const QString &actionId)
 {
-    const auto item = m_items.constFind(tag);
-    const auto decision = approvalDecisionFromRawText(actionId);
-    if (item != m_items.cend() && decision) {
-        Q_EMIT decisionChosen(QString(item->approvalId), *decision);
+    const bool isRead = m_reading.isRead(tag);
+    m_reading.oneHasGone(); // also where the service keeps that to itself
+    if (!m_asked.contains(tag)) {
+        return;
     }
+    const Asked asked = m_asked.value(tag);
+    const auto decision = approvalDecisionFromRawText(actionId);
+    if (actionId == actionShow || actionId == actionClick) {
+        Q_EMIT showRequested(asked.item.approvalId);
+    } else if (decision == ApprovalDecision::Deny || (decision && isRead)) {
+        Q_EMIT decisionChosen(asked.item.approvalId, *decision);
+    } else if (decision) {
+        sayThatItCameTooEarly(asked.notification);
+    }
+}
+
+/// Most services close a notification whose button was pressed: without a word it would look decided.
+void ApprovalNotifications::sayThatItCameTooEarly(const Notification &notification)
+{
+    auto again = notification;
+    again.body.prepend(
+        u"Not allowed: this had only just appeared, changed or moved. Press again once you have read it.\n"_s);
+    m_service.show(again);
 }
 
 void ApprovalNotifications::withdrawExpired()
 {
     const qint64 nowMs = m_clock.nowMs();
     while (!m_expiries.empty() && m_expiries.begin()->first <= nowMs) {
-        withdraw(QString(m_items.value(m_expiries.begin()->second).approvalId));
+        withdraw(QString(m_asked.value(m_expiries.begin()->second).item.approvalId));
     }
     if (m_expiries.empty()) {
         m_expiryTimer.stop();

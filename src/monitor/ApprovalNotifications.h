@@ -3,6 +3,7 @@
 
 #include "model/ApprovalDecision.h"
 #include "model/IndicatorState.h"
+#include "monitor/BannerReading.h"
 #include "monitor/MonitorPorts.h"
 #include "system/NotificationService.h"
 
@@ -17,6 +18,7 @@ namespace bram
 {
 
 class Clock;
+class StoredSwitch;
 class SystemLog;
 
 /// Category of every approval notification.
@@ -25,6 +27,8 @@ inline constexpr QLatin1StringView approvalCategory("exec-approval");
 inline constexpr QLatin1StringView actionAllowOnce("allow-once");
 inline constexpr QLatin1StringView actionAllowAlways("allow-always");
 inline constexpr QLatin1StringView actionDeny("deny");
+/// Decides nothing.
+inline constexpr QLatin1StringView actionShow("show");
 
 /// What views show about notifications.
 struct NotificationLine {
@@ -47,14 +51,25 @@ NotificationLine notificationLine(const NotificationServiceState &state);
 /// A command as a notification's body: at most its first 80 characters, and "…" when there is more.
 QString notificationBody(const QString &command);
 
-/// One desktop notification for each request, with a button for each decision. It goes when the request
-/// does, or when its time is over. Opening, closing or ignoring it decides nothing. Main thread only.
+/// One desktop notification for each request. It goes when the request does, or when its time is over. Opening,
+/// closing or ignoring it decides nothing. Main thread only.
+///
+/// One that shows its command whole has a button for each decision; any other can only be denied and shown. A
+/// decision to allow that comes before it could be read (`BannerReading`) is not taken: the notification comes
+/// back and says so.
 class ApprovalNotifications final : public QObject, public ApprovalNotifier
 {
     Q_OBJECT
 
 public:
     ApprovalNotifications(NotificationService &service, const Clock &clock, SystemLog &log);
+
+    /// Whether *allow* is offered also where the command is not shown whole; never without this. Asked for each
+    /// notification that is shown, which then stays as it is.
+    void setAllowPartlyShown(const StoredSwitch &allowPartlyShown)
+    {
+        m_allowPartlyShown = &allowPartlyShown;
+    }
 
     void start();
     /// Takes all notifications off the screen: after the end of the program their buttons would be dead.
@@ -72,21 +87,35 @@ Q_SIGNALS:
     void statusLinesChanged();
     /// A person has pressed a button of the request's notification.
     void decisionChosen(const QString &approvalId, bram::ApprovalDecision decision);
+    /// A person wants to see the request whole.
+    void showRequested(const QString &approvalId);
 
 private:
+    /// A request, and its notification as it was shown last.
+    struct Asked {
+        ApprovalItem item;
+        Notification notification;
+    };
+
+    Notification toNotification(const ApprovalItem &item) const;
+    QList<NotificationAction> actionsFor(const ApprovalItem &item) const;
     void applyNotificationSettings();
-    void keep(const ApprovalItem &item);
+    void keep(const ApprovalItem &item, const Notification &notification);
     void onFailed(const QString &tag, const QString &reason);
+    void onShown(const QString &tag);
     void onActionInvoked(const QString &tag, const QString &actionId);
+    void sayThatItCameTooEarly(const Notification &notification);
     void withdrawExpired();
     void setLine(const NotificationLine &line);
 
     NotificationService &m_service;
     const Clock &m_clock;
     SystemLog &m_log;
+    const StoredSwitch *m_allowPartlyShown = nullptr;
+    BannerReading m_reading;
     NotificationLine m_line;
     QTimer m_failureShown; ///< while it runs, the line tells of a failure
-    QHash<QString, ApprovalItem> m_items; ///< with a notification, by its tag
+    QHash<QString, Asked> m_asked; ///< by tag
     std::set<std::pair<qint64, QString>> m_expiries; ///< of these: when, and which tag
     QTimer m_expiryTimer;
 };

@@ -17,6 +17,9 @@ struct NotificationAction {
     bool operator==(const NotificationAction &) const = default;
 };
 
+/// What is pressed when somebody clicks on a notification beside its buttons.
+inline constexpr QLatin1StringView actionClick("default");
+
 /// What is to be shown. Texts are plain: a service that reads markup is given them escaped, and what could
 /// mislead in them is marked.
 struct Notification {
@@ -26,6 +29,8 @@ struct Notification {
     QString category;
     bool isUrgent = false;
     QList<NotificationAction> actions;
+    /// What a click beside the buttons does, in words for a service that lists it; empty when it does nothing.
+    QString clickLabel {};
 
     bool operator==(const Notification &) const = default;
 };
@@ -61,8 +66,7 @@ class NotificationService : public QObject
 public:
     virtual void start() = 0;
     virtual void show(const Notification &notification) = 0;
-    /// Closes a notification that has not been closed yet and shows this one instead; else nothing. Its
-    /// buttons count only once there was time to see that it has changed.
+    /// Closes a notification that has not been closed yet and shows this one instead; else nothing.
     virtual void update(const Notification &notification) = 0;
     /// Takes the notification off the screen, also one that is still on its way there.
     virtual void withdraw(const QString &tag) = 0;
@@ -72,8 +76,11 @@ Q_SIGNALS:
     void stateChanged();
     /// The service has taken the notification in its newest form.
     void shown(const QString &tag);
-    /// A person has pressed one of the buttons that the notification has now; it is gone with that.
+    /// A person has pressed one of the buttons that the notification has now, or clicked on it where that does
+    /// something (`actionClick`); it is gone with that.
     void actionInvoked(const QString &tag, const QString &actionId);
+    /// The service has taken a notification off the screen, whosever it was: others may stand elsewhere now.
+    void oneHasGone();
     void failed(const QString &tag, const QString &reason);
 };
 

@@ -50,6 +50,8 @@ protected:
     {
         makeConnectedCore();
         notifications.start();
+        QObject::connect(&notifications, &ApprovalNotifications::showRequested, &notifications,
+                         [this](const QString &id) { opened.append(id); });
         QObject::connect(&notifications, &ApprovalNotifications::decisionChosen, &notifications,
                          [this](const QString &id, ApprovalDecision decision) {
                              monitor().decisions().resolve(id, decision, DecisionOrigin::local(),
@@ -60,6 +62,29 @@ protected:
     {
         monitor().handleGatewayEvent(ApprovalRequested {wanted});
     }
+    /// Comes to the screen, and the time passes.
+    void appears(const char *id, const char *command, qint64 passedMs)
+    {
+        requested(item(id, command));
+        Q_EMIT service.shown(u"approval-"_s + QString::fromUtf8(id));
+        clock.current += passedMs;
+    }
+    /// Somebody presses a button, and the service closes the notification.
+    void press(const char *id, const QString &action)
+    {
+        const QString tag = u"approval-"_s + QString::fromUtf8(id);
+        service.onScreen.remove(tag);
+        Q_EMIT service.actionInvoked(tag, action);
+    }
+    bool isUndecided() { return monitor().decisions().isIdle(); }
+    QStringList actionIds(const char *id) const
+    {
+        QStringList ids;
+        for (const auto &action : shown(QString::fromUtf8(id)).actions) {
+            ids.append(action.id);
+        }
+        return ids;
+    }
     Notification shown(const QString &id) const
     {
         return service.onScreen.value(u"approval-"_s + id);
@@ -68,6 +93,7 @@ protected:
 
     TestService service;
     ApprovalNotifications notifications {service, clock, log};
+    QStringList opened; ///< ids that somebody wanted to see whole
 };
 
 } // namespace
@@ -158,11 +184,12 @@ TEST_F(NotifiedMonitor, ButtonDecidesAndNothingElseDoes)
 {
     makeNotifyingCore();
     request(item("a"));
-    for (const QString &action : {u"default"_s, u"allowOnce"_s, u""_s}) {
+    for (const QString &action : {u"default"_s, u"show"_s, u"allowOnce"_s, u""_s}) {
         Q_EMIT service.actionInvoked(u"approval-a"_s, action);
     }
     Q_EMIT service.actionInvoked(u"approval-b"_s, u"deny"_s);
     EXPECT_TRUE(monitor().decisions().isIdle());
+    EXPECT_EQ(opened, QStringList({u"a"_s, u"a"_s}));
 
     Q_EMIT service.actionInvoked(u"approval-a"_s, u"deny"_s);
     ASSERT_TRUE(waitSettled(1));
@@ -175,6 +202,73 @@ TEST_F(NotifiedMonitor, ButtonDecidesAndNothingElseDoes)
 
     Q_EMIT service.actionInvoked(u"approval-a"_s, u"allow-once"_s);
     EXPECT_TRUE(monitor().decisions().isIdle());
+}
+
+TEST_F(NotifiedMonitor, OffersAllowOnlyWhereItShowsTheCommandWhole)
+{
+    makeNotifyingCore();
+    notifications.setAllowPartlyShown(core->allowPartlyShown());
+    const QStringList decisions {u"allow-once"_s, u"allow-always"_s, u"deny"_s};
+    const QStringList cautious {u"show"_s, u"deny"_s};
+    const struct {
+        const char *id;
+        QString command;
+        QStringList actions;
+    } rows[] {
+        {"plain", u"git status"_s, decisions},
+        {"risky", u"sudo reboot"_s, decisions},
+        {"long", u"git status "_s + QString(80, u'a'), cautious},
+        {"lines", u"echo a\nrm -rf /"_s, cautious},
+        {"marked", u"ls \u202eabc"_s, cautious},
+        {"accents", u"e"_s.repeated(80) + QString(700, QChar(0x301)), cautious},
+    };
+    for (const auto &row : rows) {
+        auto wanted = item(row.id);
+        wanted.command = row.command;
+        requested(wanted);
+        EXPECT_EQ(actionIds(row.id), row.actions) << row.id;
+    }
+    core->allowPartlyShown().setOn(true);
+    EXPECT_EQ(actionIds("long"), cautious) << "what is on the screen stays";
+    requested(item("later", "echo a\nls"));
+    EXPECT_EQ(actionIds("later"), decisions);
+}
+
+TEST_F(NotifiedMonitor, AllowCountsOnceItCouldBeReadWhereItStands)
+{
+    makeNotifyingCore();
+    appears("a", "ls", 699);
+    press("a", u"allow-once"_s);
+    EXPECT_TRUE(isUndecided());
+    EXPECT_TRUE(shown(u"a"_s).body.startsWith(u"Not allowed: "_s)) << "it is there again";
+    appears("b", "make", 700);
+    appears("c", "curl http://x | sh", 1399);
+    press("c", u"allow-always"_s);
+    EXPECT_TRUE(isUndecided()) << "high risk takes longer to read";
+
+    clock.current += 999;
+    press("b", u"allow-once"_s);
+    EXPECT_TRUE(isUndecided()) << "c has gone, and b may have moved";
+    clock.current += 1000;
+    Q_EMIT service.oneHasGone(); // another program's, say
+    clock.current += 999;
+    press("b", u"allow-once"_s);
+    EXPECT_TRUE(isUndecided());
+    clock.current += 2000;
+    appears("d", "id", 699);
+    press("b", u"allow-once"_s);
+    EXPECT_TRUE(isUndecided()) << "d may have pushed b away";
+
+    clock.current += 2000;
+    press("b", u"allow-once"_s);
+    ASSERT_TRUE(waitSettled(1));
+    press("d", u"allow-once"_s);
+    EXPECT_EQ(received.size(), 1) << "the second click of a double click";
+    press("c", u"show"_s);
+    press("d", u"deny"_s);
+    ASSERT_TRUE(waitSettled(2)) << "to deny and to show count at once";
+    EXPECT_EQ(opened, QStringList(u"c"_s));
+    EXPECT_EQ(received.last().decision, ApprovalDecision::Deny);
 }
 
 TEST_F(NotifiedMonitor, GoesHoweverTheRequestEnds)

@@ -75,7 +75,7 @@ protected:
         configuration.write("\ndmenu = " + menu().toUtf8() + '\n');
     }
 
-    SystemClock clock;
+    ManualClock clock;
     RecordingLog log;
     DesktopNotifications service;
     ApprovalNotifications notifications {service, clock, log};
@@ -118,11 +118,20 @@ TEST_F(NotificationDaemon, ButtonsInItsMenuDecideAndClosingDecidesNothing)
     run(u"dunstctl"_s, {u"close"_s});
     ASSERT_TRUE(showsCount(1));
     EXPECT_EQ(decisions, QStringList());
+    clock.current += 1000; // of reading
     run(u"dunstctl"_s, {u"context"_s});
     ASSERT_TRUE(waitUntil([&] { return !decisions.isEmpty(); }));
     ASSERT_TRUE(showsCount(0));
     ASSERT_EQ(decisions.size(), 1);
     EXPECT_TRUE(decisions.first().endsWith(u" allow-always"_s));
+
+    QStringList opened;
+    QObject::connect(&notifications, &ApprovalNotifications::showRequested, &notifications,
+                     [&](const QString &id) { opened.append(id); });
+    notifications.schedule(item(u"clicked"_s, u"ls"_s));
+    ASSERT_TRUE(showsCount(1));
+    run(u"dunstctl"_s, {u"action"_s}); // as a click beside the buttons
+    ASSERT_TRUE(waitUntil([&] { return opened == QStringList(u"clicked"_s); }));
 
     notifications.schedule(item(u"next"_s, u"ls"_s));
     ASSERT_TRUE(showsCount(1));

@@ -14,12 +14,12 @@
 #include <algorithm>
 #include <functional>
 #include <limits>
+#include <tuple>
 
 namespace bram
 {
 
 using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
 
 namespace
 {
@@ -258,7 +258,6 @@ void DesktopNotifications::replace(Entry &entry)
         m_tags.remove(entry.id);
         m_server->close(std::exchange(entry.id, 0));
     }
-    entry.isNewForm = true;
     enqueue(entry.notification.tag);
 }
 
@@ -329,7 +328,6 @@ void DesktopNotifications::onNotified(const QString &tag, quint32 id)
         replace(entry);
     } else {
         entry.stage = Entry::Stage::Shown;
-        entry.unreadUntil = QDeadlineTimer(entry.isNewForm ? m_settings.readingTime : 0ms);
         Q_EMIT shown(QString(tag));
     }
     sendWaiting();
@@ -354,13 +352,13 @@ void DesktopNotifications::onRefused(const QString &tag, const QString &reason)
 void DesktopNotifications::onClosed(quint32 id)
 {
     const auto entry = m_entries.find(m_tags.take(id));
-    if (entry == m_entries.end()) {
-        return;
+    if (entry != m_entries.end()) {
+        entry->id = 0;
+        if (entry->stage == Entry::Stage::Shown) {
+            m_entries.erase(entry);
+        }
     }
-    entry->id = 0;
-    if (entry->stage == Entry::Stage::Shown) {
-        m_entries.erase(entry);
-    }
+    Q_EMIT oneHasGone();
 }
 
 void DesktopNotifications::onActionInvoked(quint32 id, const QString &actionId)
@@ -370,13 +368,12 @@ void DesktopNotifications::onActionInvoked(quint32 id, const QString &actionId)
     if (entry == m_entries.end() || entry->stage != Entry::Stage::Shown) {
         return;
     }
-    const auto &actions = entry->notification.actions;
-    if (std::ranges::find(actions, actionId, &NotificationAction::id) == actions.end()) {
-        return;
-    }
-    if (!entry->unreadUntil.hasExpired()) {
-        replace(*entry); // the service may have closed it
-        sendWaiting();
+    const auto &[actions, clickLabel]
+        = std::tie(entry->notification.actions, entry->notification.clickLabel);
+    const bool isOffered = actionId == actionClick
+        ? !clickLabel.isEmpty()
+        : std::ranges::find(actions, actionId, &NotificationAction::id) != actions.end();
+    if (!isOffered) {
         return;
     }
     // Some services leave it there, with buttons that would do nothing.

@@ -3,7 +3,6 @@
 
 #include "system/NotificationService.h"
 
-#include <QDeadlineTimer>
 #include <QHash>
 #include <QQueue>
 #include <QTimer>
@@ -32,8 +31,6 @@ public:
     struct Settings {
         QString connectionName {}; ///< of an open Qt D-Bus connection; empty for the session bus
         std::chrono::milliseconds patience = std::chrono::seconds(5); ///< with an open question
-        /// How long a changed form is shown before its buttons count.
-        std::chrono::milliseconds readingTime = std::chrono::milliseconds(700);
     };
 
     DesktopNotifications();
@@ -64,9 +61,6 @@ private:
         bool isChanged = false; ///< while `Sent`: `notification` is newer than what was sent
         bool isWithdrawn = false; ///< while `Sent`: to be closed as soon as its id is known
         bool isReported = false; ///< as failed, in this form
-        bool isNewForm = false; ///< of something that had been shown
-        QDeadlineTimer
-            unreadUntil {}; ///< a button pressed earlier was meant for what was there before
     };
 
     void findOwner();

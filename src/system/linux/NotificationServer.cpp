@@ -56,6 +56,9 @@ QStringList actionList(const Notification &notification)
     for (const auto &action : notification.actions) {
         list << action.id << action.label;
     }
+    if (!notification.clickLabel.isEmpty()) {
+        list << QString(actionClick) << notification.clickLabel;
+    }
     return list;
 }
 

@@ -105,6 +105,9 @@ void DesktopFrontEnd::followMonitor()
                 m_collaborators.monitor.decisions().resolve(
                     approvalId, decision, DecisionOrigin::local(), ActivityTracking::Record);
             });
+    connect(&m_collaborators.notifications, &ApprovalNotifications::showRequested, this,
+            &DesktopFrontEnd::showDetails);
+    m_collaborators.notifications.setAllowPartlyShown(m_collaborators.allowPartlyShown);
     connect(&m_collaborators.monitor.decisions(), &DecisionResolver::decisionSettled, this,
             &DesktopFrontEnd::onSettled);
     connect(&m_collaborators.settings.telegram, &TelegramBridgeSupervisor::statusChanged, this,

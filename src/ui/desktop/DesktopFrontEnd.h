@@ -22,6 +22,7 @@ class ApprovalPopupPresenter;
 class ReliabilityExercises;
 class RequestDetailsWindow;
 class StatusWindow;
+class StoredSwitch;
 
 /// Joins the coordinator with everything on the desktop: tray icon and menu, popup, notifications and the
 /// windows, which are made when first opened. Main thread.
@@ -48,6 +49,7 @@ public:
         const Clock &clock;
         SystemLog &log;
         SettingsParts settings;
+        StoredSwitch &allowPartlyShown;
         OperatorChat *practiceChat = nullptr; ///< only in practice
         SimulationEntry simulationEntry = SimulationEntry::Hidden;
     };
