@@ -45,9 +45,9 @@ QList<AlwaysAllowEntry> inOrder(const QList<AlwaysAllowEntry> &entries)
     return result;
 }
 
-QCoro::Task<bool> nothingToDo()
+QCoro::Task<ExecApprovalsOutcome> nothingToDo()
 {
-    co_return false;
+    co_return {};
 }
 } // namespace
 
@@ -150,7 +150,8 @@ bool AlwaysAllowList::takeFromApp(const QList<AlwaysAllowEntry> &entries)
 }
 
 /// Each file is written once, however many entries go.
-QCoro::Task<bool> AlwaysAllowList::takeFromBrackwen(const QList<AlwaysAllowEntry> &entries)
+QCoro::Task<ExecApprovalsOutcome>
+AlwaysAllowList::takeFromBrackwen(const QList<AlwaysAllowEntry> &entries)
 {
     QSet<QString> digests;
     for (const auto &entry : entries) {
@@ -168,7 +169,8 @@ bool AlwaysAllowList::clearApp()
     return isChanged;
 }
 
-QCoro::Task<bool> AlwaysAllowList::removeFromBrackwen(QList<AlwaysAllowEntry> entries)
+QCoro::Task<ExecApprovalsOutcome>
+AlwaysAllowList::removeFromBrackwen(QList<AlwaysAllowEntry> entries)
 {
     bool isAdded = false;
     for (const auto &entry : entries) {
@@ -180,32 +182,33 @@ QCoro::Task<bool> AlwaysAllowList::removeFromBrackwen(QList<AlwaysAllowEntry> en
     return following(this, takeFromBrackwen(entries), isAdded, Reload::WhereChanged);
 }
 
-QCoro::Task<bool> AlwaysAllowList::removeFromBoth(QList<AlwaysAllowEntry> entries)
+QCoro::Task<ExecApprovalsOutcome> AlwaysAllowList::removeFromBoth(QList<AlwaysAllowEntry> entries)
 {
     const bool isRemoved = takeFromApp(entries);
     m_app.persist();
     return following(this, takeFromBrackwen(entries), isRemoved, Reload::Always);
 }
 
-QCoro::Task<bool> AlwaysAllowList::clearBrackwen()
+QCoro::Task<ExecApprovalsOutcome> AlwaysAllowList::clearBrackwen()
 {
     return following(this, m_files.clear(), false, Reload::Always);
 }
 
-QCoro::Task<bool> AlwaysAllowList::registerAtBrackwen(QStringList commands)
+QCoro::Task<ExecApprovalsOutcome> AlwaysAllowList::registerAtBrackwen(QStringList commands)
 {
     return following(this, m_files.appendCommands(std::move(commands)), false, Reload::Always);
 }
 
-QCoro::Task<bool> AlwaysAllowList::following(Self self, QCoro::Task<bool> work, bool isChangedHere,
-                                             Reload reload)
+QCoro::Task<ExecApprovalsOutcome> AlwaysAllowList::following(Self self,
+                                                             QCoro::Task<ExecApprovalsOutcome> work,
+                                                             bool isChangedHere, Reload reload)
 {
-    const bool isChangedThere = co_await work;
-    const bool isChanged = isChangedHere || isChangedThere;
-    if (self && (isChanged || reload == Reload::Always)) {
+    ExecApprovalsOutcome outcome = co_await work;
+    outcome.isChanged = outcome.isChanged || isChangedHere;
+    if (self && (outcome.isChanged || reload == Reload::Always)) {
         self->reload(AlwaysAllowScope::IncludeRegistered);
     }
-    co_return isChanged;
+    co_return outcome;
 }
 
 qsizetype AlwaysAllowList::restore(const QList<BackedUpCommand> &commands)

@@ -60,12 +60,12 @@ public:
     bool clearApp();
 
     // The same, in the platform's files: begun at once, and done to its end also when this object goes. What
-    // changes here is kept before the wait, so that nothing done meanwhile is lost.
+    // changes here is kept before the wait, so that nothing done meanwhile is lost; it counts as a change, too.
     /// The commands stay allowed here.
-    QCoro::Task<bool> removeFromBrackwen(QList<AlwaysAllowEntry> entries);
-    QCoro::Task<bool> removeFromBoth(QList<AlwaysAllowEntry> entries);
-    QCoro::Task<bool> clearBrackwen();
-    QCoro::Task<bool> registerAtBrackwen(QStringList commands);
+    QCoro::Task<ExecApprovalsOutcome> removeFromBrackwen(QList<AlwaysAllowEntry> entries);
+    QCoro::Task<ExecApprovalsOutcome> removeFromBoth(QList<AlwaysAllowEntry> entries);
+    QCoro::Task<ExecApprovalsOutcome> clearBrackwen();
+    QCoro::Task<ExecApprovalsOutcome> registerAtBrackwen(QStringList commands);
 
     /// Takes in what has a proper digest, without replacing a text that is there. Returns how many.
     qsizetype restore(const QList<BackedUpCommand> &commands);
@@ -77,14 +77,14 @@ private:
     using Self = QPointer<AlwaysAllowList>;
 
     /// When the work on the platform's files has ended: loads the lists anew where something has changed, there or
-    /// before here, and gives whether it has.
+    /// before here, and gives what it came to.
     enum class Reload { WhereChanged, Always };
-    static QCoro::Task<bool> following(Self self, QCoro::Task<bool> work, bool isChangedHere,
-                                       Reload reload);
+    static QCoro::Task<ExecApprovalsOutcome>
+    following(Self self, QCoro::Task<ExecApprovalsOutcome> work, bool isChangedHere, Reload reload);
 
     bool ensureInApp(const AlwaysAllowEntry &entry);
     bool takeFromApp(const QList<AlwaysAllowEntry> &entries);
-    QCoro::Task<bool> takeFromBrackwen(const QList<AlwaysAllowEntry> &entries);
+    QCoro::Task<ExecApprovalsOutcome> takeFromBrackwen(const QList<AlwaysAllowEntry> &entries);
     void loadPlatform();
     void refresh();
     void persistAndReload();

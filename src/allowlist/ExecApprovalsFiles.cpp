@@ -118,86 +118,85 @@ ExecApprovalsFiles::Patterns ExecApprovalsFiles::load()
     return patterns;
 }
 
-QCoro::Task<bool> ExecApprovalsFiles::appendCommands(QStringList commands)
+QCoro::Task<ExecApprovalsOutcome> ExecApprovalsFiles::appendCommands(QStringList commands)
 {
     return editing(this,
                    [commands](ExactJson &root) { return bram::appendCommands(root, commands); });
 }
 
-QCoro::Task<bool> ExecApprovalsFiles::removeDigests(QSet<QString> digests)
+QCoro::Task<ExecApprovalsOutcome> ExecApprovalsFiles::removeDigests(QSet<QString> digests)
 {
     return editing(this, [digests](ExactJson &root) { return bram::removeDigests(root, digests); });
 }
 
-QCoro::Task<bool> ExecApprovalsFiles::clear()
+QCoro::Task<ExecApprovalsOutcome> ExecApprovalsFiles::clear()
 {
     return editing(this, [](ExactJson &root) { return clearAllowlists(root); });
 }
 
-QCoro::Task<bool> ExecApprovalsFiles::editing(QPointer<ExecApprovalsFiles> self, Edit edit)
+QCoro::Task<ExecApprovalsOutcome> ExecApprovalsFiles::editing(QPointer<ExecApprovalsFiles> self,
+                                                              Edit edit)
 {
-    std::function<Outcome()> work
-        = [folder = self->m_folder, edit] { return editEach(candidatesIn(folder), edit); };
-    const Outcome outcome = co_await self->m_worker.run<Outcome>({}, std::move(work));
+    using Results = QMap<QString, Edited>; // in the order of the paths
+    std::function<Results()> work = [folder = self->m_folder, edit] {
+        Results results;
+        for (const QString &path : candidatesIn(folder)) {
+            results.insert(path, editFile(path, edit));
+        }
+        return results;
+    };
+    const Results results = co_await self->m_worker.run<Results>({}, std::move(work));
     if (!self) {
-        co_return false;
+        co_return {};
     }
-    for (const auto &[path, problem] : outcome.problems.asKeyValueRange()) {
-        self->sayProblem(path, problem);
-    }
-    for (const QString &failure : outcome.failures) {
-        self->m_log.write(QString(u"Brackwen allowlist update failed: "_s + failure));
-    }
-    co_return outcome.isChanged;
-}
-
-ExecApprovalsFiles::Outcome ExecApprovalsFiles::editEach(const QStringList &paths, const Edit &edit)
-{
-    Outcome outcome;
-    for (const QString &path : paths) {
-        const auto edited = editFile(path, edit, outcome);
-        if (edited) {
-            outcome.isChanged = outcome.isChanged || *edited;
-        } else {
-            outcome.failures.append(edited.error().message);
+    ExecApprovalsOutcome outcome {.isWithoutFile = results.isEmpty()};
+    for (const auto &[path, edited] : results.asKeyValueRange()) {
+        outcome.isChanged = outcome.isChanged || edited.isChanged;
+        if (edited.problem) {
+            self->sayProblem(path, *edited.problem);
+            outcome.failures.append({path, *edited.problem});
+        }
+        if (edited.failure) {
+            self->m_log.write(
+                QString(u"[Brackwen] Brackwen allowlist update failed: "_s + *edited.failure));
+            outcome.failures.append({path, *edited.failure});
         }
     }
-    return outcome;
+    co_return outcome;
 }
 
-std::expected<bool, Error> ExecApprovalsFiles::editFile(const QString &path, const Edit &edit,
-                                                        Outcome &outcome)
+ExecApprovalsFiles::Edited ExecApprovalsFiles::editFile(const QString &path, const Edit &edit)
 {
     if (!QFileInfo::exists(path)) { // a link to nowhere
-        return false;
+        const auto document = readDocument(path);
+        return document ? Edited() : Edited {.problem = document.error().message};
     }
     const auto lock
         = FolderLock::acquire(QFileInfo(QFileInfo(path).canonicalFilePath()).absolutePath());
     if (!lock) {
-        return std::unexpected(lock.error());
+        return {.failure = lock.error().message};
     }
     for (int attempt = 0; attempt < mostAttempts; ++attempt) {
         auto document = readDocument(path);
         if (!document) {
-            outcome.problems.insert(path, document.error().message);
-            return false;
+            return {.problem = document.error().message};
         }
         const auto edited = edit(document->root);
         if (!edited) {
-            return std::unexpected(Error {path + u": "_s + edited.error().message});
+            return {.failure = path + u": "_s + edited.error().message};
         }
         if (!*edited) {
-            return false;
+            return {};
         }
         const auto replaced = replaceFile(path, document->source, prettyText(document->root));
         if (!replaced) {
-            return std::unexpected(replaced.error());
+            return {.failure = replaced.error().message};
         }
         if (*replaced == Replacement::Done) {
-            return true;
+            return {.isChanged = true};
         }
     }
-    return std::unexpected(Error {path + u": another program keeps changing it"_s});
+    return {.failure = path + u": another program keeps changing it"_s};
 }
 
 void ExecApprovalsFiles::sayProblem(const QString &path, const QString &problem)

@@ -17,11 +17,27 @@
 #include <QTimer>
 
 #include <functional>
+#include <optional>
 
 namespace bram
 {
 
 class SystemLog;
+
+/// What an edit of the platform's files came to.
+struct ExecApprovalsOutcome {
+    bool isChanged = false; ///< at least one file
+    bool isWithoutFile = false; ///< there is none that could be changed
+    struct Failure {
+        QString path;
+        QString reason; ///< names the path where that helps
+
+        bool operator==(const Failure &) const = default;
+    };
+    QList<Failure> failures {}; ///< of files that were left as they are
+
+    bool isDone() const { return !isWithoutFile && failures.isEmpty(); }
+};
 
 /// The agent platform's own always-allow lists: the files exec-approvals*.json in its folder. They belong
 /// to the platform. They are read anew just before each change, changed only where the always-allow lists
@@ -46,11 +62,11 @@ public:
     QStringList candidatePaths() const;
     Patterns load();
 
-    // Each begins at once, and gives whether at least one file has changed. What has begun is done to its end,
-    // also when this object goes.
-    QCoro::Task<bool> appendCommands(QStringList commands);
-    QCoro::Task<bool> removeDigests(QSet<QString> digests);
-    QCoro::Task<bool> clear();
+    // Each begins at once. What has begun is done to its end, also when this object goes; what it came to is then
+    // not told.
+    QCoro::Task<ExecApprovalsOutcome> appendCommands(QStringList commands);
+    QCoro::Task<ExecApprovalsOutcome> removeDigests(QSet<QString> digests);
+    QCoro::Task<ExecApprovalsOutcome> clear();
 
     /// From here on `changed` tells of changes.
     void watch();
@@ -62,17 +78,15 @@ Q_SIGNALS:
 private:
     using Edit = std::function<std::expected<bool, Error>(ExactJson &root)>;
 
-    /// What an edit came to, told on the main thread.
-    struct Outcome {
+    /// What came of one file.
+    struct Edited {
         bool isChanged = false;
-        QMap<QString, QString> problems {}; ///< by path: why a file cannot be used
-        QStringList failures {};
+        std::optional<QString> problem {}; ///< why it cannot be used
+        std::optional<QString> failure {}; ///< why the change could not be made
     };
 
-    static QCoro::Task<bool> editing(QPointer<ExecApprovalsFiles> self, Edit edit);
-    static Outcome editEach(const QStringList &paths, const Edit &edit);
-    static std::expected<bool, Error> editFile(const QString &path, const Edit &edit,
-                                               Outcome &outcome);
+    static QCoro::Task<ExecApprovalsOutcome> editing(QPointer<ExecApprovalsFiles> self, Edit edit);
+    static Edited editFile(const QString &path, const Edit &edit);
     void sayProblem(const QString &path, const QString &problem);
     void look();
     QMap<QString, FileStamp> stamps() const;

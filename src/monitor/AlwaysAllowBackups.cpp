@@ -142,8 +142,27 @@ QCoro::Task<bool> AlwaysAllowOperations::restoring(Self self, OperatorPrompts *p
             texts.append(restored.command);
         }
     }
-    co_await own.list.registerAtBrackwen(concreteCommandsForBrackwen(texts));
+    co_await registeringRestored(self, prompts, concreteCommandsForBrackwen(texts));
     co_return true;
+}
+
+QCoro::Task<> AlwaysAllowOperations::registeringRestored(Self self, OperatorPrompts *prompts,
+                                                         QStringList commands)
+{
+    if (commands.isEmpty()) {
+        const Alert notice {tr("No commands to register"),
+                            tr("None of the restored entries holds a whole command, so nothing was "
+                               "added to Brackwen's lists.")};
+        co_await prompts->inform(notice);
+        co_return;
+    }
+    const auto outcome = co_await self->m_collaborators.list.registerAtBrackwen(commands);
+    if (!self || outcome.isDone()) {
+        co_return;
+    }
+    self->recordCount(ActivityActor::Brackwen, ActivityAction::RegisterAlwaysAllowToBrackwen,
+                      outcome.isChanged ? commands.size() : 0, outcome);
+    co_await tellingNotDone(self, prompts, outcome);
 }
 
 QString AlwaysAllowOperations::refusedText(qsizetype count)

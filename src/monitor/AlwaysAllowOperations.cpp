@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "monitor/AlwaysAllowOperations.h"
 
+#include "model/HonestDisplay.h"
 #include "model/TextRules.h"
 #include "monitor/ApprovalMonitor.h"
 #include "monitor/OperatorPrompts.h"
+
+#include <QFileInfo>
 
 #include <algorithm>
 
@@ -22,6 +25,19 @@ QString entryDetail(const AlwaysAllowEntry &entry)
 {
     const QString preview = recordedPreview(entry.command);
     return preview.isEmpty() ? entry.digest.left(12) + u"…"_s : preview;
+}
+
+/// What the activity feed adds where the platform's files were not all changed.
+QString notDoneDetail(const ExecApprovalsOutcome &outcome)
+{
+    if (outcome.isWithoutFile) {
+        return u" (not changed: no exec-approvals file)"_s;
+    }
+    QStringList names;
+    for (const auto &failure : outcome.failures) {
+        names.append(honestLine(QFileInfo(failure.path).fileName()).text);
+    }
+    return names.isEmpty() ? QString() : u" (not changed: "_s + names.join(u", "_s) + u')';
 }
 
 /// What a question about the entries says of them beside how many they are.
@@ -107,7 +123,7 @@ QCoro::Task<bool> AlwaysAllowOperations::removing(Self self, OperatorPrompts *pr
     const auto unregistered
         = std::ranges::count(entries, AlwaysAllowSource::LocalOnly, &AlwaysAllowEntry::source);
     if (target != Target::Brackwen || unregistered == 0) {
-        const bool isChanged = co_await removingFrom(self, target, entries);
+        const bool isChanged = co_await removingFrom(self, prompts, target, entries);
         co_return isChanged;
     }
     const QString text = entries.size() == 1
@@ -124,38 +140,66 @@ QCoro::Task<bool> AlwaysAllowOperations::removing(Self self, OperatorPrompts *pr
         co_return self->addToAppList(entries);
     }
     const auto left = self->m_collaborators.list.present(entries);
-    const bool isChanged = co_await removingFrom(self, target, left);
+    const bool isChanged = co_await removingFrom(self, prompts, target, left);
     co_return isChanged;
 }
 
-QCoro::Task<bool> AlwaysAllowOperations::removingFrom(Self self, Target target,
+QCoro::Task<bool> AlwaysAllowOperations::removingFrom(Self self, OperatorPrompts *prompts,
+                                                      Target target,
                                                       QList<AlwaysAllowEntry> entries)
 {
     auto &list = self->m_collaborators.list;
-    bool isChanged = false;
+    ExecApprovalsOutcome outcome;
     switch (target) {
     case Target::App:
-        isChanged = list.removeFromApp(entries);
-        if (isChanged) {
+        outcome.isChanged = list.removeFromApp(entries);
+        if (outcome.isChanged) {
             self->recordEntries(ActivityActor::App, ActivityAction::RemoveFromAppList, entries);
         }
         break;
     case Target::Brackwen:
-        isChanged = co_await list.removeFromBrackwen(entries);
-        if (self && isChanged) {
+        outcome = co_await list.removeFromBrackwen(entries);
+        if (self && (outcome.isChanged || !outcome.isDone())) {
             self->recordEntries(ActivityActor::Brackwen, ActivityAction::RemoveFromBrackwen,
-                                entries);
+                                entries, outcome);
         }
         break;
     case Target::Both:
-        isChanged = co_await list.removeFromBoth(entries);
+        outcome = co_await list.removeFromBoth(entries);
         if (self) {
             self->recordEntries(ActivityActor::AppAndBrackwen, ActivityAction::RemoveFromBoth,
-                                entries);
+                                entries, outcome);
         }
         break;
     }
-    co_return isChanged;
+    if (self) {
+        co_await tellingNotDone(self, prompts, outcome);
+    }
+    co_return outcome.isChanged;
+}
+
+QString AlwaysAllowOperations::notDoneText(const ExecApprovalsOutcome &outcome) const
+{
+    if (outcome.isWithoutFile) {
+        return tr("Brackwen has no exec-approvals file in %1, so nothing was changed there.")
+            .arg(m_collaborators.list.platformFolder());
+    }
+    QStringList lines;
+    for (const auto &[path, reason] : outcome.failures) {
+        lines.append(reason.contains(path) ? reason : path + u": "_s + reason);
+    }
+    return lines.isEmpty()
+        ? QString()
+        : tr("This could not be changed, and stays as it was:") + u'\n' + lines.join(u'\n');
+}
+
+QCoro::Task<> AlwaysAllowOperations::tellingNotDone(Self self, OperatorPrompts *prompts,
+                                                    ExecApprovalsOutcome outcome)
+{
+    if (!outcome.isDone()) {
+        const Alert notice {tr("Brackwen's list was not changed"), self->notDoneText(outcome)};
+        co_await prompts->inform(notice);
+    }
 }
 
 QCoro::Task<bool> AlwaysAllowOperations::askingAndRemoving(Self self, OperatorPrompts *prompts,
@@ -186,18 +230,20 @@ void AlwaysAllowOperations::record(ActivityActor actor, ActivityAction action,
 }
 
 void AlwaysAllowOperations::recordEntries(ActivityActor actor, ActivityAction action,
-                                          const QList<AlwaysAllowEntry> &entries)
+                                          const QList<AlwaysAllowEntry> &entries,
+                                          const ExecApprovalsOutcome &outcome)
 {
     if (entries.size() == 1) {
-        record(actor, action, entryDetail(entries.constFirst()));
+        record(actor, action, entryDetail(entries.constFirst()) + notDoneDetail(outcome));
     } else {
-        recordCount(actor, action, entries.size());
+        recordCount(actor, action, entries.size(), outcome);
     }
 }
 
-void AlwaysAllowOperations::recordCount(ActivityActor actor, ActivityAction action, qsizetype count)
+void AlwaysAllowOperations::recordCount(ActivityActor actor, ActivityAction action, qsizetype count,
+                                        const ExecApprovalsOutcome &outcome)
 {
-    record(actor, action, u"count="_s + QString::number(count));
+    record(actor, action, u"count="_s + QString::number(count) + notDoneDetail(outcome));
 }
 
 } // namespace bram

@@ -21,6 +21,8 @@ class SystemLog;
 /// What the operator does with the always-allow list, at the desktop and at the terminal: asks what has to
 /// be asked, does it, and records it in the activity feed.
 ///
+/// What could not be changed in the platform's files is told, and stands in the activity feed.
+///
 /// A task ends when the operation has; it is to be kept by `BackgroundTasks::spawn` or awaited. Where
 /// it says so, it gives whether something has changed. `prompts` lives until the task ends. Parameters
 /// are values because they live on in a coroutine. Main thread.
@@ -95,16 +97,25 @@ private:
     static QCoro::Task<bool> choosingAndRestoring(Self self, OperatorPrompts *prompts);
     static QCoro::Task<bool> restoring(Self self, OperatorPrompts *prompts, QString path);
 
-    static QCoro::Task<bool> removingFrom(Self self, Target target,
+    static QCoro::Task<bool> removingFrom(Self self, OperatorPrompts *prompts, Target target,
                                           QList<AlwaysAllowEntry> entries);
-    static QCoro::Task<bool> clearingLists(Self self, Target target);
+    static QCoro::Task<bool> clearingLists(Self self, OperatorPrompts *prompts, Target target);
+    /// Adds commands that were restored to the platform's lists, too.
+    static QCoro::Task<> registeringRestored(Self self, OperatorPrompts *prompts,
+                                             QStringList commands);
+    static QCoro::Task<> tellingNotDone(Self self, OperatorPrompts *prompts,
+                                        ExecApprovalsOutcome outcome);
+    /// What could not be changed in the platform's files, and why; empty when nothing.
+    QString notDoneText(const ExecApprovalsOutcome &outcome) const;
     static QString refusedText(qsizetype count);
     static QString restoredText(const QList<BackedUpCommand> &commands, qsizetype count);
     void record(ActivityActor actor, ActivityAction action, const QString &detail);
-    /// With what one entry is, or how many they are.
+    /// With what one entry is, or how many they are; and with what was not done of it.
     void recordEntries(ActivityActor actor, ActivityAction action,
-                       const QList<AlwaysAllowEntry> &entries);
-    void recordCount(ActivityActor actor, ActivityAction action, qsizetype count);
+                       const QList<AlwaysAllowEntry> &entries,
+                       const ExecApprovalsOutcome &outcome = {});
+    void recordCount(ActivityActor actor, ActivityAction action, qsizetype count,
+                     const ExecApprovalsOutcome &outcome = {});
 
     Collaborators m_collaborators;
     Worker m_worker; ///< for the backups: the disk may be a slow one

@@ -102,7 +102,7 @@ QCoro::Task<> AlwaysAllowOperations::reloading(Self self, OperatorPrompts *promp
     }
     if (!written) {
         const QString message = u"Auto backup failed: "_s + written.error().message;
-        own.log.write(message);
+        own.log.write(QString(u"[Brackwen] "_s + message));
         const Alert notice {tr("Refresh List"), message};
         co_await prompts->inform(notice);
     }
@@ -129,7 +129,7 @@ QCoro::Task<bool> AlwaysAllowOperations::clearing(Self self, OperatorPrompts *pr
                                                   Target target)
 {
     if (target == Target::App) {
-        const bool isChanged = co_await clearingLists(self, target);
+        const bool isChanged = co_await clearingLists(self, prompts, target);
         co_return isChanged;
     }
     const Question question {
@@ -142,7 +142,7 @@ QCoro::Task<bool> AlwaysAllowOperations::clearing(Self self, OperatorPrompts *pr
     if (!self || choice != 0) {
         co_return false;
     }
-    const bool isChanged = co_await clearingLists(self, target);
+    const bool isChanged = co_await clearingLists(self, prompts, target);
     co_return isChanged;
 }
 
@@ -162,14 +162,16 @@ QCoro::Task<bool> AlwaysAllowOperations::askingAndClearing(Self self, OperatorPr
     co_return isChanged;
 }
 
-QCoro::Task<bool> AlwaysAllowOperations::clearingLists(Self self, Target target)
+QCoro::Task<bool> AlwaysAllowOperations::clearingLists(Self self, OperatorPrompts *prompts,
+                                                       Target target)
 {
     auto &list = self->m_collaborators.list;
     const auto before = countIn(target, list.entries());
     bool isChanged = target != Target::Brackwen && list.clearApp();
+    ExecApprovalsOutcome outcome;
     if (target != Target::App) {
-        const bool isBrackwenChanged = co_await list.clearBrackwen();
-        isChanged = isChanged || isBrackwenChanged;
+        outcome = co_await list.clearBrackwen();
+        isChanged = isChanged || outcome.isChanged;
     }
     if (!self) {
         co_return isChanged;
@@ -180,12 +182,15 @@ QCoro::Task<bool> AlwaysAllowOperations::clearingLists(Self self, Target target)
         self->recordCount(ActivityActor::App, ActivityAction::ClearAppList, gone);
         break;
     case Target::Brackwen:
-        self->recordCount(ActivityActor::Brackwen, ActivityAction::ClearBrackwenList, gone);
+        self->recordCount(ActivityActor::Brackwen, ActivityAction::ClearBrackwenList, gone,
+                          outcome);
         break;
     case Target::Both:
-        self->recordCount(ActivityActor::AppAndBrackwen, ActivityAction::ClearBothLists, gone);
+        self->recordCount(ActivityActor::AppAndBrackwen, ActivityAction::ClearBothLists, gone,
+                          outcome);
         break;
     }
+    co_await tellingNotDone(self, prompts, outcome);
     co_return isChanged;
 }
 
@@ -239,19 +244,27 @@ QCoro::Task<bool> AlwaysAllowOperations::registering(Self self, OperatorPrompts 
     const QStringList now = concreteCommands(list.entries());
     const QSet<QString> current(now.cbegin(), now.cend());
     commands.removeIf([&current](const QString &command) { return !current.contains(command); });
-    const bool isChanged = co_await list.registerAtBrackwen(commands);
+    const auto outcome = co_await list.registerAtBrackwen(commands);
     if (!self) {
-        co_return isChanged;
+        co_return outcome.isChanged;
     }
+    const QString notDone = self->notDoneText(outcome);
+    const bool hasFailed = !outcome.isChanged && !notDone.isEmpty();
     self->recordCount(ActivityActor::Brackwen, ActivityAction::RegisterAlwaysAllowToBrackwen,
-                      commands.size());
+                      hasFailed ? 0 : commands.size(), outcome);
     const QString changedText
         = tr("Commands from the current list were added to Brackwen always-allow lists.");
     const QString unchangedText
         = tr("No new items were added because they were already registered.");
-    const Alert notice {tr("Registration completed"), isChanged ? changedText : unchangedText};
+    QStringList texts {outcome.isChanged ? changedText
+                           : hasFailed   ? QString()
+                                         : unchangedText,
+                       notDone};
+    texts.removeAll(QString());
+    const Alert notice {hasFailed ? tr("Registration failed") : tr("Registration completed"),
+                        texts.join(u'\n')};
     co_await prompts->inform(notice);
-    co_return isChanged;
+    co_return outcome.isChanged;
 }
 
 } // namespace bram

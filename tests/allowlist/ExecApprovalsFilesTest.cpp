@@ -25,6 +25,11 @@ const QByteArray sample = R"({"version":18446744073709551615,"agents":{
          {"pattern":"  ","command":"make test"},{"command":"git status"},{"id":1},7,null,"  "]},
  "other":{"allowlist":["ls   -la"]},"odd":5,"none":{}}})";
 
+bool isChanged(QCoro::Task<ExecApprovalsOutcome> task)
+{
+    return test::waitFor(std::move(task)).isChanged;
+}
+
 class ExecApprovals : public AllowlistFixture
 {
 protected:
@@ -70,16 +75,16 @@ TEST_F(ExecApprovals, EditsOnlyTheListsAndKeepsEverythingElse)
 {
     const QString name = u"exec-approvals.json"_s;
     write(platform(name), sample);
-    EXPECT_TRUE(test::waitFor(
-        files.appendCommands({u"make test"_s, u"new one"_s, u"ls -la"_s, u"new one"_s})));
+    EXPECT_TRUE(
+        isChanged(files.appendCommands({u"make test"_s, u"new one"_s, u"ls -la"_s, u"new one"_s})));
     EXPECT_EQ(patternsIn(name).count(u"new one"_s), 1);
     EXPECT_EQ(patternsIn(name).count(u"make test"_s), 1);
-    EXPECT_FALSE(test::waitFor(files.appendCommands({u"new one"_s})));
+    EXPECT_FALSE(isChanged(files.appendCommands({u"new one"_s})));
 
-    EXPECT_TRUE(test::waitFor(files.removeDigests({digestOf(u"ls -la"_s)})));
+    EXPECT_TRUE(isChanged(files.removeDigests({digestOf(u"ls -la"_s)})));
     EXPECT_EQ(patternsIn(name),
               QStringList({u"git  status"_s, u"make test"_s, u"git status"_s, u"new one"_s}));
-    EXPECT_FALSE(test::waitFor(files.removeDigests({digestOf(u"ls -la"_s)})));
+    EXPECT_FALSE(isChanged(files.removeDigests({digestOf(u"ls -la"_s)})));
     const QByteArray text = contentOf(platform(name));
     for (const char *kept : {"18446744073709551615", "9007199254740993", "1e2", "\"odd\": 5"}) {
         EXPECT_TRUE(text.contains(kept)) << kept;
@@ -87,26 +92,26 @@ TEST_F(ExecApprovals, EditsOnlyTheListsAndKeepsEverythingElse)
     EXPECT_EQ(json(name)["agents"_L1]["main"_L1]["allowlist"_L1].toArray().size(), 8);
     EXPECT_LT(text.indexOf("\"agents\""), text.indexOf("\"version\""));
 
-    EXPECT_TRUE(test::waitFor(files.clear()));
+    EXPECT_TRUE(isChanged(files.clear()));
     EXPECT_TRUE(patternsIn(name).isEmpty());
     EXPECT_EQ(json(name)["agents"_L1].toObject().keys(),
               QStringList({u"main"_s, u"none"_s, u"odd"_s, u"other"_s}));
     EXPECT_TRUE(json(name)["agents"_L1]["none"_L1]["allowlist"_L1].isArray());
-    EXPECT_FALSE(test::waitFor(files.clear()));
+    EXPECT_FALSE(isChanged(files.clear()));
     EXPECT_TRUE(log.lines().isEmpty());
 }
 
 TEST_F(ExecApprovals, MakesWhatIsMissingInsideAFileButNoFile)
 {
-    EXPECT_FALSE(test::waitFor(files.appendCommands({u"a b"_s})));
-    EXPECT_FALSE(test::waitFor(files.clear()));
+    EXPECT_TRUE(test::waitFor(files.appendCommands({u"a b"_s})).isWithoutFile);
+    EXPECT_TRUE(test::waitFor(files.clear()).isWithoutFile);
     EXPECT_TRUE(QDir(platform()).isEmpty());
     ExecApprovalsFiles nowhere(home.filePath(u"nowhere"_s), log);
-    EXPECT_FALSE(test::waitFor(nowhere.appendCommands({u"a b"_s})));
+    EXPECT_FALSE(isChanged(nowhere.appendCommands({u"a b"_s})));
     EXPECT_FALSE(QFileInfo::exists(home.filePath(u"nowhere"_s)));
 
     write(platform(u"exec-approvals.json"_s), R"({"agents":null,"z":1})");
-    EXPECT_TRUE(test::waitFor(files.appendCommands({u"a b"_s})));
+    EXPECT_TRUE(isChanged(files.appendCommands({u"a b"_s})));
     EXPECT_EQ(contentOf(platform(u"exec-approvals.json"_s)),
               "{\n  \"agents\": {\n    \"main\": {\n      \"allowlist\": [\n        {\n          "
               "\"pattern\": \"a b\"\n        }\n      ]\n    }\n  },\n  \"z\": 1\n}\n");
@@ -126,7 +131,9 @@ TEST_F(ExecApprovals, AFileThatCannotBeUsedIsLeftAloneAndSaidOnce)
     write(platform(u"exec-approvals-z.json"_s), "{}");
 
     EXPECT_EQ(files.load().paths, QStringList(platform(u"exec-approvals-z.json"_s)));
-    EXPECT_TRUE(test::waitFor(files.appendCommands({u"a b"_s})));
+    const auto outcome = test::waitFor(files.appendCommands({u"a b"_s}));
+    EXPECT_TRUE(outcome.isChanged && !outcome.isWithoutFile);
+    EXPECT_EQ(outcome.failures.size(), bad.size() + 3);
     EXPECT_TRUE(files.load().paths.size() == 1);
     EXPECT_EQ(patternsIn(u"exec-approvals-z.json"_s), QStringList(u"a b"_s));
     const auto lines = log.lines();
@@ -144,10 +151,11 @@ TEST_F(ExecApprovals, ContentOfTheWrongTypeIsNotOverwritten)
     for (const QByteArray content : {R"({"agents":[1]})", R"({"agents":{"main":"x"}})",
                                      R"({"agents":{"main":{"allowlist":{"a":1}}}})"}) {
         write(platform(u"exec-approvals.json"_s), content);
-        EXPECT_FALSE(test::waitFor(files.appendCommands({u"a b"_s})));
-        EXPECT_FALSE(test::waitFor(files.removeDigests({digestOf(u"a b"_s)})));
+        EXPECT_EQ(test::waitFor(files.appendCommands({u"a b"_s})).failures.size(), 1);
+        EXPECT_TRUE(test::waitFor(files.removeDigests({digestOf(u"a b"_s)})).isDone());
         EXPECT_EQ(contentOf(platform(u"exec-approvals.json"_s)), content);
-        EXPECT_TRUE(log.lines().last().startsWith(u"Brackwen allowlist update failed: "_s));
+        EXPECT_TRUE(
+            log.lines().last().startsWith(u"[Brackwen] Brackwen allowlist update failed: "_s));
     }
 }
 
@@ -157,20 +165,20 @@ TEST_F(ExecApprovals, KeepModeAndLinkAndLeaveNothingBehind)
     write(target, sample);
     ASSERT_TRUE(QFile::setPermissions(target, QFile::Permissions(0x6640)));
     ASSERT_TRUE(QFile::link(target, platform(u"exec-approvals.json"_s)));
-    EXPECT_TRUE(test::waitFor(files.appendCommands({u"a b"_s})));
+    EXPECT_TRUE(isChanged(files.appendCommands({u"a b"_s})));
     EXPECT_EQ(modeOf(target), 0640u);
     EXPECT_TRUE(QFileInfo(platform(u"exec-approvals.json"_s)).isSymLink());
     EXPECT_TRUE(contentOf(target).contains("a b"));
 
     {
         const FullDisk full;
-        EXPECT_FALSE(test::waitFor(files.clear()));
+        EXPECT_FALSE(isChanged(files.clear()));
     }
     EXPECT_TRUE(contentOf(target).contains("a b"));
     ASSERT_TRUE(QFile::setPermissions(target, QFile::Permissions(0x4444)));
-    EXPECT_FALSE(test::waitFor(files.clear()));
+    EXPECT_FALSE(isChanged(files.clear()));
     EXPECT_TRUE(contentOf(target).contains("a b"));
-    EXPECT_TRUE(log.lines().last().startsWith(u"Brackwen allowlist update failed: "_s));
+    EXPECT_TRUE(log.lines().last().startsWith(u"[Brackwen] Brackwen allowlist update failed: "_s));
     const auto everything = QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot;
     EXPECT_EQ(QDir(home.path()).entryList(everything),
               QStringList({u".brackwen"_s, u"elsewhere.json"_s}));
@@ -187,7 +195,7 @@ TEST_F(ExecApprovals, TwoProgramsThatEditAtOnceLoseNothing)
                         {platform(), u"other%1"_s.arg(i), QString::number(count)});
     }
     for (int i = 0; i < count; ++i) {
-        EXPECT_TRUE(test::waitFor(files.appendCommands({u"own %1"_s.arg(i)})));
+        EXPECT_TRUE(isChanged(files.appendCommands({u"own %1"_s.arg(i)})));
         // A reader finds a whole file at any moment.
         EXPECT_EQ(files.load().paths.size(), 1);
     }
@@ -273,8 +281,8 @@ TEST_F(ExecApprovals, TheLoopTurnsWhileAnotherProgramHasTheFolder)
     auto first = files.appendCommands({u"first one"_s});
     auto second = files.removeDigests({digestOf(u"first one"_s)}); // in the order of the calls
     QTimer::singleShot(20, &files, [&] { others.reset(); });
-    EXPECT_TRUE(test::waitFor(std::move(first)));
-    EXPECT_TRUE(test::waitFor(std::move(second)));
+    EXPECT_TRUE(isChanged(std::move(first)));
+    EXPECT_TRUE(isChanged(std::move(second)));
     EXPECT_TRUE(log.lines().isEmpty());
 }
 
@@ -285,7 +293,7 @@ TEST_F(ExecApprovals, AChangeThatHasBegunIsMadeAlsoWhenTheProgramEnds)
     auto task = ending->appendCommands({u"last one"_s});
     ending.reset();
     EXPECT_EQ(patternsIn(u"exec-approvals.json"_s), QStringList(u"last one"_s));
-    EXPECT_FALSE(test::waitFor(std::move(task)));
+    EXPECT_FALSE(isChanged(std::move(task)));
 }
 
 TEST(ConcreteCommands, LeavesOutPreviewsSingleWordsAndRepeats)
