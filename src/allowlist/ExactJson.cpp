@@ -36,7 +36,7 @@ class Parser
 public:
     explicit Parser(const QByteArray &source)
         : m_begin(source.constData())
-        , m_at(m_begin)
+        , m_at(m_begin + (source.startsWith(byteOrderMark) ? byteOrderMark.size() : 0))
         , m_end(m_begin + source.size())
     {
     }

@@ -52,7 +52,11 @@ struct ExactJsonDocument {
     ExactJson root;
 };
 
-/// Takes exactly what the JSON grammar allows, in UTF-8, up to 256 levels deep.
+/// With which some programs begin a text in UTF-8.
+constexpr QByteArrayView byteOrderMark = "\xef\xbb\xbf";
+
+/// Takes exactly what the JSON grammar allows, in UTF-8, up to 256 levels deep; and passes over a byte-order mark
+/// before it.
 std::expected<ExactJsonDocument, Error> parseExactJson(const QByteArray &source);
 
 /// Two spaces for a level, members in the order of their names, a line feed at the end.

@@ -188,7 +188,11 @@ ExecApprovalsFiles::Edited ExecApprovalsFiles::editFile(const QString &path, con
         if (!*edited) {
             return {};
         }
-        const auto replaced = replaceFile(path, document->source, prettyText(document->root));
+        QByteArray text = prettyText(document->root);
+        if (document->source.startsWith(byteOrderMark)) {
+            text.prepend(byteOrderMark);
+        }
+        const auto replaced = replaceFile(path, document->source, text);
         if (!replaced) {
             return {.failure = replaced.error().message};
         }

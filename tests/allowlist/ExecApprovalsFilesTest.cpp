@@ -146,6 +146,16 @@ TEST_F(ExecApprovals, AFileThatCannotBeUsedIsLeftAloneAndSaidOnce)
     }
 }
 
+TEST_F(ExecApprovals, AByteOrderMarkIsPassedOverAndKept)
+{
+    write(platform(u"exec-approvals.json"_s), "\xef\xbb\xbf" + sample);
+    EXPECT_EQ(files.load().commandsByDigest.size(), 3);
+    EXPECT_TRUE(isChanged(files.appendCommands({u"a b"_s})));
+    EXPECT_TRUE(contentOf(platform(u"exec-approvals.json"_s)).startsWith("\xef\xbb\xbf{\n"));
+    EXPECT_TRUE(patternsIn(u"exec-approvals.json"_s).contains(u"a b"_s));
+    EXPECT_TRUE(log.lines().isEmpty());
+}
+
 TEST_F(ExecApprovals, ContentOfTheWrongTypeIsNotOverwritten)
 {
     for (const QByteArray content : {R"({"agents":[1]})", R"({"agents":{"main":"x"}})",
