@@ -680,10 +680,6 @@
         <translation>shared-polling on|off   플랫폼도 쓰는 텔레그램 봇의 메시지 가져오기</translation>
     </message>
     <message>
-        <source>ALWAYS ASKED, LINE BREAK</source>
-        <translation>항상 확인, 줄바꿈</translation>
-    </message>
-    <message>
         <source>Say what: always-allow list|reload|remove|clear|register|add|add-all|backup|restore</source>
         <translation>할 일을 지정하세요: always-allow list|reload|remove|clear|register|add|add-all|backup|restore</translation>
     </message>
@@ -871,6 +867,10 @@
         <source>save ID FILE            write the command of one request into a file</source>
         <translation>save ID FILE            요청 하나의 명령을 파일에 저장</translation>
     </message>
+    <message>
+        <source>ASKED ONCE MORE</source>
+        <translation>한 번 더 확인</translation>
+    </message>
 </context>
 <context>
     <name>Words</name>
@@ -979,10 +979,6 @@
         <translation>자동 승인됨</translation>
     </message>
     <message>
-        <source>On the always-allow list, but asked because of a line break or an unusual blank: a shell may read it differently from what was allowed.</source>
-        <translation>영구 승인 목록에 있지만 줄바꿈이나 특이한 공백 때문에 확인합니다. 셸이 승인된 명령과 다르게 해석할 수 있습니다.</translation>
-    </message>
-    <message>
         <source>On the always-allow list, but asked because the automatic answer did not get through.</source>
         <translation>영구 승인 목록에 있지만 자동 응답이 전달되지 않아 확인합니다.</translation>
     </message>
@@ -1041,6 +1037,10 @@
     <message>
         <source>PRACTICE</source>
         <translation>연습</translation>
+    </message>
+    <message>
+        <source>The always-allow list has these words, but perhaps with other blanks or line breaks, which a shell may read differently. Always allow takes in exactly this text.</source>
+        <translation>영구 승인 목록에 같은 단어의 명령이 있지만 공백이나 줄바꿈이 다를 수 있고, 셸이 다르게 읽을 수 있어 확인합니다. 영구 승인하면 이 글자 그대로 목록에 넣습니다.</translation>
     </message>
 </context>
 <context>
@@ -1266,12 +1266,16 @@ Security Critical: %4</source>
         <translation>마지막 자동 승인:</translation>
     </message>
     <message>
-        <source>Answers nothing by itself: the command has a line break or an unusual blank, so a request for it is shown to you.</source>
-        <translation>스스로 승인하지 않습니다: 명령에 줄바꿈이나 특이한 공백이 있어 요청이 오면 승인 여부를 묻습니다.</translation>
-    </message>
-    <message>
         <source>Copy ID</source>
         <translation>ID 복사</translation>
+    </message>
+    <message>
+        <source>Answers nothing yet: how exactly the command is written is not known. A request for it is shown to you once more; Always Allow then takes it in.</source>
+        <translation>아직 자동으로 승인하지 않습니다. 명령이 정확히 어떻게 쓰였는지 모르기 때문에 요청이 오면 한 번 더 묻습니다. 그때 영구 승인하면 그대로 목록에 넣습니다.</translation>
+    </message>
+    <message>
+        <source>Answers only for exactly the text that was allowed, with its blanks, quotes and line breaks.</source>
+        <translation>공백, 따옴표, 줄바꿈까지 승인한 글자와 똑같은 명령만 자동으로 승인합니다.</translation>
     </message>
 </context>
 <context>
@@ -1564,6 +1568,26 @@ Security Critical: %4</source>
     <message>
         <source>Shown entries: %1. Not in the app list yet: %2.</source>
         <translation>표시된 항목: %1개. 앱 목록에 아직 없는 항목: %2개.</translation>
+    </message>
+    <message>
+        <source>None of the restored entries holds a whole command, so nothing was added to Brackwen&apos;s lists.</source>
+        <translation>복원한 항목 가운데 온전한 명령이 없어 브랙웬 목록에는 아무것도 추가하지 않았습니다.</translation>
+    </message>
+    <message>
+        <source>Brackwen has no exec-approvals file in %1, so nothing was changed there.</source>
+        <translation>%1에 브랙웬의 exec-approvals 파일이 없어 아무것도 바꾸지 않았습니다.</translation>
+    </message>
+    <message>
+        <source>This could not be changed, and stays as it was:</source>
+        <translation>다음은 바꾸지 못해 그대로 남아 있습니다:</translation>
+    </message>
+    <message>
+        <source>Brackwen&apos;s list was not changed</source>
+        <translation>브랙웬 목록이 바뀌지 않음</translation>
+    </message>
+    <message>
+        <source>Registration failed</source>
+        <translation>등록 실패</translation>
     </message>
 </context>
 <context>

@@ -61,7 +61,8 @@ double loadingMs(const QString &folder, int entries)
         AppAlwaysAllowList own(preferences, log);
         for (int i = 0; i < entries * 2 / 3; ++i) {
             const QString text = command(i);
-            own.insert(*normalizedCommandDigest(text), text, formOf(text));
+            const QString digest = *normalizedCommandDigest(text);
+            own.insert(digest, text, knownCommand(text, digest));
         }
         own.persist();
     }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "allowlist/AlwaysAllowBackup.h"
 
+#include "allowlist/AppAlwaysAllowList.h"
 #include "allowlist/CommandDigest.h"
 #include "allowlist/ExecApprovalsEdit.h"
 #include "model/UtcTime.h"
@@ -28,7 +29,10 @@ constexpr QLatin1StringView automaticPrefix("always-allow-auto-backup-");
 constexpr qint64 maxBackupBytes = 16 * 1024 * 1024;
 constexpr QLatin1StringView idPrefix("ID: ");
 constexpr QLatin1StringView commandPrefix("Command: ");
-constexpr QLatin1StringView lineBreakLine("LineBreak: yes");
+constexpr QLatin1StringView sensitiveLine("Sensitive: yes");
+constexpr QLatin1StringView exactPrefix("Exact: ");
+constexpr QLatin1StringView unknownForm("unknown");
+constexpr QLatin1StringView lineBreakLine("LineBreak: yes"); ///< of earlier releases
 
 QString sourceWord(AlwaysAllowSource source)
 {
@@ -65,11 +69,17 @@ QString alwaysAllowBackupText(const QList<AlwaysAllowEntry> &entries, const QStr
                        u"Count: "_s + QString::number(entries.size()), QString()};
     for (const auto &entry : entries) {
         lines += {idPrefix + entry.digest, u"Source: "_s + sourceWord(entry.source),
-                  u"Sensitive: "_s + (entry.isSecuritySensitive ? u"yes"_s : u"no"_s)};
-        if (entry.hasLineBreak) {
-            lines.append(lineBreakLine);
+                  entry.isSecuritySensitive ? QString(sensitiveLine) : u"Sensitive: no"_s};
+        const QString command = onOneLine(entry.command);
+        const bool isOwn = entry.source != AlwaysAllowSource::BrackwenOnly;
+        if (isOwn && knownCommand(command, entry.digest).forms != entry.forms) {
+            const QStringList forms
+                = entry.forms.isEmpty() ? QStringList(unknownForm) : entry.forms;
+            for (const QString &form : forms) {
+                lines.append(exactPrefix + form);
+            }
         }
-        lines += {commandPrefix + onOneLine(entry.command), QString()};
+        lines += {commandPrefix + command, QString()};
     }
     return lines.join(u'\n');
 }
@@ -97,8 +107,16 @@ QList<BackedUpCommand> parseAlwaysAllowBackup(const QString &text)
             block.digest = line.sliced(idPrefix.size()).toString();
         } else if (line.startsWith(commandPrefix)) {
             block.command = line.sliced(commandPrefix.size()).trimmed().toString();
+        } else if (line.startsWith(exactPrefix)) {
+            block.isTextExact = false;
+            const QStringView form = line.sliced(exactPrefix.size()).trimmed();
+            if (isCommandForm(form)) {
+                block.forms.append(form.toString());
+            }
+        } else if (line == sensitiveLine) {
+            block.isSecuritySensitive = true;
         } else if (line == lineBreakLine) {
-            block.hasLineBreak = true;
+            block.isTextExact = false;
         }
     }
     close();

@@ -17,14 +17,17 @@ class Preferences;
 struct BackedUpCommand {
     QString digest;
     QString command; ///< empty when there is none
-    bool hasLineBreak = false; ///< as of `AlwaysAllowEntry`
+    /// Unless the file says otherwise, a text that has the digest is what was allowed.
+    bool isTextExact = true;
+    QStringList forms {}; ///< as of `AlwaysAllowEntry`
+    bool isSecuritySensitive = false;
 
     bool operator==(const BackedUpCommand &) const = default;
 };
 
 /// A backup as people and `parseAlwaysAllowBackup` read it. A command with a line break is cut there, and
-/// marked as cut with an ellipsis: the format has one line for it. An entry with a line break has a line that
-/// says so, which other readers pass over.
+/// marked as cut with an ellipsis: the format has one line for it. Where the forms do not follow from the text,
+/// each has a line of its own, which other readers pass over.
 QString alwaysAllowBackupText(const QList<AlwaysAllowEntry> &entries, const QString &header,
                               qint64 nowMs);
 

@@ -4,6 +4,7 @@
 #include "model/AlwaysAllowSource.h"
 
 #include <QString>
+#include <QStringList>
 
 namespace bram
 {
@@ -15,10 +16,16 @@ struct AlwaysAllowEntry {
     /// neither. From outside: to be shown honestly.
     QString command;
     AlwaysAllowSource source = AlwaysAllowSource::LocalOnly;
-    bool isSecuritySensitive = false;
-    /// The command that the digest was made of has a line break or an unusual blank, so that on the own list
-    /// it answers nothing (`AlwaysAllowVerdict::LineBreak`).
-    bool hasLineBreak = false;
+    bool isSecuritySensitive = false; ///< of the whole command, where that is or was known
+    /// Of the own list: which commands with this digest it answers for (`commandForm`), in a fixed order.
+    QStringList forms {};
+
+    /// Whether it is on the own list and answers nothing: how exactly the command is written is not known
+    /// before it has been allowed once more.
+    bool isAskedOnceMore() const
+    {
+        return source != AlwaysAllowSource::BrackwenOnly && forms.isEmpty();
+    }
 
     bool operator==(const AlwaysAllowEntry &) const = default;
 };

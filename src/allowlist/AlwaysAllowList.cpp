@@ -106,14 +106,14 @@ AlwaysAllowVerdict AlwaysAllowList::verdict(const QString &command) const
     if (!digest || !m_app.digests().contains(*digest)) {
         return AlwaysAllowVerdict::Unknown;
     }
-    return hasAmbiguousBlank(command) || m_app.hadLineBreak(*digest) ? AlwaysAllowVerdict::LineBreak
-                                                                     : AlwaysAllowVerdict::Allowed;
+    return m_app.isAllowed(*digest, commandForm(command)) ? AlwaysAllowVerdict::Allowed
+                                                          : AlwaysAllowVerdict::NotExact;
 }
 
 void AlwaysAllowList::remember(const QString &command)
 {
     const auto digest = normalizedCommandDigest(command);
-    if (digest && m_app.insert(*digest, commandPreview(command), formOf(command))) {
+    if (digest && m_app.insert(*digest, commandPreview(command), knownCommand(command, *digest))) {
         m_app.persist();
         refresh();
     }
@@ -214,15 +214,17 @@ QCoro::Task<ExecApprovalsOutcome> AlwaysAllowList::following(Self self,
 qsizetype AlwaysAllowList::restore(const QList<BackedUpCommand> &commands)
 {
     qsizetype count = 0;
-    for (const auto &[digest, command, hasLineBreak] : commands) {
+    for (const BackedUpCommand &backedUp : commands) {
+        const QString &digest = backedUp.digest;
         if (!isCommandDigest(digest)) {
             continue;
         }
-        const bool isKnown = !m_app.preview(digest).isEmpty();
-        // Without a mark, the text may still be a preview only.
-        const bool isMarked = hasLineBreak || hasAmbiguousBlank(command);
-        m_app.insert(digest, isKnown ? QString() : command,
-                     isMarked ? CommandForm::WithLineBreak : CommandForm::Unknown);
+        KnownCommand known
+            = backedUp.isTextExact ? knownCommand(backedUp.command, digest) : KnownCommand();
+        known.forms += backedUp.forms;
+        known.isSecuritySensitive = known.isSecuritySensitive || backedUp.isSecuritySensitive;
+        const bool hasPreview = !m_app.preview(digest).isEmpty();
+        m_app.insert(digest, hasPreview ? QString() : backedUp.command, known);
         ++count;
     }
     m_app.persist();
@@ -233,14 +235,13 @@ qsizetype AlwaysAllowList::restore(const QList<BackedUpCommand> &commands)
 bool AlwaysAllowList::ensureInApp(const AlwaysAllowEntry &entry)
 {
     const QString pattern = m_platform.value(entry.digest);
-    return m_app.insert(entry.digest, pattern.isEmpty() ? entry.command : pattern, formOf(pattern));
+    return m_app.insert(entry.digest, pattern.isEmpty() ? entry.command : pattern,
+                        knownCommand(pattern, entry.digest));
 }
 
 void AlwaysAllowList::loadPlatform()
 {
-    const auto patterns = m_scope == AlwaysAllowScope::IncludeRegistered
-        ? m_files.load()
-        : ExecApprovalsFiles::Patterns();
+    const auto patterns = m_files.load();
     m_platform = patterns.commandsByDigest;
     m_platformFileCount = patterns.paths.size();
 }
@@ -251,11 +252,14 @@ void AlwaysAllowList::persistAndReload()
     reload(AlwaysAllowScope::IncludeRegistered);
 }
 
-void AlwaysAllowList::refresh()
+QList<AlwaysAllowEntry> AlwaysAllowList::merged(AlwaysAllowScope scope) const
 {
+    const bool isPlatformShown = scope == AlwaysAllowScope::IncludeRegistered;
     QSet<QString> digests = m_app.digests();
-    for (auto pattern = m_platform.keyBegin(); pattern != m_platform.keyEnd(); ++pattern) {
-        digests.insert(*pattern);
+    if (isPlatformShown) {
+        for (auto pattern = m_platform.keyBegin(); pattern != m_platform.keyEnd(); ++pattern) {
+            digests.insert(*pattern);
+        }
     }
     QList<AlwaysAllowEntry> entries;
     entries.reserve(digests.size());
@@ -263,17 +267,22 @@ void AlwaysAllowList::refresh()
         const auto pattern = m_platform.constFind(digest);
         const bool isPlatforms = pattern != m_platform.cend();
         const bool isOwn = m_app.digests().contains(digest);
-        const QString command = isPlatforms ? *pattern : m_app.preview(digest);
-        entries.append(
-            {.digest = digest,
-             .command = command,
-             .source = !isPlatforms ? AlwaysAllowSource::LocalOnly
-                 : isOwn            ? AlwaysAllowSource::Both
-                                    : AlwaysAllowSource::BrackwenOnly,
-             .isSecuritySensitive = isSecuritySensitiveCommand(command),
-             .hasLineBreak = isOwn ? m_app.hadLineBreak(digest) : hasAmbiguousBlank(command)});
+        const QString command = isPlatforms && isPlatformShown ? *pattern : m_app.preview(digest);
+        entries.append({.digest = digest,
+                        .command = command,
+                        .source = !isPlatforms ? AlwaysAllowSource::LocalOnly
+                            : isOwn            ? AlwaysAllowSource::Both
+                                               : AlwaysAllowSource::BrackwenOnly,
+                        .isSecuritySensitive
+                        = isSecuritySensitiveCommand(command) || m_app.isSecuritySensitive(digest),
+                        .forms = m_app.forms(digest)});
     }
-    entries = inOrder(entries);
+    return inOrder(entries);
+}
+
+void AlwaysAllowList::refresh()
+{
+    const auto entries = merged(m_scope);
     if (std::exchange(m_entries, entries) != entries) {
         Q_EMIT entriesChanged();
     }

@@ -16,9 +16,9 @@
 namespace bram
 {
 
-/// Which of the two lists are shown.
+/// Which entries are shown.
 enum class AlwaysAllowScope {
-    AppOnly,
+    AppOnly, ///< those of the own list, with their texts there
     IncludeRegistered,
 };
 
@@ -40,18 +40,23 @@ public:
     /// Where the exec-approvals files lie.
     const QString &platformFolder() const { return m_platformFolder; }
 
-    /// Of those that could be read the last time; 0 when only the own list is shown.
+    /// Of those that could be read the last time.
     qsizetype platformFileCount() const { return m_platformFileCount; }
 
     /// The merged list, in the order of the texts.
     const QList<AlwaysAllowEntry> &entries() const { return m_entries; }
+    /// The same of both lists, whichever are shown.
+    QList<AlwaysAllowEntry> allEntries() const
+    {
+        return merged(AlwaysAllowScope::IncludeRegistered);
+    }
     const AlwaysAllowEntry *find(const QString &digest) const;
     /// Those of the entries that are still there, as they are now.
     QList<AlwaysAllowEntry> present(const QList<AlwaysAllowEntry> &entries) const;
 
     AlwaysAllowVerdict verdict(const QString &command) const;
 
-    /// A person has allowed this command always.
+    /// A person has allowed this command always: this text, or, where it is a plain one, the same words.
     void remember(const QString &command);
 
     // Each returns whether something has changed.
@@ -86,6 +91,7 @@ private:
     bool takeFromApp(const QList<AlwaysAllowEntry> &entries);
     QCoro::Task<ExecApprovalsOutcome> takeFromBrackwen(const QList<AlwaysAllowEntry> &entries);
     void loadPlatform();
+    QList<AlwaysAllowEntry> merged(AlwaysAllowScope scope) const;
     void refresh();
     void persistAndReload();
 

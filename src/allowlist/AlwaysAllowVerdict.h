@@ -8,9 +8,9 @@ namespace bram
 enum class AlwaysAllowVerdict {
     Unknown, ///< not on the application's list
     Allowed,
-    /// On the list, but the command has a line break or an unusual blank, or had one when it was remembered.
-    /// The digest does not tell those from a space; a shell does. So a person has to look.
-    LineBreak,
+    /// Its digest is on the list, but what was allowed is not known to be the same to a shell. So a person has to
+    /// look.
+    NotExact,
 };
 
 } // namespace bram

@@ -6,6 +6,8 @@
 #include "system/Preferences.h"
 #include "system/SystemLog.h"
 
+#include <utility>
+
 namespace bram
 {
 
@@ -17,6 +19,10 @@ const QString alwaysAllowCommandsKey = u"approvals.always-allow.command-digests"
 const QString alwaysAllowCommandPreviewMapKey
     = u"approvals.always-allow.command-preview-by-digest"_s;
 const QString legacyAlwaysAllowCommandMapKey = u"approvals.always-allow.commands-by-digest"_s;
+/// By digest: the forms, with a space between them.
+const QString formsKey = u"approvals.always-allow.exact-digests"_s;
+const QString sensitiveKey = u"approvals.always-allow.security-critical-digests"_s;
+/// What earlier releases, which know no forms, must not answer for.
 const QString lineBreakDigestsKey = u"approvals.always-allow.line-break-digests"_s;
 
 QStringList sorted(const QSet<QString> &texts)
@@ -43,11 +49,12 @@ Value usable(std::expected<Value, Error> value, SystemLog &log)
 }
 } // namespace
 
-CommandForm formOf(const QString &command)
+KnownCommand knownCommand(const QString &text, const QString &digest)
 {
-    return command.isEmpty()         ? CommandForm::Unknown
-        : hasAmbiguousBlank(command) ? CommandForm::WithLineBreak
-                                     : CommandForm::Plain;
+    if (normalizedCommandDigest(text) != digest) {
+        return {};
+    }
+    return {.forms = {commandForm(text)}, .isSecuritySensitive = isSecuritySensitiveCommand(text)};
 }
 
 AppAlwaysAllowList::AppAlwaysAllowList(Preferences &preferences, SystemLog &log)
@@ -60,21 +67,19 @@ void AppAlwaysAllowList::load()
 {
     m_digests = setOf(usable(m_preferences.textList(alwaysAllowCommandsKey), m_log));
     m_digests.remove(QString());
-    const auto withLineBreak = m_preferences.textList(lineBreakDigestsKey);
-    const QStringList marked = usable(withLineBreak, m_log);
-    // Without the marks, what has to be asked could not be told from what may be answered.
-    m_withLineBreak = withLineBreak ? setOf(marked) : m_digests;
+    m_sensitive = setOf(usable(m_preferences.textList(sensitiveKey), m_log));
     m_previews = usable(m_preferences.textMap(alwaysAllowCommandPreviewMapKey), m_log);
     m_previews.removeIf([](auto entry) {
         entry.value() = entry.value().trimmed();
         return entry.value().isEmpty();
     });
+    loadForms();
 
     // What earlier releases kept: whole commands. Read once; writing removes it.
     const auto legacy = m_preferences.textMap(legacyAlwaysAllowCommandMapKey);
     for (const auto &[digest, command] : usable(legacy, m_log).asKeyValueRange()) {
         if (!digest.isEmpty() && !m_previews.contains(digest)) {
-            insert(digest, commandPreview(command), formOf(command));
+            insert(digest, commandPreview(command), knownCommand(command, digest));
         }
     }
     if (legacy && m_preferences.contains(legacyAlwaysAllowCommandMapKey)) {
@@ -82,31 +87,91 @@ void AppAlwaysAllowList::load()
     }
 }
 
+void AppAlwaysAllowList::loadForms()
+{
+    m_forms.clear();
+    if (!m_preferences.contains(formsKey)) {
+        inferForms();
+        return;
+    }
+    const auto known = usable(m_preferences.textMap(formsKey), m_log);
+    for (const auto &[digest, forms] : known.asKeyValueRange()) {
+        for (const QString &form : forms.split(u' ')) {
+            if (isCommandForm(form)) {
+                m_forms[digest].insert(form);
+            }
+        }
+    }
+}
+
+void AppAlwaysAllowList::inferForms()
+{
+    const auto marked = m_preferences.textList(lineBreakDigestsKey);
+    const auto asked = setOf(usable(marked, m_log));
+    if (!marked) {
+        return; // which of them had a line break is not known
+    }
+    for (const QString &digest : std::as_const(m_digests)) {
+        if (asked.contains(digest)) {
+            continue;
+        }
+        // Where only a preview was kept: a plain command with the same digest has the same words as the one that
+        // was allowed, and that had no line break. For others the digest says too little.
+        const auto known = knownCommand(m_previews.value(digest), digest);
+        m_forms[digest]
+            = known.forms.isEmpty() ? QSet {plainCommandForm.toString()} : setOf(known.forms);
+    }
+}
+
 void AppAlwaysAllowList::persist()
 {
+    QMap<QString, QString> forms;
+    QSet<QString> notPlain;
+    for (const QString &digest : std::as_const(m_digests)) {
+        const QStringList known = this->forms(digest);
+        if (!known.isEmpty()) {
+            forms.insert(digest, known.join(u' '));
+        }
+        if (!known.contains(plainCommandForm)) {
+            notPlain.insert(digest);
+        }
+    }
+    m_preferences.setTextMap(formsKey, forms);
+    const auto setWhereOfUse = [this](const QString &key, const QSet<QString> &digests) {
+        if (!digests.isEmpty() || m_preferences.contains(key)) {
+            m_preferences.setTextList(key, sorted(digests));
+        }
+    };
+    setWhereOfUse(lineBreakDigestsKey, notPlain);
+    setWhereOfUse(sensitiveKey, m_sensitive);
     m_preferences.setTextList(alwaysAllowCommandsKey, sorted(m_digests));
     m_preferences.setTextMap(alwaysAllowCommandPreviewMapKey, m_previews);
-    if (!m_withLineBreak.isEmpty() || m_preferences.contains(lineBreakDigestsKey)) {
-        m_preferences.setTextList(lineBreakDigestsKey, sorted(m_withLineBreak));
-    }
     m_preferences.remove(legacyAlwaysAllowCommandMapKey);
     if (!m_preferences.save()) {
         m_log.write(u"[Brackwen] always-allow list could not be written; it is kept for this run");
     }
 }
 
-bool AppAlwaysAllowList::insert(const QString &digest, const QString &preview, CommandForm form)
+QStringList AppAlwaysAllowList::forms(const QString &digest) const
 {
-    const bool isNew = !m_digests.contains(digest);
-    bool isChanged = isNew;
+    return sorted(m_forms.value(digest));
+}
+
+bool AppAlwaysAllowList::insert(const QString &digest, const QString &preview,
+                                const KnownCommand &known)
+{
+    bool isChanged = !m_digests.contains(digest);
     m_digests.insert(digest);
     if (!preview.isEmpty() && m_previews.value(digest) != preview) {
         m_previews.insert(digest, preview);
         isChanged = true;
     }
-    if (form == CommandForm::WithLineBreak && isNew) {
-        m_withLineBreak.insert(digest);
-    } else if (form == CommandForm::Plain && m_withLineBreak.remove(digest)) {
+    for (const QString &form : known.forms) {
+        isChanged = isChanged || !m_forms.value(digest).contains(form);
+        m_forms[digest].insert(form);
+    }
+    if (known.isSecuritySensitive && !m_sensitive.contains(digest)) {
+        m_sensitive.insert(digest);
         isChanged = true;
     }
     return isChanged;
@@ -114,7 +179,8 @@ bool AppAlwaysAllowList::insert(const QString &digest, const QString &preview, C
 
 bool AppAlwaysAllowList::remove(const QString &digest)
 {
-    m_withLineBreak.remove(digest);
+    m_forms.remove(digest);
+    m_sensitive.remove(digest);
     const bool hadPreview = m_previews.remove(digest) > 0;
     return m_digests.remove(digest) || hadPreview;
 }
@@ -124,7 +190,8 @@ bool AppAlwaysAllowList::clear()
     const bool isChanged = !m_digests.isEmpty() || !m_previews.isEmpty();
     m_digests.clear();
     m_previews.clear();
-    m_withLineBreak.clear();
+    m_forms.clear();
+    m_sensitive.clear();
     return isChanged;
 }
 

@@ -27,10 +27,32 @@ QString folded(QStringView text)
     return result;
 }
 
-/// What around a command makes no difference to a shell.
-bool isPassedOver(QChar character)
+/// What a shell passes over around a command. Not `trimmed`: a carriage return, too, is part of a word.
+QStringView withoutOuterBlanks(QStringView command)
 {
-    return character == u' ' || character == u'\t' || character == u'\n' || character == u'\r';
+    const auto isPassedOver = [](QChar character) {
+        return character == u' ' || character == u'\t' || character == u'\n';
+    };
+    while (!command.isEmpty() && isPassedOver(command.front())) {
+        command = command.sliced(1);
+    }
+    while (!command.isEmpty() && isPassedOver(command.back())) {
+        command.chop(1);
+    }
+    return command;
+}
+
+/// Whether the number of blanks around this character can make a difference: quotes and backslashes keep
+/// blanks, and so do, in one place or another, `${x:-a  b}`, `@(a  b)`, `x[a  b]=` and their like.
+bool keepsBlanks(QChar character)
+{
+    return QStringView(u"'\"\\`$()[]{}").contains(character);
+}
+
+QString sha256(const QString &text)
+{
+    return QString::fromLatin1(
+        QCryptographicHash::hash(text.toUtf8(), QCryptographicHash::Sha256).toHex());
 }
 } // namespace
 
@@ -40,9 +62,7 @@ std::optional<QString> normalizedCommandDigest(QStringView command)
     if (trimmed.isEmpty() || !trimmed.isValidUtf16()) {
         return std::nullopt;
     }
-    const auto hash
-        = QCryptographicHash::hash(folded(trimmed).toUtf8(), QCryptographicHash::Sha256);
-    return QString::fromLatin1(hash.toHex());
+    return sha256(folded(trimmed));
 }
 
 bool isCommandDigest(QStringView text)
@@ -53,18 +73,24 @@ bool isCommandDigest(QStringView text)
            });
 }
 
-bool hasAmbiguousBlank(QStringView command)
+bool isPlainCommand(QStringView command)
 {
-    // Not `trimmed`: at the ends, too, a shell passes over usual blanks and line breaks only.
-    while (!command.isEmpty() && isPassedOver(command.front())) {
-        command = command.sliced(1);
-    }
-    while (!command.isEmpty() && isPassedOver(command.back())) {
-        command.chop(1);
-    }
-    return std::ranges::any_of(command, [](QChar character) {
-        return character.isSpace() && character != u' ' && character != u'\t';
+    return std::ranges::none_of(withoutOuterBlanks(command), [](QChar character) {
+        const bool isUsualBlank = character == u' ' || character == u'\t';
+        return keepsBlanks(character)
+            || (!isUsualBlank
+                && (character.isSpace() || character.category() == QChar::Other_Control));
     });
+}
+
+QString commandForm(QStringView command)
+{
+    return isPlainCommand(command) ? plainCommandForm.toString() : sha256(command.toString());
+}
+
+bool isCommandForm(QStringView text)
+{
+    return text == plainCommandForm || isCommandDigest(text);
 }
 
 } // namespace bram

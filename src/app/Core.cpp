@@ -133,7 +133,8 @@ QJsonObject Core::alwaysAllowForDiagnostics() const
         {u"brackwen"_s, count(&AlwaysAllowEntry::source, Source::BrackwenOnly)},
         {u"both"_s, count(&AlwaysAllowEntry::source, Source::Both)},
         {u"sensitive"_s, count(&AlwaysAllowEntry::isSecuritySensitive, true)},
-        {u"lineBreak"_s, count(&AlwaysAllowEntry::hasLineBreak, true)},
+        {u"askedOnceMore"_s,
+         std::ranges::count_if(m_alwaysAllowList.entries(), &AlwaysAllowEntry::isAskedOnceMore)},
         {u"platformFiles"_s, m_alwaysAllowList.platformFileCount()},
     };
 }

@@ -7,7 +7,7 @@ namespace bram
 /// Why a person is asked about a request.
 enum class AskReason {
     Usual, ///< nobody has allowed it always
-    LineBreak, ///< it is on the always-allow list, but a line break makes it ambiguous
+    NotExact, ///< the always-allow list has it, but perhaps with other blanks or line breaks
     AutomaticAnswerFailed, ///< it is on the always-allow list, but the answer did not get through
 };
 

@@ -81,7 +81,7 @@ QCoro::Task<> AlwaysAllowOperations::reloading(Self self, OperatorPrompts *promp
     auto &own = self->m_collaborators;
     const qint64 nowMs = own.clock.nowMs();
     const QString text
-        = alwaysAllowBackupText(own.list.entries(), tr("Always allow list auto-backup"), nowMs);
+        = alwaysAllowBackupText(own.list.allEntries(), tr("Always allow list auto-backup"), nowMs);
     using Written = std::expected<QString, Error>;
     std::function<Written()> work
         = [home = own.homeFolder, text, nowMs] { return writeAutomaticBackup(home, text, nowMs); };
@@ -166,7 +166,7 @@ QCoro::Task<bool> AlwaysAllowOperations::clearingLists(Self self, OperatorPrompt
                                                        Target target)
 {
     auto &list = self->m_collaborators.list;
-    const auto before = countIn(target, list.entries());
+    const auto before = countIn(target, list.allEntries());
     bool isChanged = target != Target::Brackwen && list.clearApp();
     ExecApprovalsOutcome outcome;
     if (target != Target::App) {
@@ -176,7 +176,7 @@ QCoro::Task<bool> AlwaysAllowOperations::clearingLists(Self self, OperatorPrompt
     if (!self) {
         co_return isChanged;
     }
-    const auto gone = before - countIn(target, list.entries());
+    const auto gone = before - countIn(target, list.allEntries());
     switch (target) {
     case Target::App:
         self->recordCount(ActivityActor::App, ActivityAction::ClearAppList, gone);

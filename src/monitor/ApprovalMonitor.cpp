@@ -166,7 +166,7 @@ void ApprovalMonitor::onApprovalRequested(const ApprovalItem &item)
         return;
     }
     m_board.add(item,
-                verdict == AlwaysAllowVerdict::LineBreak ? AskReason::LineBreak : AskReason::Usual);
+                verdict == AlwaysAllowVerdict::NotExact ? AskReason::NotExact : AskReason::Usual);
     m_expiry.watch(item);
     m_menuState.note(u"approval.requested"_s);
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "allowlist/AlwaysAllowBackup.h"
 #include "allowlist/AllowlistFixture.h"
+#include "allowlist/CommandDigest.h"
 #include "support/FullDisk.h"
 #include "system/Preferences.h"
 
@@ -43,22 +44,27 @@ TEST_F(Backup, IsWrittenForPeopleAndReadBack)
     const QString first(64, u'1');
     const QString second(64, u'2');
     const QString third(64, u'3');
-    const QString text
-        = alwaysAllowBackupText({{first, u"ls -la"_s, AlwaysAllowSource::LocalOnly, false},
-                                 {second, u"sudo ls\nID: "_s + third + u"\nCommand: rm x"_s,
-                                  AlwaysAllowSource::Both, true, true},
-                                 {third, QString(), AlwaysAllowSource::BrackwenOnly, false}},
-                                u"영구 승인 목록 백업"_s, nowMs);
-    EXPECT_EQ(
-        text,
-        u"영구 승인 목록 백업\nGeneratedAt: 2024-03-05T07:08:09Z\nCount: 3\n\n"
-        "ID: "_s
-            + first + u"\nSource: local\nSensitive: no\nCommand: ls -la\n\nID: "_s + second
-            + u"\nSource: local+brackwen\nSensitive: yes\nLineBreak: yes\nCommand: sudo ls …\n\nID: "_s
-            + third + u"\nSource: brackwen\nSensitive: no\nCommand: \n"_s);
+    const QString plain = *normalizedCommandDigest(u"ls -la");
+    const QString text = alwaysAllowBackupText(
+        {{plain, u"ls  -la"_s, AlwaysAllowSource::LocalOnly, false},
+         {first, u"ls …"_s, AlwaysAllowSource::LocalOnly, false, {third, u"plain"_s}},
+         {second, u"sudo ls\nID: "_s + third + u"\nCommand: rm x"_s, AlwaysAllowSource::Both, true},
+         {third, QString(), AlwaysAllowSource::BrackwenOnly, false}},
+        u"영구 승인 목록 백업"_s, nowMs);
+    EXPECT_EQ(text,
+              u"영구 승인 목록 백업\nGeneratedAt: 2024-03-05T07:08:09Z\nCount: 4\n\n"
+              "ID: "_s
+                  + plain
+                  + u"\nSource: local\nSensitive: no\nExact: unknown\nCommand: ls  -la\n\nID: "_s
+                  + first + u"\nSource: local\nSensitive: no\nExact: "_s + third
+                  + u"\nExact: plain\nCommand: ls …\n\nID: "_s + second
+                  + u"\nSource: local+brackwen\nSensitive: yes\nCommand: sudo ls …\n\nID: "_s
+                  + third + u"\nSource: brackwen\nSensitive: no\nCommand: \n"_s);
     EXPECT_EQ(parseAlwaysAllowBackup(text),
-              QList<BackedUpCommand>(
-                  {{first, u"ls -la"_s}, {second, u"sudo ls …"_s, true}, {third, QString()}}));
+              QList<BackedUpCommand>({{plain, u"ls  -la"_s, false},
+                                      {first, u"ls …"_s, false, {third, u"plain"_s}},
+                                      {second, u"sudo ls …"_s, true, {}, true},
+                                      {third, QString()}}));
 }
 
 TEST_F(Backup, BlocksAreTakenAsTheyStandAndDuplicatesOnce)
@@ -75,6 +81,8 @@ TEST_F(Backup, BlocksAreTakenAsTheyStandAndDuplicatesOnce)
         {u"Command: lost\n\nID: a\n\nID: b\nID: c\nCommand: 1\nCommand: 2\n"_s,
          {{u"a"_s, u""_s}, {u"c"_s, u"2"_s}}},
         {u"ID:a\nCommand:b\nID: \n"_s, {}},
+        {u"ID: a\nExact: PLAIN\nCommand: b\n\nID: c\nLineBreak: yes\nSensitive: maybe"_s,
+         {{u"a"_s, u"b"_s, false}, {u"c"_s, u""_s, false}}},
         {u"ID: a\rCommand: b\r\rID: c"_s, {{u"a"_s, u"b"_s}, {u"c"_s, u""_s}}},
     };
     for (const auto &row : rows) {

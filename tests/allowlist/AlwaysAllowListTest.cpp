@@ -6,6 +6,9 @@
 #include "support/Waiting.h"
 #include "system/Preferences.h"
 
+#include <QHash>
+#include <QProcess>
+
 #include <memory>
 
 using namespace bram;
@@ -18,6 +21,8 @@ namespace
 {
 const QString digestsKey = u"approvals.always-allow.command-digests"_s;
 const QString previewsKey = u"approvals.always-allow.command-preview-by-digest"_s;
+const QString formsKey = u"approvals.always-allow.exact-digests"_s;
+const QString lineBreaksKey = u"approvals.always-allow.line-break-digests"_s;
 const QString legacyKey = u"approvals.always-allow.commands-by-digest"_s;
 
 QString digestOf(const QString &command)
@@ -65,6 +70,19 @@ protected:
         return contentOf(platform(u"exec-approvals.json"_s)).contains(command);
     }
 
+    /// What bash makes of a command: the words of each call of `w`.
+    QByteArray readByShell(const QString &command) const
+    {
+        QProcess shell;
+        shell.setWorkingDirectory(home.path()); // for what `>` makes
+        shell.start(u"bash"_s,
+                    {u"-c"_s,
+                     u"shopt -s extglob; trap wait EXIT\nw() { printf '<%s>' \"$@\"; echo; }\n"_s
+                         + command});
+        EXPECT_TRUE(shell.waitForFinished());
+        return shell.readAllStandardOutput();
+    }
+
     const QString preferencesPath = home.filePath(u"preferences.ini"_s);
     std::unique_ptr<Preferences> preferences;
     std::unique_ptr<AlwaysAllowList> list;
@@ -88,51 +106,215 @@ TEST_F(AlwaysAllow, RemembersAcrossRunsAndWritesOnlyWhatIsNew)
     EXPECT_EQ(list->verdict(u"/usr/bin/git\tpush"_s), Verdict::Allowed);
     EXPECT_EQ(list->verdict(u"/usr/bin/git pusH"_s), Verdict::Unknown);
     EXPECT_EQ(list->entries(),
-              QList<AlwaysAllowEntry>(
-                  {{digestOf(u"/usr/bin/git push"_s), u"git …"_s, Source::LocalOnly, false}}));
+              QList<AlwaysAllowEntry>({{digestOf(u"/usr/bin/git push"_s),
+                                        u"git …"_s,
+                                        Source::LocalOnly,
+                                        false,
+                                        {u"plain"_s}}}));
     EXPECT_EQ(preferences->textList(digestsKey), QStringList(digestOf(u"/usr/bin/git push"_s)));
 }
 
-TEST_F(AlwaysAllow, ALineBreakIsNeverAnsweredWhicheverOfTheTwoHasIt)
+TEST_F(AlwaysAllow, AnswersOnlyWhatAShellReadsTheSame)
 {
-    list->remember(u"true # x"_s);
-    EXPECT_EQ(list->verdict(u"true\n# x"_s), Verdict::LineBreak);
-    EXPECT_EQ(list->verdict(u"true #\r\nx"_s), Verdict::LineBreak);
-    EXPECT_EQ(list->verdict(u"\ntrue # x\r\n"_s), Verdict::Allowed);
-    EXPECT_EQ(list->verdict(u"true\u2028# x"_s), Verdict::LineBreak);
+    const QStringList commands {
+        u"w a b"_s,
+        u"w  a\tb \n"_s,
+        u"w a\nb"_s,
+        u"w a\n b"_s,
+        u"w a\r\nb"_s,
+        u"w a\\ b"_s,
+        u"w a\\  b"_s,
+        u"w a \\ b"_s,
+        u"w \"a b\""_s,
+        u"w \"a  b\""_s,
+        u"w 'a\tb'"_s,
+        u"w 'a\nb'"_s,
+        u"w $'a b'"_s,
+        u"w dir"_s,
+        u"w dir\\"_s,
+        u"w dir\\ "_s,
+        u"w dir\\\t"_s,
+        u"w dir\\\n"_s,
+        u"w dir\r"_s,
+        u"w a\u00a0b"_s,
+        u"w a\u2028b"_s,
+        u"w a\vb"_s,
+        u"w dir\u3000"_s,
+        u"w a \\\n b"_s,
+        u"w a # b c"_s,
+        u"w a #\nw b c"_s,
+        u"w a # b\nw c"_s,
+        u"v=; IFS=,; x=${v:-a b}; w $x"_s,
+        u"v=; IFS=,; x=${v:-a  b}; w $x"_s,
+        u"w +(a b)"_s,
+        u"w +(a  b)"_s,
+        u"declare -A m; m[a b]=1; IFS=,; w ${!m[@]}"_s,
+        u"declare -A m; m[a  b]=1; IFS=,; w ${!m[@]}"_s,
+        u"w <<E\na b\nE"_s,
+        u"while read -r l; do w \"$l\"; done <<E\na b\nE\n"_s,
+        u"while read -r l; do w \"$l\"; done <<E\na  b\nE\n"_s,
+    };
+    QHash<QString, QByteArray> readings;
+    for (const QString &command : commands) {
+        readings.insert(command, readByShell(command));
+    }
+    for (const QString &remembered : commands) {
+        list->clearApp();
+        list->remember(remembered);
+        for (const QString &asked : commands) {
+            const bool isAllowed = list->verdict(asked) == Verdict::Allowed;
+            EXPECT_TRUE(isAllowed || asked != remembered) << qPrintable(asked);
+            EXPECT_TRUE(!isAllowed || readings[asked] == readings[remembered])
+                << qPrintable(remembered) << " answers for " << qPrintable(asked);
+        }
+    }
+    list->remember(commands.constFirst());
+    EXPECT_EQ(list->verdict(u"\tw  a \t b\n"_s), Verdict::Allowed);
 
-    list->remember(u"rm a\nls b"_s);
-    EXPECT_EQ(list->verdict(u"rm a ls b"_s), Verdict::LineBreak);
-    restart();
-    EXPECT_EQ(list->verdict(u"rm a ls b"_s), Verdict::LineBreak);
-    list->remember(u"rm a ls b"_s);
-    EXPECT_EQ(list->verdict(u"rm a ls b"_s), Verdict::Allowed);
-    EXPECT_EQ(list->verdict(u"rm a\nls b"_s), Verdict::LineBreak);
-    list->remember(u"rm a\nls b"_s);
-    restart();
-    EXPECT_EQ(list->verdict(u"rm a ls b"_s), Verdict::Allowed);
+    int folded = 0;
+    for (char character = '!'; character <= '~'; ++character) {
+        const QString one = u"w x"_s + QLatin1Char(character) + u"y a b"_s;
+        const QString other = QString(one).replace(u" a "_s, u"  a\t "_s);
+        const bool isFolded = commandForm(one) == commandForm(other);
+        EXPECT_TRUE(!isFolded || readByShell(one) == readByShell(other)) << character;
+        folded += isFolded ? 1 : 0;
+    }
+    EXPECT_GT(folded, 80);
 }
 
-TEST_F(AlwaysAllow, ALineBreakOutlivesABackupAndAMalformedMark)
+TEST_F(AlwaysAllow, EachExactTextIsAllowedByItselfAndAllGoTogether)
 {
-    platformAllows({"cp c\\nls d", "make it"});
+    const QString one = u"cd src && \\\n make 'a  b'"_s;
+    const QString other = u"cd src && \\\n make 'a b'"_s;
+    list->remember(one);
+    EXPECT_EQ(list->verdict(one), Verdict::Allowed);
+    EXPECT_EQ(list->verdict(other), Verdict::NotExact);
+    list->remember(other);
+    restart();
+    EXPECT_EQ(list->verdict(one), Verdict::Allowed);
+    EXPECT_EQ(list->verdict(other), Verdict::Allowed);
+    ASSERT_EQ(list->entries().size(), 1);
+    list->removeFromApp({entry(one)});
+    restart();
+    list->remember(other);
+    EXPECT_EQ(list->verdict(one), Verdict::NotExact);
+    list->clearApp();
+    restart();
+    EXPECT_EQ(list->verdict(other), Verdict::Unknown);
+    EXPECT_EQ(preferences->textMap(formsKey), (QMap<QString, QString> {}));
+}
+
+TEST_F(AlwaysAllow, ThePlatformsTextAnswersForItselfOnceItIsAdded)
+{
+    platformAllows({"cp 'c  d' e", "cp c\\nls d", "make it"});
     list->reload(AlwaysAllowScope::IncludeRegistered);
-    list->remember(u"rm a\nls b"_s);
+    list->addToApp(list->entries());
+    restart();
+    for (const auto &[command, expected] : {std::pair(u"cp 'c  d' e"_s, Verdict::Allowed),
+                                            std::pair(u"cp 'c d' e"_s, Verdict::NotExact),
+                                            std::pair(u"cp c\nls d"_s, Verdict::Allowed),
+                                            std::pair(u"cp c ls d"_s, Verdict::NotExact),
+                                            std::pair(u"make\tit"_s, Verdict::Allowed)}) {
+        EXPECT_EQ(list->verdict(command), expected) << qPrintable(command);
+    }
+}
+
+TEST_F(AlwaysAllow, WhatIsKnownExactlyOutlivesABackup)
+{
+    const QStringList exact {u"rm a\nls b"_s, u"rm 'a  b'"_s, u"ls\r"_s, u"make it"_s};
+    for (const QString &command : exact) {
+        list->remember(command);
+    }
     const auto backup
         = parseAlwaysAllowBackup(alwaysAllowBackupText(list->entries(), u"Head"_s, 0));
-    EXPECT_TRUE(entry(u"rm a ls b"_s).hasLineBreak);
     list->clearApp();
-    EXPECT_EQ(list->restore(backup), 3);
+    EXPECT_EQ(list->restore(backup), exact.size());
     restart();
-    for (const QString &command : {u"rm a ls b"_s, u"cp c ls d"_s, u"cp c\nls d"_s}) {
-        EXPECT_EQ(list->verdict(command), Verdict::LineBreak) << qPrintable(command);
+    for (const QString &command : exact) {
+        EXPECT_EQ(list->verdict(command), Verdict::Allowed) << qPrintable(command);
     }
-    EXPECT_EQ(list->verdict(u"make it"_s), Verdict::Allowed);
+    for (const QString &command : {u"rm a ls b"_s, u"rm 'a b'"_s, u"ls"_s}) {
+        EXPECT_EQ(list->verdict(command), Verdict::NotExact) << qPrintable(command);
+    }
+}
 
-    preferences->setText(u"approvals.always-allow.line-break-digests"_s, u"["_s);
+TEST_F(AlwaysAllow, WhatEarlierReleasesKeptIsAskedOnceMoreUnlessItIsPlain)
+{
+    // What they remembered, whether they marked it, and what is answered now.
+    const struct {
+        QString kept;
+        QString preview;
+        bool isMarked;
+        QString asked;
+        Verdict expected;
+    } rows[] {
+        {u"git push"_s, u"git …"_s, false, u"git  push"_s, Verdict::Allowed},
+        {u"git 'a  b'"_s, u"git …"_s, false, u"git 'a b'"_s, Verdict::NotExact},
+        {u"git 'a  b'"_s, u"git 'a  b'"_s, false, u"git 'a b'"_s, Verdict::NotExact},
+        {u"git 'a  b'"_s, u"git 'a  b'"_s, false, u"git 'a  b'"_s, Verdict::Allowed},
+        {u"git\npush"_s, u"git …"_s, true, u"git push"_s, Verdict::NotExact},
+        {u"git\npush"_s, u"git …"_s, true, u"git\npush"_s, Verdict::NotExact},
+    };
+    const auto keep = [&](const auto &row) {
+        preferences->remove(formsKey);
+        preferences->setTextList(digestsKey, {digestOf(row.kept)});
+        preferences->setTextMap(previewsKey, {{digestOf(row.kept), row.preview}});
+        preferences->setTextList(lineBreaksKey,
+                                 row.isMarked ? QStringList(digestOf(row.kept)) : QStringList());
+    };
+    for (const auto &row : rows) {
+        keep(row);
+        ASSERT_TRUE(preferences->save());
+        restart();
+        EXPECT_EQ(list->verdict(row.asked), row.expected)
+            << qPrintable(row.kept) << " and " << qPrintable(row.asked);
+        EXPECT_EQ(entry(row.kept).isAskedOnceMore(), row.isMarked);
+        list->remember(row.kept);
+        restart();
+        EXPECT_EQ(list->verdict(row.kept), Verdict::Allowed) << "it learns";
+    }
+    // Restored from a backup of theirs, nothing says what the digest was made of.
+    list->clearApp();
+    list->restore(
+        parseAlwaysAllowBackup(u"ID: "_s + digestOf(u"git push"_s) + u"\nCommand: git …"_s));
+    EXPECT_EQ(list->verdict(u"git push"_s), Verdict::NotExact);
+    EXPECT_TRUE(entry(u"git push"_s).isAskedOnceMore());
+}
+
+TEST_F(AlwaysAllow, MalformedKnowledgeMakesItAsk)
+{
+    const QString digest = digestOf(u"git push"_s);
+    for (const QString &value :
+         {u"x"_s, u"["_s, u""_s, u"[\"plain\"]"_s, u"{\"%1\":1}"_s.arg(digest),
+          u"{\"%1\":\"Plain plainer 12\"}"_s.arg(digest), u"{}"_s,
+          u"{\"plain\":\"%1\"}"_s.arg(digest)}) {
+        list->remember(u"git push"_s);
+        preferences->setText(formsKey, value);
+        ASSERT_TRUE(preferences->save());
+        restart();
+        EXPECT_EQ(list->verdict(u"git push"_s), Verdict::NotExact) << qPrintable(value);
+    }
+    list->remember(u"git push"_s);
+    preferences->remove(formsKey);
+    preferences->setText(lineBreaksKey, u"["_s);
     restart();
-    EXPECT_EQ(list->verdict(u"rm a ls b"_s), Verdict::LineBreak);
+    EXPECT_EQ(list->verdict(u"git push"_s), Verdict::NotExact);
     EXPECT_EQ(log.lines().filter(u"line-break-digests is malformed"_s).size(), 1);
+}
+
+TEST_F(AlwaysAllow, WhatIsSensitiveIsKnownOfTheWholeCommand)
+{
+    list->remember(u"cat /etc/shadow"_s);
+    list->remember(u"git status"_s);
+    const auto backup
+        = parseAlwaysAllowBackup(alwaysAllowBackupText(list->entries(), u"Head"_s, 0));
+    for (int i = 0; i < 2; ++i) {
+        restart();
+        EXPECT_TRUE(entry(u"cat /etc/shadow"_s).isSecuritySensitive);
+        EXPECT_FALSE(entry(u"git status"_s).isSecuritySensitive);
+        list->clearApp();
+        list->restore(backup);
+    }
 }
 
 TEST_F(AlwaysAllow, MigratesWhatEarlierReleasesKept)
@@ -187,6 +369,8 @@ TEST_F(AlwaysAllow, MergesBothListsInTheOrderOfTheirTexts)
     list->reload(AlwaysAllowScope::AppOnly);
     EXPECT_EQ(texts(),
               QStringList({digestOf(u"sudo ls"_s).left(4), u"Afff"_s, u"git …"_s, u"Zip …"_s}));
+    EXPECT_EQ(sourceOf(u"git push"_s), Source::Both) << "what the platform has stays known";
+    EXPECT_EQ(list->allEntries().size(), 5);
 }
 
 TEST_F(AlwaysAllow, EntriesAreAddedToAndRemovedFromOneListOrBoth)

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "allowlist/CommandDigest.h"
 
+#include <QSet>
+
 #include <gtest/gtest.h>
 
 namespace bram
@@ -44,17 +46,27 @@ TEST(CommandDigest, IsAbsentWhereThereIsNoCommandToTellFromOthers)
     }
 }
 
-TEST(CommandDigest, KnowsEveryBlankThatAShellReadsOtherwise)
+TEST(CommandDigest, OnlyPlainCommandsAreOfOneFormWhateverTheirBlanks)
 {
-    for (const QChar lineBreak : u"\n\r\v\f\u0085\u2028\u2029\u00a0\u3000"_s) {
-        EXPECT_TRUE(hasAmbiguousBlank(u"a"_s + lineBreak + u'b')) << int(lineBreak.unicode());
+    for (const QString &text :
+         {u"a b"_s, u" \na\tb  c\t\n"_s, u"a=1 b-c /d/e | f && g > h # i"_s, u"결제 ~/x"_s}) {
+        EXPECT_EQ(commandForm(text), plainCommandForm) << qPrintable(text);
     }
-    for (const QString &text : {u"\u00a0ls"_s, u"ls\u3000"_s, u" ls \v\n"_s, u"\u2028ls"_s}) {
-        EXPECT_TRUE(hasAmbiguousBlank(text)) << qPrintable(text);
+    QSet<QString> forms;
+    const QString unusual = u"\n\r\v\f\u0001\u007f\u0085\u2028\u2029\u00a0\u3000'\"\\`$()[]{}"_s;
+    for (const QChar character : unusual) {
+        const QString form = commandForm(u"a"_s + character + u'b');
+        EXPECT_TRUE(isCommandDigest(form)) << int(character.unicode());
+        forms.insert(form);
     }
-    for (const QString &text : {u"a b"_s, u"a\tb"_s, u" \na b\t\r\n"_s, u""_s, u"\n"_s}) {
-        EXPECT_FALSE(hasAmbiguousBlank(text)) << qPrintable(text);
+    for (const QString &text : {u"\u00a0ls"_s, u"ls\r"_s, u"ls\r\n"_s, u"ls \v\n"_s, u"ls\\"_s}) {
+        EXPECT_TRUE(isCommandDigest(commandForm(text))) << qPrintable(text);
+        forms.insert(commandForm(text));
     }
+    EXPECT_EQ(forms.size(), unusual.size() + 5);
+    // printf '%s' 'ls "결제"' | sha256sum
+    EXPECT_EQ(commandForm(u"ls \"결제\""),
+              u"6987b97b71a4558c5fb7dbff098a4cb662b9a2f5afe8f698a1f84bb80cc970cb"_s);
 }
 
 } // namespace

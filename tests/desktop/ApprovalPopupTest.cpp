@@ -83,13 +83,13 @@ TEST_F(Popup, SaysThatThereIsMoreToReadOnlyWhenThereIs)
 TEST_F(Popup, SaysWhyAnAlwaysAllowedCommandIsAsked)
 {
     popup.setAskReasons([](const QString &approvalId) {
-        return approvalId == u"b" ? AskReason::LineBreak : AskReason::Usual;
+        return approvalId == u"b" ? AskReason::NotExact : AskReason::Usual;
     });
     present(u"a"_s, u"git push"_s);
-    EXPECT_FALSE(view().accessibleDescription().contains(u"line break"_s));
+    EXPECT_FALSE(view().accessibleDescription().contains(u"line breaks"_s));
     present(u"b"_s, u"git\npush"_s);
     EXPECT_TRUE(view().accessibleDescription().contains(
-        u"On the always-allow list, but asked because of a line break"_s));
+        u"The always-allow list has these words, but perhaps with other blanks or line breaks"_s));
     EXPECT_TRUE(view().commandView().isAllVisible());
 }
 

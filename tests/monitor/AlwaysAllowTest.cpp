@@ -133,17 +133,20 @@ TEST_F(AlwaysAllowTest, WhatIsKnownOfAnEntry)
     EXPECT_EQ(inquiry.facts().lastAnswerMs, answeredMs);
 }
 
-TEST_F(AlwaysAllowTest, ALineBreakIsAskedAndSaysWhy)
+TEST_F(AlwaysAllowTest, ALineBreakIsAskedSaysWhyAndCanBeAllowedAlways)
 {
     makeCoreWithLists();
     request(item("broken", "git\npush"));
-    EXPECT_EQ(board().askReason(u"broken"_s), AskReason::LineBreak);
+    EXPECT_EQ(board().askReason(u"broken"_s), AskReason::NotExact);
     request(item("other", "something else"));
     EXPECT_EQ(board().askReason(u"other"_s), AskReason::Usual);
-    decide("broken", ApprovalDecision::Deny);
+    decide("broken", ApprovalDecision::AllowAlways);
     ASSERT_TRUE(waitSettled(3));
     ASSERT_TRUE(waitUntil([this] { return board().askReason(u"broken"_s) == AskReason::Usual; }));
     EXPECT_EQ(board().history().last().maker, DecisionMaker::Person);
+    gateway.announce(item("twin", "git\npush"));
+    ASSERT_TRUE(waitSettled(4));
+    EXPECT_EQ(board().history().first().maker, DecisionMaker::AlwaysAllowList);
 }
 
 TEST_F(AlwaysAllowTest, AnAutomaticAnswerThatFailsBecomesAQuestion)
@@ -319,6 +322,7 @@ TEST_F(AlwaysAllowTest, ReloadsWithABackupBeforeIt)
         latest(),
         std::tuple(ActivityActor::App, ActivityAction::RefreshAlwaysAllowList, u"app-only"_s));
     EXPECT_EQ(operations().list().entries().size(), 2);
+    EXPECT_EQ(entry(u"git push"_s).source, AlwaysAllowSource::Both);
     clock.current += 5000;
     prompts.answers = {0};
     test::waitFor(operations().promptAndReload(prompts));
@@ -330,7 +334,9 @@ TEST_F(AlwaysAllowTest, ReloadsWithABackupBeforeIt)
     ASSERT_EQ(backups.entryList(QDir::Files).size(), 1);
     QFile backup(backups.filePath(backups.entryList(QDir::Files).constFirst()));
     ASSERT_TRUE(backup.open(QFile::ReadOnly));
-    EXPECT_TRUE(backup.readAll().startsWith("Always allow list auto-backup\nGeneratedAt: "));
+    const QByteArray text = backup.readAll();
+    EXPECT_TRUE(text.startsWith("Always allow list auto-backup\nGeneratedAt: "));
+    EXPECT_TRUE(text.contains("Command: apt list")) << "also what was not shown";
     const auto rows = board().activity().size();
     test::waitFor(operations().promptAndReload(prompts));
     EXPECT_EQ(board().activity().size(), rows) << "cancelled";

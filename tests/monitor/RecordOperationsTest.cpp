@@ -203,7 +203,7 @@ TEST_F(RecordOperationsTest, theBundleSaysWhatAHelperNeeds)
     const auto allowed = snapshot[u"settings"_s][u"alwaysAllow"_s].toObject();
     for (const auto &[key, count] :
          {std::pair(u"app"_s, 0), std::pair(u"brackwen"_s, 2), std::pair(u"both"_s, 1),
-          std::pair(u"sensitive"_s, 1), std::pair(u"lineBreak"_s, 1),
+          std::pair(u"sensitive"_s, 1), std::pair(u"askedOnceMore"_s, 0),
           std::pair(u"platformFiles"_s, 1)}) {
         EXPECT_EQ(allowed[key].toInt(-1), count) << qPrintable(key);
     }

@@ -170,13 +170,13 @@ TEST(TerminalText, TheHeadlineSaysRiskTimeAndWhatTheRequestIs)
     request.approvalId = u"0123456789abcdef"_s;
     EXPECT_EQ(textOf(requestLines(request, 7, RequestOccasion::Listed, now, 80)),
               u"#7  expired  id: 0123456789ab…  agent: not given\n  | ls"_s);
-    lines = requestLines(request, 7, RequestOccasion::Listed, now, 0, AskReason::LineBreak);
-    EXPECT_EQ(
-        lines.last(),
-        (TerminalLine {
-            u"  On the always-allow list, but asked because of a line break or an unusual blank: a "
-            "shell may read it differently from what was allowed."_s,
-            LineStyle::Warning}));
+    lines = requestLines(request, 7, RequestOccasion::Listed, now, 0, AskReason::NotExact);
+    EXPECT_EQ(lines.last(),
+              (TerminalLine {
+                  u"  The always-allow list has these words, but perhaps with other blanks or line "
+                  u"breaks, "
+                  "which a shell may read differently. Always allow takes in exactly this text."_s,
+                  LineStyle::Warning}));
 }
 
 TEST(TerminalText, SentencesBreakAtBlanks)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ui/desktop/AlwaysAllowEntryPane.h"
 
+#include "allowlist/CommandDigest.h"
 #include "model/HonestDisplay.h"
 #include "monitor/ApprovalBoard.h"
 #include "ui/desktop/CommandTextView.h"
@@ -192,17 +193,25 @@ QString AlwaysAllowEntryPane::noteOn(const AlwaysAllowEntry &entry) const
     if (entry.source == AlwaysAllowSource::BrackwenOnly) {
         return tr("Not in the app list: a request for this command is shown to you.");
     }
-    if (entry.hasLineBreak) {
-        return tr("Answers nothing by itself: the command has a line break or an unusual blank, "
-                  "so a request for it is shown to you.");
+    if (entry.isAskedOnceMore()) {
+        return tr("Answers nothing yet: how exactly the command is written is not known. A request "
+                  "for it is "
+                  "shown to you once more; Always Allow then takes it in.");
     }
     if (entry.command.isEmpty()) {
         return tr("(Legacy entry: command unavailable)");
     }
-    return isPreviewOnly(entry)
-        ? tr("The app list keeps the name of the program only. The entry stands for one command, "
-             "which its ID is made of.")
-        : QString();
+    QStringList notes;
+    if (isPreviewOnly(entry)) {
+        notes.append(tr("The app list keeps the name of the program only. The entry stands for one "
+                        "command, which its ID is made of."));
+    }
+    if (!entry.forms.contains(plainCommandForm)) {
+        notes.append(tr(
+            "Answers only for exactly the text that was allowed, with its blanks, quotes and line "
+            "breaks."));
+    }
+    return notes.join(u'\n');
 }
 
 void AlwaysAllowEntryPane::showSeveral()

@@ -112,11 +112,11 @@ QString askReasonWords(AskReason reason)
     switch (reason) {
     case AskReason::Usual:
         return {};
-    case AskReason::LineBreak:
+    case AskReason::NotExact:
         return QCoreApplication::translate(
             "Words",
-            "On the always-allow list, but asked because of a line break or an unusual blank: a "
-            "shell may read it differently from what was allowed.");
+            "The always-allow list has these words, but perhaps with other blanks or line breaks, "
+            "which a shell may read differently. Always allow takes in exactly this text.");
     case AskReason::AutomaticAnswerFailed:
         return QCoreApplication::translate("Words",
                                            "On the always-allow list, but asked because the "

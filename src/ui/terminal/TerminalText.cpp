@@ -313,8 +313,8 @@ TerminalLines alwaysAllowLines(const QList<AlwaysAllowEntry> &entries, int colum
         if (entry.isSecuritySensitive) {
             mark += TerminalTr::tr("SENSITIVE") + u"  "_s;
         }
-        if (entry.hasLineBreak && entry.source != AlwaysAllowSource::BrackwenOnly) {
-            mark += TerminalTr::tr("ALWAYS ASKED, LINE BREAK") + u"  "_s;
+        if (entry.isAskedOnceMore()) {
+            mark += TerminalTr::tr("ASKED ONCE MORE") + u"  "_s;
         }
         appendRows(lines, {}, u"  : "_s,
                    digest + u"  "_s + listWord(entry.source).leftJustified(8) + u"  "_s + mark
