@@ -6,9 +6,8 @@
 #include <QElapsedTimer>
 #include <QPointer>
 
-#include <iterator>
+#include <deque>
 #include <utility>
-#include <vector>
 
 namespace bram
 {
@@ -63,23 +62,12 @@ private:
                 QMetaObject::invokeMethod(this, &TurnQueue::goOn, Qt::QueuedConnection);
                 return;
             }
-            runSome(timer);
-        }
-    }
-
-    /// What there is no time for stays, before all that was put off meanwhile.
-    void runSome(const QElapsedTimer &timer)
-    {
-        std::vector<Work> batch = std::exchange(m_waiting, {});
-        auto work = batch.begin();
-        do {
-            if (work->context) {
-                work->run();
+            const Work work = std::move(m_waiting.front());
+            m_waiting.pop_front(); // before it runs: it may turn a loop of its own
+            if (work.context) {
+                work.run();
             }
-            ++work;
-        } while (work != batch.end() && timer.nsecsElapsed() < quickNs);
-        m_waiting.insert(m_waiting.begin(), std::make_move_iterator(work),
-                         std::make_move_iterator(batch.end()));
+        }
     }
 
     void goOn()
@@ -88,7 +76,7 @@ private:
         run();
     }
 
-    std::vector<Work> m_waiting;
+    std::deque<Work> m_waiting;
     bool m_eventsFirst = false; ///< `goOn` is on its way, behind the events that have come
 };
 } // namespace

@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <ctime>
 #include <memory>
 
 namespace bram
@@ -90,8 +91,7 @@ TEST(NextTurn, EventsComeBetweenWorkThatNeverEnds)
     bool timer = false;
     bool posted = false;
     QTimer::singleShot(1, &context, [&] { timer = true; });
-    QMetaObject::invokeMethod(
-        &context, [&] { posted = true; }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(&context, [&] { posted = true; }, Qt::QueuedConnection);
     EXPECT_TRUE(test::waitUntil([&] { return timer && posted; }));
 }
 
@@ -116,6 +116,19 @@ TEST(NextTurn, EventsComeBetweenTheWorkOfOneTurnInItsOrder)
     EXPECT_TRUE(std::ranges::is_sorted(done));
     EXPECT_GE(doneAtTimer, 0);
     EXPECT_LT(doneAtTimer, 300);
+}
+
+TEST(NextTurn, ALongQueueTakesNoLongerForEachOfIt)
+{
+    QObject context;
+    constexpr int count = 600'000;
+    int done = 0;
+    const std::clock_t begun = std::clock();
+    for (int i = 0; i < count; ++i) {
+        inNextTurn(&context, [&] { ++done; });
+    }
+    ASSERT_TRUE(test::waitUntil([&] { return done == count; }));
+    EXPECT_LT(std::clock() - begun, 2 * CLOCKS_PER_SEC);
 }
 
 TEST(NextTurn, WorkMayDeleteObjectsLater)
