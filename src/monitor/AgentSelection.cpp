@@ -41,13 +41,20 @@ AgentSelection::AgentSelection(const BrackwenConfig &config, Preferences &prefer
     , m_log(log)
     , m_watch(config.candidatePaths())
 {
-    connect(&m_watch, &FileWatch::changed, this, &AgentSelection::followConfiguration);
+    connect(&m_watch, &FileWatch::changed, this,
+            &AgentSelection::refreshAvailableAgentIdsFromConfig);
 }
 
 void AgentSelection::start()
 {
     m_watch.start();
-    refreshAvailableAgentIdsFromConfig();
+    takeAgents(m_config.loadFiles());
+    const auto stored = storedAgentId();
+    if (stored && stored != everyAgent && !m_availableAgentIds.contains(*stored)
+        && (m_availableAgentIds.isEmpty() || !m_config.problems().isEmpty())) {
+        m_availableAgentIds.append(*stored);
+        keepAgents();
+    }
     loadSelectedAgentPreference();
 }
 
@@ -68,7 +75,38 @@ QString AgentSelection::normalizedSelectedAgentId(const QString &agentId) const
 
 void AgentSelection::refreshAvailableAgentIdsFromConfig()
 {
-    takeAgents(m_config.loadFiles());
+    const auto files = m_config.loadFiles();
+    if (isUsable(files)) {
+        takeAgents(files);
+    } else {
+        keepAgents(); // a file is perhaps in the middle of being written: then there will be another change
+    }
+}
+
+bool AgentSelection::isUsable(const QList<BrackwenConfig::File> &files) const
+{
+    QSet<QString> readable;
+    for (const auto &file : files) {
+        readable.insert(file.path);
+    }
+    if (!readable.contains(m_readFiles)) {
+        return false;
+    }
+    const QStringList agents = loadAvailableAgentIdsFromBrackwenConfig(files);
+    if (agents.isEmpty()) {
+        return m_availableAgentIds.isEmpty();
+    }
+    return isUnrestricted() || agents.contains(m_selectedAgentId) || m_config.problems().isEmpty();
+}
+
+void AgentSelection::keepAgents()
+{
+    m_log.write(
+        u"[Brackwen] the configuration cannot be read or names no agent any more; the agents "
+        "stay as they were"_s);
+    if (!std::exchange(m_isFromBefore, true)) {
+        Q_EMIT availableAgentIdsChanged();
+    }
 }
 
 void AgentSelection::takeAgents(const QList<BrackwenConfig::File> &files)
@@ -80,41 +118,19 @@ void AgentSelection::takeAgents(const QList<BrackwenConfig::File> &files)
     m_pairedAgentId = loadPairedAgentIdFromBrackwenConfig(files);
     const QStringList before
         = std::exchange(m_availableAgentIds, loadAvailableAgentIdsFromBrackwenConfig(files));
+    const bool wasFromBefore = std::exchange(m_isFromBefore, false);
     const QString normalized = normalizedSelectedAgentId(m_selectedAgentId);
     if (normalized != m_selectedAgentId) {
         select(normalized, flag(selectedAgentUnrestrictedExplicitDefaultsKey));
     }
-    if (m_availableAgentIds != before) {
+    if (m_availableAgentIds != before || wasFromBefore) {
         Q_EMIT availableAgentIdsChanged();
     }
 }
 
-void AgentSelection::followConfiguration()
-{
-    const auto files = m_config.loadFiles();
-    QSet<QString> readable;
-    for (const auto &file : files) {
-        readable.insert(file.path);
-    }
-    // Perhaps in the middle of being written: then there will be another change.
-    if (!readable.contains(m_readFiles)) {
-        m_log.write(
-            u"[Brackwen] a configuration file cannot be read any more; the agents stay as they were"_s);
-        return;
-    }
-    if (loadAvailableAgentIdsFromBrackwenConfig(files).isEmpty()
-        && !m_availableAgentIds.isEmpty()) {
-        m_log.write(
-            u"[Brackwen] the configuration names no agent any more; the agents stay as they "
-            "were"_s);
-        return;
-    }
-    takeAgents(files);
-}
-
 void AgentSelection::loadSelectedAgentPreference()
 {
-    const auto stored = trimmedOrAbsent(m_preferences.text(selectedAgentDefaultsKey));
+    const auto stored = storedAgentId();
     const bool isExplicit = flag(selectedAgentUnrestrictedExplicitDefaultsKey);
     QString candidate = defaultSelectedAgentId();
     if (stored && (stored != everyAgent || isExplicit)) {
@@ -164,6 +180,11 @@ QCoro::Task<> AgentSelection::choose(QPointer<AgentSelection> self, OperatorProm
 bool AgentSelection::matches(const ApprovalItem &item) const
 {
     return isUnrestricted() || item.agentId == m_selectedAgentId;
+}
+
+std::optional<QString> AgentSelection::storedAgentId() const
+{
+    return trimmedOrAbsent(m_preferences.text(selectedAgentDefaultsKey));
 }
 
 bool AgentSelection::flag(const QString &key) const

@@ -22,9 +22,8 @@ class SystemLog;
 /// Which agent this application approves for: one of those that the platform's configuration names, or
 /// `everyAgent`. Remembered in the preferences. Main thread.
 ///
-/// The configuration is watched. A file that can no longer be read changes nothing, and what happens to
-/// files never widens the choice from one agent to all: only the operator does that, or a start without
-/// any agent configured.
+/// The configuration is watched. A file that cannot be read changes nothing, at the start neither, and what happens
+/// to files never widens the choice from one agent to all: only the operator does that.
 class AgentSelection final : public QObject, public AgentFilter
 {
     Q_OBJECT
@@ -44,10 +43,13 @@ public:
     /// The id itself if it may be selected, else the default.
     QString normalizedSelectedAgentId(const QString &agentId) const;
 
-    /// Reads the agents again, on the operator's wish. A selected agent that is gone is replaced.
+    /// Whether the configuration could not be read, or names no agent, when it was last looked at: then the agents
+    /// and the choice are those from before.
+    bool isFromBefore() const { return m_isFromBefore; }
+
+    /// Reads the agents again, on the operator's wish or because a file has changed. A selected agent that is gone
+    /// is replaced.
     void refreshAvailableAgentIdsFromConfig();
-    /// The same, as it happens by itself when a file changes.
-    void followConfiguration();
     void loadSelectedAgentPreference();
     void setSelectedAgent(const QString &agentId);
 
@@ -59,12 +61,17 @@ public:
     bool matches(const ApprovalItem &item) const override;
 
 Q_SIGNALS:
+    /// The agents, or whether they are those from before.
     void availableAgentIdsChanged();
     /// The selection has really changed.
     void selectedAgentChanged();
 
 private:
+    /// Whether the files say which agents there are, as far as the choice depends on it.
+    bool isUsable(const QList<BrackwenConfig::File> &files) const;
     void takeAgents(const QList<BrackwenConfig::File> &files);
+    void keepAgents();
+    std::optional<QString> storedAgentId() const;
     void select(const QString &agentId, bool isExplicit);
     bool flag(const QString &key) const;
     void setFlag(const QString &key, bool value);
@@ -76,6 +83,7 @@ private:
     FileWatch m_watch;
     QSet<QString> m_readFiles; ///< paths of the configuration files last taken
     QStringList m_availableAgentIds;
+    bool m_isFromBefore = false;
     std::optional<QString> m_pairedAgentId;
     QString m_selectedAgentId {everyAgent};
 };

@@ -70,7 +70,7 @@ TEST_F(AgentSelectionTest, TheStartFollowsWhatIsStoredAsFarAsItIsStillPossible)
 {
     const struct {
         const char *name;
-        QStringList configured;
+        QStringList configured; ///< "{" alone stands for a file that cannot be read
         std::optional<QString> stored;
         QString isExplicit;
         QString selected;
@@ -80,6 +80,9 @@ TEST_F(AgentSelectionTest, TheStartFollowsWhatIsStoredAsFarAsItIsStillPossible)
         {"the first by default", {u"b"_s, u"a"_s}, {}, {}, u"a"_s, u"false"_s},
         {"stored", {u"a"_s, u"b"_s}, u" b "_s, {}, u"b"_s, u"false"_s},
         {"stored, gone", {u"a"_s, u"b"_s}, u"c"_s, {}, u"a"_s, u"false"_s},
+        {"stored, nothing configured", {}, u"b"_s, {}, u"b"_s, u"false"_s},
+        {"stored, unreadable", {u"{"_s}, u"b"_s, u"false"_s, u"b"_s, u"false"_s},
+        {"all on purpose, unreadable", {u"{"_s}, u"__all__"_s, u"true"_s, u"__all__"_s, u"true"_s},
         {"stored, blank", {u"a"_s, u"b"_s}, u" "_s, {}, u"a"_s, u"false"_s},
         {"stored, in other letters", {u"a"_s, u"b"_s}, u"B"_s, {}, u"a"_s, u"false"_s},
         {"all, not on purpose", {u"a"_s}, u"__all__"_s, u"false"_s, u"a"_s, u"false"_s},
@@ -90,7 +93,9 @@ TEST_F(AgentSelectionTest, TheStartFollowsWhatIsStoredAsFarAsItIsStillPossible)
     for (const auto &row : rows) {
         QFile::remove(folder.filePath(u"preferences.ini"_s));
         QFile::remove(folder.filePath(u".brackwen/brackwen.json"_s));
-        if (!row.configured.isEmpty()) {
+        if (row.configured == QStringList(u"{"_s)) {
+            configure("{");
+        } else if (!row.configured.isEmpty()) {
             configureAgents(row.configured);
         }
         if (row.stored) {
@@ -177,6 +182,9 @@ TEST_F(AgentSelectionTest, AChangedConfigurationIsFollowedAndABrokenOneNeverWide
         EXPECT_EQ(agents().availableAgentIds().size(), 2) << content;
         EXPECT_EQ(agents().selectedAgentId(), u"b"_s) << content;
     }
+    EXPECT_TRUE(agents().isFromBefore());
+    agents().refreshAvailableAgentIdsFromConfig(); // the operator's wish does not mean all either
+    EXPECT_EQ(agents().selectedAgentId(), u"b"_s);
     const auto before = refusals();
     ASSERT_TRUE(QFile::remove(folder.filePath(u".brackwen/brackwen.json"_s)));
     EXPECT_TRUE(waitUntil([&] { return refusals() > before; }));
@@ -186,6 +194,7 @@ TEST_F(AgentSelectionTest, AChangedConfigurationIsFollowedAndABrokenOneNeverWide
     EXPECT_TRUE(becomes({u"c"_s, u"d"_s}));
     EXPECT_EQ(agents().selectedAgentId(), u"c"_s);
     EXPECT_EQ(preferred(idKey), u"c"_s);
+    EXPECT_FALSE(agents().isFromBefore());
 }
 
 TEST_F(AgentSelectionTest, PreferencesThatCannotBeWrittenLeaveTheChoiceForThisRun)

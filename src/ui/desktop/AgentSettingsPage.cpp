@@ -85,12 +85,15 @@ void AgentSettingsPage::showAgents()
             ? tr("The requests of every agent are shown, asked about and notified of.")
             : tr("Only the requests of this agent are shown, asked about and notified of. Those "
                  "of the others wait at the gateway."));
-    setNote(
-        m_emptyNote,
-        m_agents.availableAgentIds().isEmpty() ? tr(
-            "The platform's configuration names no agent. Once it does, choose Refresh, or wait: "
-            "its file is watched.")
-                                               : QString());
+    setNote(m_emptyNote,
+            m_agents.isFromBefore() ? tr("The platform's configuration cannot be read or names no "
+                                         "agent: these are the agents and the "
+                                         "choice from before. Its file is watched.")
+                : m_agents.availableAgentIds().isEmpty()
+                ? tr("The platform's configuration names no agent. Once it does, choose Refresh, "
+                     "or wait: "
+                     "its file is watched.")
+                : QString());
 }
 
 } // namespace bram

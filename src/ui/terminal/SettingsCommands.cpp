@@ -23,9 +23,16 @@ SettingsCommands::SettingsCommands(const Collaborators &collaborators)
 void SettingsCommands::listAgents()
 {
     AgentSelection &agents = m_collaborators.agents;
-    agents.followConfiguration();
+    agents.refreshAvailableAgentIdsFromConfig();
     TerminalVoice &voice = m_collaborators.voice;
     voice.print(agentLines(agents.availableAgentIds(), agents.selectedAgentId(), voice.columns()));
+    if (agents.isFromBefore()) {
+        voice.say(
+            TerminalTr::tr(
+                "The platform's configuration cannot be read or names no agent: these are the "
+                "agents and the choice from before."),
+            LineStyle::Warning);
+    }
 }
 
 void SettingsCommands::chooseAgent(const QString &agentId)
@@ -70,9 +77,9 @@ void SettingsCommands::setSharedPolling(bool isAllowed)
     const bool isKept = m_collaborators.sharedPolling.setAllowSharedBotPollingOverride(isAllowed);
     m_collaborators.voice.say(
         isAllowed ? TerminalTr::tr(
-            "Messages of a Telegram bot that the platform uses too may be fetched.")
+                        "Messages of a Telegram bot that the platform uses too may be fetched.")
                   : TerminalTr::tr(
-                      "Messages of a Telegram bot that the platform uses too are left to it."));
+                        "Messages of a Telegram bot that the platform uses too are left to it."));
     sayUnlessKept(isKept);
 }
 
