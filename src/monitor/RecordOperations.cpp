@@ -321,7 +321,7 @@ QCoro::Task<bool> RecordOperations::savingPending(Self self, OperatorPrompts *pr
         co_return false;
     }
     if (!saved) {
-        const Alert alert {u"승인 내역 저장"_s, tr("Save failed: %1").arg(saved.error().message)};
+        const Alert alert {u"승인 내역 저장"_s, u"Save failed: "_s + saved.error().message};
         co_await prompts->inform(alert);
     }
     co_return saved.has_value();
