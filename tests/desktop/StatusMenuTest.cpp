@@ -258,6 +258,16 @@ TEST_F(StatusMenuTest, decidesOnlyWhatWasRead)
     EXPECT_EQ(received.size(), 2);
 }
 
+TEST_F(StatusMenuTest, isBroughtUpToDateBeforeItOpens)
+{
+    QObject::disconnect(&board(), nullptr, statusMenu.get(), nullptr);
+    QObject::connect(statusMenu.get(), &StatusMenu::aboutToOpen, actions.get(),
+                     [this] { update(); });
+    request(item("a", "late"));
+    Q_EMIT statusMenu->menu().aboutToShow();
+    EXPECT_EQ(texts(*submenu("Pending")), QStringList {u"main: late"_s});
+}
+
 TEST_F(StatusMenuTest, whatComesAfterTheOpeningIsInNoBulkAction)
 {
     requestAndShow(item("seen", "harmless"));

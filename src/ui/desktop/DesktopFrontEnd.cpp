@@ -123,6 +123,7 @@ void DesktopFrontEnd::followMonitor()
 
 void DesktopFrontEnd::followWishes()
 {
+    connect(&m_menu, &StatusMenu::aboutToOpen, this, &DesktopFrontEnd::refresh);
     connect(&m_tray, &TrayIcon::hostedChanged, this, &DesktopFrontEnd::onTrayHosted);
     connect(&m_tray, &TrayIcon::activated, this, &DesktopFrontEnd::showWindow);
     connect(&m_actions, &DesktopActions::windowRequested, this, &DesktopFrontEnd::showWindow);

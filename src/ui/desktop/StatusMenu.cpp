@@ -218,6 +218,7 @@ void StatusMenu::showPendingCount()
 void StatusMenu::onOpened()
 {
     countAsClosed();
+    Q_EMIT aboutToOpen();
     m_state = MenuState::Open;
     m_forgottenOpen.start();
 }

@@ -55,6 +55,10 @@ public:
     /// The same when somebody else draws the menu than was thought.
     void setDrawing(MenuDrawing drawing);
 
+Q_SIGNALS:
+    /// The last moment to bring everything up to date.
+    void aboutToOpen();
+
 private:
     void build();
     void buildBulkMenu();
