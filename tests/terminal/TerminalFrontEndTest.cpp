@@ -181,11 +181,12 @@ TEST_F(FrontEnd, ABurstIsSummarisedAndWhatWasNotShownIsNotDecided)
     EXPECT_TRUE(says(u"5 more requests; `list` shows them.\n"_s));
     typeAndHear(u"status"_s, u"Not shown yet: 5"_s);
     const QString notShown = board().displayItems().last().approvalId; // shown last
-    typeAndHear(u"deny "_s + notShown, u"Not decided: that request has not been shown yet"_s);
+    typeAndHear(u"allow-once "_s + notShown, u"Not decided: that request has not been shown yet"_s);
     typeAndHear(u"deny all"_s,
                 u"Left out, because they have not been shown: 5 (`list` shows them)"_s);
     ASSERT_TRUE(waitSettled(20)); // the gateway does not know them: they leave
     EXPECT_EQ(board().displayItems().size(), 5);
+    typeAndHear(u"deny "_s + notShown, u"#21 was already resolved elsewhere."_s);
     typeAndHear(u"list"_s, u"#25  "_s);
     typeAndHear(u"deny all"_s, u"#25 "_s);
     ASSERT_TRUE(waitSettled(25));

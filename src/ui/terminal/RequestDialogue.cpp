@@ -135,7 +135,13 @@ void RequestDialogue::decide(const DecideCommand &command, DialogueMoment begunA
         return;
     }
     const QString &id = item->approvalId;
-    switch (answerability(*item, command.decision, begunAt)) {
+    Answerability answer = answerability(*item, command.decision, begunAt);
+    if (answer == Answerability::NotShown && command.decision == ApprovalDecision::Deny
+        && command.target == id) {
+        m_numbers.give(id); // what comes of it is told under a number
+        answer = Answerability::Answerable; // nobody has to read what they do not let run
+    }
+    switch (answer) {
     case Answerability::Answerable:
         m_monitor.decisions().resolve(id, command.decision, DecisionOrigin::local(),
                                       ActivityTracking::Record);
