@@ -50,6 +50,8 @@ ApprovalMonitor::ApprovalMonitor(const Collaborators &collaborators)
     connect(&m_expiry, &ExpiryWatch::expired, this, &ApprovalMonitor::onExpired);
     connect(&m_resolver, &DecisionResolver::decisionSettled, this,
             [this](const QString &approvalId) {
+                m_menuState.note(
+                    u"refresh"_s); // before the announcement of our own decision names itself
                 // It may have failed after the request's time was over; and one whose automatic answer has failed
                 // is listed only now.
                 if (const auto *item = m_board.find(approvalId)) {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "monitor/CommandLineTool.h"
 
+#include "monitor/DecisionResolver.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QProcess>
@@ -37,35 +39,54 @@ Result failure(const QString &message)
     return std::unexpected(GatewayClientError::server(message));
 }
 
-QString failureText(int exitCode, const QByteArray &output)
+/// What the tool says: its beginning, which holds the reason as a rule, and, from wherever it stands in the rest,
+/// that the request is unknown.
+class Output
 {
-    QStringDecoder decoder(QStringDecoder::Utf8);
-    const QString text = QString(decoder(output)).trimmed();
-    if (decoder.hasError()) {
-        return u"unknown error"_s;
+public:
+    void take(const QByteArray &more)
+    {
+        m_beginning.append(more.first(std::min(more.size(), maxOutputBytes - m_beginning.size())));
+        if (m_unknown.isEmpty()) {
+            const QByteArray looked = m_seam + more;
+            m_unknown = unknownApprovalPhrase(QString::fromUtf8(looked));
+            m_seam = looked.last(std::min(looked.size(), seamBytes));
+        }
     }
-    return text.isEmpty() ? u"it ended with status "_s + QString::number(exitCode) : text;
-}
 
-Result toResult(int exitCode, QProcess::ExitStatus status, const QByteArray &output)
+    QString failureText(int exitCode) const
+    {
+        QStringDecoder decoder(QStringDecoder::Utf8);
+        const QString text = QString(decoder(m_beginning)).trimmed();
+        if (!m_unknown.isEmpty() && unknownApprovalPhrase(text).isEmpty()) {
+            return text + u" … "_s + m_unknown;
+        }
+        if (decoder.hasError()) {
+            return u"unknown error"_s;
+        }
+        return text.isEmpty() ? u"it ended with status "_s + QString::number(exitCode) : text;
+    }
+
+private:
+    static constexpr qsizetype seamBytes = 64; ///< longer than each phrase
+
+    QByteArray m_beginning;
+    QByteArray m_seam; ///< a phrase may come in two parts
+    QString m_unknown;
+};
+
+Result toResult(int exitCode, QProcess::ExitStatus status, const Output &output)
 {
     if (status == QProcess::CrashExit) {
         return failure(u"it crashed"_s);
     }
-    return exitCode == 0 ? Result() : failure(failureText(exitCode, output));
+    return exitCode == 0 ? Result() : failure(output.failureText(exitCode));
 }
 
 /// Leaves the child only its standard streams, also of files that a library opened carelessly.
 void keepStandardStreamsOnly()
 {
     close_range(3, ~0U, CLOSE_RANGE_CLOEXEC);
-}
-
-/// Keeps the beginning of what the tool says, which holds the reason, and lets the rest go.
-void collectOutput(QProcess *tool, const std::shared_ptr<QByteArray> &output)
-{
-    const QByteArray more = tool->readAll();
-    output->append(more.first(std::min(more.size(), maxOutputBytes - output->size())));
 }
 } // namespace
 
@@ -114,7 +135,7 @@ void CommandLineTool::start(const Call &call)
 {
     ++m_runningCount;
     const ReplySource<Result> source = call.source;
-    const auto output = std::make_shared<QByteArray>();
+    const auto output = std::make_shared<Output>();
     // Goes when it has ended, never before: destroying a running one would wait for it.
     auto *const tool = new QProcess(this);
     const auto endWith = [source, tool](const QString &message) {
@@ -125,10 +146,10 @@ void CommandLineTool::start(const Call &call)
     tool->setProcessChannelMode(QProcess::MergedChannels);
     tool->setStandardInputFile(QProcess::nullDevice());
     tool->setChildProcessModifier(keepStandardStreamsOnly);
-    connect(tool, &QProcess::readyRead, tool, [tool, output] { collectOutput(tool, output); });
+    connect(tool, &QProcess::readyRead, tool, [tool, output] { output->take(tool->readAll()); });
     connect(tool, &QProcess::finished, tool,
             [this, source, tool, output](int exitCode, QProcess::ExitStatus status) {
-                collectOutput(tool, output);
+                output->take(tool->readAll());
                 source.answer(toResult(exitCode, status, *output));
                 onEnded(tool);
             });

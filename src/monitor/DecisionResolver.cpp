@@ -82,12 +82,19 @@ DecisionOrigin DecisionOrigin::automatic()
     return {u"app-local"_s, u"app-user"_s, DecisionMaker::AlwaysAllowList};
 }
 
-bool isUnknownApprovalError(const QString &description)
+QString unknownApprovalPhrase(const QString &description)
 {
     static constexpr std::array<QLatin1StringView, 4> phrases {
         "unknown approval id"_L1, "approval not found"_L1, "already resolved"_L1, "not pending"_L1};
     const QString lowered = description.toLower();
-    return std::ranges::any_of(phrases, [&](auto phrase) { return lowered.contains(phrase); });
+    const auto *phrase
+        = std::ranges::find_if(phrases, [&](auto each) { return lowered.contains(each); });
+    return phrase == phrases.end() ? QString() : QString(*phrase);
+}
+
+bool isUnknownApprovalError(const QString &description)
+{
+    return !unknownApprovalPhrase(description).isEmpty();
 }
 
 DecisionResolver::DecisionResolver(const Collaborators &collaborators)
@@ -159,14 +166,6 @@ void DecisionResolver::resolveListed(const QStringList &approvalIds, ApprovalDec
     resolveEach(displayed, decision);
 }
 
-void DecisionResolver::resolveAllPending(ApprovalDecision decision)
-{
-    const QList<ApprovalItem> displayed = m_collaborators.board.displayItems();
-    m_collaborators.board.recordActivity(ActivityActor::App, bulkAction(decision),
-                                         u"count="_s + QString::number(displayed.size()));
-    resolveEach(displayed, decision);
-}
-
 void DecisionResolver::denyAllPendingAndDismissPopups()
 {
     const QList<ApprovalItem> displayed = m_collaborators.board.displayItems();
@@ -192,10 +191,25 @@ void DecisionResolver::continueBulk()
     QElapsedTimer turn;
     turn.start();
     while (!m_bulk.isEmpty() && !turn.hasExpired(bulkTurnMs)) {
-        begin(m_bulk.dequeue());
+        beginOfBulk(m_bulk.dequeue());
     }
     if (!m_bulk.isEmpty()) {
         inNextTurn(this, [this] { continueBulk(); });
+    }
+}
+
+/// To deny is harmless whatever has become of the request, and it may have been taken off the screen for that.
+void DecisionResolver::beginOfBulk(const Attempt &attempt)
+{
+    const auto *now = m_collaborators.board.find(attempt.item.approvalId);
+    if (attempt.decision == ApprovalDecision::Deny
+        || (now != nullptr && isSameQuestion(*now, attempt.item))) {
+        begin(attempt);
+    } else if (now != nullptr) {
+        const QString failure = u"the request has changed since it was shown"_s;
+        m_collaborators.recorder.recordResolveFailed(attempt.item, attempt.decision, attempt.origin,
+                                                     failure);
+        report(attempt, {DecisionOutcome::Kind::Failed, failure});
     }
 }
 

@@ -69,6 +69,10 @@ enum class CommandLineUse {
     Never, ///< practice: the tool would reach the operator's real gateway
 };
 
+/// The words in this refusal that say that the request no longer exists on the gateway; empty when it says something
+/// else.
+QString unknownApprovalPhrase(const QString &description);
+
 /// True when this refusal says that the request no longer exists on the gateway.
 bool isUnknownApprovalError(const QString &description);
 
@@ -102,11 +106,9 @@ public:
     /// any other: a person may try again.
     void allowAutomatically(const ApprovalItem &item);
 
-    /// Decides those of the listed requests that are displayed, with one activity row for all.
+    /// Decides those of the listed requests that are displayed, with one activity row for all. Many take a while:
+    /// one that has changed before its turn comes is not allowed.
     void resolveListed(const QStringList &approvalIds, ApprovalDecision decision);
-
-    /// Decides everything displayed.
-    void resolveAllPending(ApprovalDecision decision);
 
     /// Denies everything displayed and takes the popup off the screen.
     void denyAllPendingAndDismissPopups();
@@ -142,6 +144,7 @@ private:
     bool isUndecided(const QString &approvalId) const;
     void settle(const Attempt &attempt, const DecisionOutcome &outcome);
     bool begin(const Attempt &attempt);
+    void beginOfBulk(const Attempt &attempt);
     void resolveEach(const QList<ApprovalItem> &items, ApprovalDecision decision);
     void continueBulk();
     void report(const Attempt &attempt, const DecisionOutcome &outcome);

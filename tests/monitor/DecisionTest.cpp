@@ -55,6 +55,9 @@ TEST_F(Decision, EachReachesTheGatewayAndTheRecord)
         EXPECT_EQ(record.agentId, QStringLiteral("main"));
         EXPECT_EQ(record.commandPreview, QStringLiteral("sudo …"));
     }
+    EXPECT_THAT(log.lines().filter(QStringLiteral("[BrackwenState] reason=approval.resolved")),
+                testing::IsEmpty())
+        << "the state has changed by what was decided here";
     EXPECT_THAT(
         auditKinds(),
         ElementsAre("approval_requested", "approval_decision_requested", "approval_resolved",
@@ -182,6 +185,26 @@ TEST_F(Decision, BulkDecidesExactlyWhatWasListedAndKeepsOneActivityRow)
     EXPECT_EQ(board().items().first().approvalId, QStringLiteral("b"));
     EXPECT_EQ(board().activity().size(), 1);
     EXPECT_EQ(board().activity().first().detail, QStringLiteral("count=2"));
+}
+
+TEST_F(Decision, ABulkAllowsNothingThatHasChangedBeforeItsTurn)
+{
+    makeConnectedCore();
+    constexpr int count = 600;
+    QStringList ids;
+    for (int i = 0; i < count; ++i) {
+        ids.append(QString::number(i));
+        monitor().handleGatewayEvent(ApprovalRequested {item(qPrintable(ids.last()))});
+    }
+    monitor().decisions().resolveListed(ids, ApprovalDecision::AllowOnce);
+    ASSERT_FALSE(monitor().decisions().isResolving(ids.last())) << "that many take several turns";
+    monitor().handleGatewayEvent(ApprovalRequested {item(qPrintable(ids.last()), "rm -rf /")});
+    ASSERT_TRUE(waitUntil([this] { return monitor().decisions().isIdle(); }));
+    const auto last = std::ranges::find(settled, ids.last(), &Settled::approvalId);
+    ASSERT_NE(last, settled.end());
+    EXPECT_EQ(last->outcome.message, QStringLiteral("the request has changed since it was shown"));
+    EXPECT_NE(board().find(ids.last()), nullptr);
+    EXPECT_EQ(std::ranges::count(received, ids.last(), &ReceivedDecision::approvalId), 0);
 }
 
 TEST_F(Decision, StoppingEndsADecisionUnderWay)
