@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "model/ApprovalItem.h"
 
+#include "model/HonestDisplay.h"
+
 namespace bram
 {
 
@@ -8,9 +10,15 @@ using namespace Qt::StringLiterals;
 
 QString ApprovalItem::pretty() const
 {
-    const QString agentLine
-        = agentId.value_or(QString()).isEmpty() ? QString() : "\nagent: "_L1 + *agentId;
-    return "approval id: "_L1 + approvalId + agentLine + "\ncmd: "_L1 + command;
+    const QString agentLine = agentId.value_or(QString()).isEmpty()
+        ? QString()
+        : "\nagent: "_L1 + honestLine(*agentId).text;
+    const HonestText shown = honestDisplay(command);
+    const QString commandLines = shown.suspicious
+        ? shown.text + u"\n(not as it would run: what could mislead stands as ⟨…⟩)"_s
+        : command;
+    return "approval id: "_L1 + honestLine(approvalId).text + agentLine + "\ncmd: "_L1
+        + commandLines;
 }
 
 size_t qHash(const ApprovalItem &item, size_t seed) noexcept

@@ -19,7 +19,8 @@ struct ApprovalItem {
 
     bool operator==(const ApprovalItem &) const = default;
 
-    /// Id, agent (when there is one) and command, a line each: for logs and the clipboard.
+    /// Id, agent (when there is one) and command, a line each, for the clipboard. A plain command stands as it is; one
+    /// that holds what a terminal would act on, or what could mislead, stands with marks, and a line says so.
     QString pretty() const;
 };
 

@@ -74,6 +74,10 @@ TEST(Records, RequestAsText)
     EXPECT_EQ(item.pretty(), u"approval id: a1\nagent: main\ncmd: ls -la"_s);
     item.agentId = u""_s;
     EXPECT_EQ(item.pretty(), u"approval id: a1\ncmd: ls -la"_s);
+    const ApprovalItem misleading {u"a\n1"_s, u"ls\n\x1b[2J"_s, u"m\x1b"_s};
+    EXPECT_EQ(misleading.pretty(),
+              u"approval id: a⟨U+000A⟩1\nagent: m⟨U+001B⟩\ncmd: ls\n⟨U+001B⟩[2J\n(not as it would "
+              "run: what could mislead stands as ⟨…⟩)"_s);
     item.agentId.reset();
     EXPECT_EQ(item.pretty(), u"approval id: a1\ncmd: ls -la"_s);
 }
