@@ -34,6 +34,7 @@ enum class ActivityAction {
     ClearAppList,
     ClearBrackwenList,
     ClearBothLists,
+    PopupQueueFull,
     ReconnectGateway,
     ReloadGatewayToken,
 };

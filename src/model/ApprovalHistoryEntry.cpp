@@ -32,6 +32,12 @@ std::optional<ApprovalHistoryState> approvalHistoryStateFromRawText(QStringView 
     return fromRawText(rows, text);
 }
 
+bool isOwnDecision(ApprovalHistoryState state)
+{
+    return state == ApprovalHistoryState::AllowOnce || state == ApprovalHistoryState::AllowAlways
+        || state == ApprovalHistoryState::Deny;
+}
+
 QString ApprovalHistoryEntry::timestampText() const
 {
     static const QLocale korean(QLocale::Korean, QLocale::SouthKorea);
@@ -41,7 +47,7 @@ QString ApprovalHistoryEntry::timestampText() const
 size_t qHash(const ApprovalHistoryEntry &entry, size_t seed) noexcept
 {
     return qHashMulti(seed, entry.id, entry.approvalId, entry.command, qToUnderlying(entry.state),
-                      entry.updatedAt, qToUnderlying(entry.maker));
+                      entry.updatedAt, qToUnderlying(entry.maker), entry.isCut);
 }
 
 } // namespace bram

@@ -25,6 +25,9 @@ enum class ApprovalHistoryState {
 QString rawText(ApprovalHistoryState state);
 std::optional<ApprovalHistoryState> approvalHistoryStateFromRawText(QStringView text);
 
+/// Whether a request has ended by a decision taken here.
+bool isOwnDecision(ApprovalHistoryState state);
+
 /// One row of the history.
 struct ApprovalHistoryEntry {
     QString id; ///< approvalId + "-" + the row's creation time in ms; never changes
@@ -33,6 +36,7 @@ struct ApprovalHistoryEntry {
     ApprovalHistoryState state = ApprovalHistoryState::Pending;
     QDateTime updatedAt; ///< when the state last changed
     DecisionMaker maker = DecisionMaker::Person; ///< of a decision taken here
+    bool isCut = false; ///< only the beginning of the command is kept
 
     bool operator==(const ApprovalHistoryEntry &) const = default;
 

@@ -63,7 +63,7 @@ AlwaysAllowInquiry::Facts AlwaysAllowInquiry::facts() const
 std::optional<qint64> AlwaysAllowInquiry::lastAnswerInHistory() const
 {
     for (const ApprovalHistoryEntry &row : m_collaborators.board.history()) {
-        if (row.maker == DecisionMaker::AlwaysAllowList && row.updatedAt.isValid()
+        if (row.maker == DecisionMaker::AlwaysAllowList && row.updatedAt.isValid() && !row.isCut
             && normalizedCommandDigest(row.command) == m_digest) {
             return row.updatedAt.toMSecsSinceEpoch();
         }

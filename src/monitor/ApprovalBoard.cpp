@@ -34,7 +34,7 @@ QList<ApprovalItem> deriveDisplayItems(const PopupQueue &popups, const PendingAp
     if (popups.activeItem()) {
         take(*popups.activeItem());
     }
-    for (const auto &item : popups.waiting()) {
+    for (const auto &[turn, item] : popups.waiting()) {
         take(item);
     }
     for (const auto &item : pending.items()) {
@@ -115,10 +115,18 @@ void ApprovalBoard::add(const ApprovalItem &item, AskReason reason)
 void ApprovalBoard::ask(const ApprovalItem &item)
 {
     const auto active = m_popups.activeItem();
-    if (m_popups.enqueue(item)) {
+    switch (m_popups.enqueue(item)) {
+    case PopupQueue::Entry::Queued:
         presentNextPopupIfNeeded();
-    } else if (active && active->approvalId == item.approvalId && *active != item) {
-        presentActive();
+        break;
+    case PopupQueue::Entry::Known:
+        if (active && active->approvalId == item.approvalId && *active != item) {
+            presentActive();
+        }
+        break;
+    case PopupQueue::Entry::NoRoom:
+        tellOfLeavingOut(item);
+        return;
     }
     if (isApprovalExpired(item, m_clock.nowMs())) {
         return; // on its way out
@@ -128,6 +136,36 @@ void ApprovalBoard::ask(const ApprovalItem &item)
         if (m_ports.notifier != nullptr) {
             m_ports.notifier->schedule(item);
         }
+    }
+}
+
+/// Once for each time that the queue is full.
+void ApprovalBoard::tellOfLeavingOut(const ApprovalItem &item)
+{
+    if (!std::exchange(m_isLeavingOut, true)) {
+        const QString count = QString::number(m_popups.waiting().size());
+        m_log.write(QString(u"[Brackwen] the popup's queue is full count="_s + count
+                            + u"; newer requests are only listed, from id="_s + item.approvalId));
+        recordActivity(ActivityActor::App, ActivityAction::PopupQueueFull, u"count="_s + count);
+    }
+}
+
+void ApprovalBoard::askPendingNeverAsked()
+{
+    // In the order of arrival.
+    const QList<ApprovalItem> items = m_pending.items();
+    for (const ApprovalItem &item : items | std::views::reverse) {
+        if (passesFilter(item) && !m_popups.wasQueued(item.approvalId)) {
+            ask(item);
+        }
+    }
+}
+
+void ApprovalBoard::askLeftOutWhenThereIsRoom()
+{
+    if (m_isLeavingOut && m_popups.isHalfEmpty()) {
+        m_isLeavingOut = false;
+        askPendingNeverAsked();
     }
 }
 
@@ -143,12 +181,8 @@ void ApprovalBoard::applyAgentChoice()
     if (m_popups.retain([this](const ApprovalItem &item) { return passesFilter(item); })) {
         dismissPopup();
     }
-    // In the order of arrival.
-    for (const ApprovalItem &item : m_pending.items() | std::views::reverse) {
-        if (passesFilter(item) && !m_popups.wasQueued(item.approvalId)) {
-            ask(item);
-        }
-    }
+    m_isLeavingOut = false;
+    askPendingNeverAsked();
     refreshDerivedDisplays();
     presentNextPopupIfNeeded();
 }
@@ -205,6 +239,7 @@ void ApprovalBoard::remove(const QString &approvalId, ApprovalHistoryState state
     if (wasListed) {
         Q_EMIT requestRemoved(approvalId, state);
     }
+    askLeftOutWhenThereIsRoom();
     presentNextPopupIfNeeded();
 }
 
@@ -237,6 +272,7 @@ void ApprovalBoard::recordActivity(ActivityActor actor, ActivityAction action,
 void ApprovalBoard::dismissPopups()
 {
     m_popups.reset();
+    m_isLeavingOut = false;
     dismissPopup();
     refreshDerivedDisplays();
 }
@@ -293,6 +329,7 @@ void ApprovalBoard::onPopupAnswered(const QString &approvalId,
     }
     m_popups.finish(approvalId);
     letGoUnlessListed(approvalId);
+    askLeftOutWhenThereIsRoom();
     refreshDerivedDisplays();
     presentNextPopupIfNeeded();
 }

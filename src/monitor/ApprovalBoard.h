@@ -50,10 +50,15 @@ public:
     qsizetype menuBadgeCount() const { return displayItems().size(); }
     const std::optional<ApprovalItem> &activePopupItem() const { return m_popups.activeItem(); }
     const QList<ApprovalHistoryEntry> &history() const { return m_history.entries(); }
+    /// The history's row for this request; null when there is none.
+    const ApprovalHistoryEntry *historyRow(const QString &approvalId) const
+    {
+        return m_history.row(approvalId);
+    }
     const QList<ActivityEntry> &activity() const { return m_activity.entries(); }
 
-    /// The command of the request with this id, pending or else from its newest history row; empty when
-    /// it is not known.
+    /// The command of the request with this id, pending or else from its history row; empty when
+    /// it is not known, or not kept whole.
     QString commandFor(const QString &approvalId) const;
 
     /// Why a person is asked about the pending request.
@@ -95,6 +100,9 @@ private:
     /// Derives the list anew and publishes it.
     void refreshDerivedDisplays();
     void ask(const ApprovalItem &item);
+    void tellOfLeavingOut(const ApprovalItem &item);
+    void askPendingNeverAsked();
+    void askLeftOutWhenThereIsRoom();
     void withdrawNotification(const QString &approvalId);
     void dismissPopup();
     /// For a request that may have left its last list: nobody could tell any more what it is about. That
@@ -113,6 +121,7 @@ private:
     ApprovalHistory m_history;
     ActivityFeed m_activity;
     PopupQueue m_popups;
+    bool m_isLeavingOut = false; ///< the queue had no room; not everything pending is in it
     quint64 m_presentationSerial = 0; ///< of what the popup shows
     QSet<QString> m_notifiedIds;
     RecentIds m_unlisted; ///< fell off every list

@@ -18,12 +18,11 @@ QDateTime instant(qint64 ms)
     return utcTime(ms);
 }
 
-ApprovalHistoryEntry newRow(const QString &approvalId, const QString &command,
-                            ApprovalHistoryState state, qint64 nowMs)
+ApprovalHistoryEntry newRow(const QString &approvalId, ApprovalHistoryState state, qint64 nowMs)
 {
     return {.id = approvalId % u'-' % QString::number(nowMs),
             .approvalId = approvalId,
-            .command = command,
+            .command = {},
             .state = state,
             .updatedAt = instant(nowMs)};
 }
@@ -32,21 +31,23 @@ ApprovalHistoryEntry newRow(const QString &approvalId, const QString &command,
 void ApprovalHistory::upsertPending(const ApprovalItem &item, qint64 nowMs)
 {
     if (auto *row = find(item.approvalId)) {
-        row->command = item.command;
+        keepCommand(*row, item.command, maxKeptUnits);
         row->state = ApprovalHistoryState::Pending;
         row->maker = DecisionMaker::Person;
         row->updatedAt = instant(nowMs);
-        return;
+    } else {
+        auto made = newRow(item.approvalId, ApprovalHistoryState::Pending, nowMs);
+        keepCommand(made, item.command, maxKeptUnits);
+        insertNewest(std::move(made));
     }
-    insertNewest(newRow(item.approvalId, item.command, ApprovalHistoryState::Pending, nowMs));
+    shortenOldest();
 }
 
 void ApprovalHistory::update(const QString &approvalId, ApprovalHistoryState state,
                              DecisionMaker maker, qint64 nowMs)
 {
     if (auto *row = find(approvalId)) {
-        if (state == ApprovalHistoryState::Resolved
-            && row->state != ApprovalHistoryState::Pending) {
+        if (state == ApprovalHistoryState::Resolved && isOwnDecision(row->state)) {
             return;
         }
         row->state = state;
@@ -54,31 +55,37 @@ void ApprovalHistory::update(const QString &approvalId, ApprovalHistoryState sta
         row->updatedAt = instant(nowMs);
         return;
     }
-    auto row = newRow(approvalId, {}, state, nowMs);
+    auto row = newRow(approvalId, state, nowMs);
     row.maker = maker;
     insertNewest(std::move(row));
 }
 
+const ApprovalHistoryEntry *ApprovalHistory::row(const QString &approvalId) const
+{
+    if (!m_ids.contains(approvalId)) {
+        return nullptr;
+    }
+    const auto row = std::ranges::find(m_entries, approvalId, &ApprovalHistoryEntry::approvalId);
+    return row == m_entries.end() ? nullptr : &*row;
+}
+
 std::optional<QString> ApprovalHistory::commandFor(const QString &approvalId) const
 {
-    const auto row = std::ranges::find(m_entries, approvalId, &ApprovalHistoryEntry::approvalId);
-    return row == m_entries.end() ? std::nullopt : std::optional(row->command);
+    const auto *found = row(approvalId);
+    return found == nullptr || found->isCut ? std::nullopt : std::optional(found->command);
 }
 
 void ApprovalHistory::clear()
 {
     m_entries.clear();
+    m_keptUnits = 0;
     m_ids.clear();
 }
 
 ApprovalHistoryEntry *ApprovalHistory::find(const QString &approvalId)
 {
-    if (!m_ids.contains(approvalId)) {
-        return nullptr;
-    }
-    const auto row = std::ranges::find(std::as_const(m_entries), approvalId,
-                                       &ApprovalHistoryEntry::approvalId);
-    return row == m_entries.cend() ? nullptr : &m_entries[row - m_entries.cbegin()];
+    const auto *found = row(approvalId);
+    return found == nullptr ? nullptr : &m_entries[found - m_entries.constData()];
 }
 
 void ApprovalHistory::insertNewest(ApprovalHistoryEntry entry)
@@ -87,7 +94,31 @@ void ApprovalHistory::insertNewest(ApprovalHistoryEntry entry)
     m_entries.prepend(std::move(entry));
     if (m_entries.size() > maxHistoryItems) {
         m_ids.remove(m_entries.constLast().approvalId);
+        m_keptUnits -= m_entries.constLast().command.size();
         m_entries.removeLast();
+    }
+}
+
+void ApprovalHistory::keepCommand(ApprovalHistoryEntry &row, const QString &command,
+                                  qsizetype maxUnits)
+{
+    m_keptUnits -= row.command.size();
+    if (command.size() <= maxUnits) {
+        row.command = command;
+    } else {
+        const bool wouldSplit = command.at(maxUnits - 1).isHighSurrogate();
+        row.command = command.first(wouldSplit ? maxUnits - 1 : maxUnits);
+    }
+    row.isCut = row.command.size() < command.size();
+    m_keptUnits += row.command.size();
+}
+
+void ApprovalHistory::shortenOldest()
+{
+    for (auto i = m_entries.size() - 1; m_keptUnits > maxKeptUnitsTogether && i >= 0; --i) {
+        if (m_entries.at(i).command.size() > leastKeptUnits) {
+            keepCommand(m_entries[i], QString(m_entries.at(i).command), leastKeptUnits);
+        }
     }
 }
 

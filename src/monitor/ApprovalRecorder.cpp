@@ -26,6 +26,13 @@ QString expiryNote(const ApprovalItem &item)
 {
     return u"expiredAtMs="_s + QString::number(item.expiresAtMs);
 }
+
+/// A request that ended here without anybody's decision: one that is announced later is the truth.
+bool isEndedByClock(ApprovalHistoryState state)
+{
+    return state != ApprovalHistoryState::Pending && state != ApprovalHistoryState::Resolved
+        && !isOwnDecision(state);
+}
 } // namespace
 
 const QString automaticNote = u"auto-allow"_s;
@@ -159,7 +166,8 @@ void ApprovalRecorder::recordUnknownApproval(const QString &approvalId, const QS
 void ApprovalRecorder::recordExternalResolved(const QString &approvalId, const QString &source)
 {
     const auto *item = m_collaborators.board.find(approvalId);
-    if (item == nullptr) {
+    const auto *row = m_collaborators.board.historyRow(approvalId);
+    if (item == nullptr && (row == nullptr || !isEndedByClock(row->state))) {
         m_createdAtMs.remove(approvalId);
         return;
     }
@@ -167,11 +175,11 @@ void ApprovalRecorder::recordExternalResolved(const QString &approvalId, const Q
     ++m_metrics.externalResolvedCount;
     const auto latencyMs = consumeLatencyMs(approvalId);
     logMetricsSnapshot(u"external"_s, latencyMs);
-    const auto &[command, risk, preview] = factsOf(item->command);
+    const auto &[command, risk, preview] = factsOf(item != nullptr ? item->command : row->command);
     m_collaborators.audit.append({.timestampMs = m_collaborators.clock.nowMs(),
                                   .kind = AuditKind::approvalResolvedExternal,
                                   .approvalId = approvalId,
-                                  .agentId = item->agentId,
+                                  .agentId = item != nullptr ? item->agentId : std::nullopt,
                                   .decision = u"resolved"_s,
                                   .source = source,
                                   .risk = risk,

@@ -74,8 +74,18 @@ TEST(RequestDetailsWindow, ShowsARequestOrARowOfTheHistoryWhole)
                                        u"The command of this request was not seen."_s}));
     EXPECT_EQ(command.toPlainText(), QString());
 
+    ApprovalHistoryEntry cut = unseen;
+    cut.command = u"echo"_s;
+    cut.isCut = true;
+    window.open(RequestDetails::of(cut));
+    EXPECT_EQ(wordsOf(window).last(), u"Only the beginning of the command is kept."_s);
+    push(window, u"Copy details"_s);
+    EXPECT_TRUE(QGuiApplication::clipboard()->text().endsWith(
+        u"\ncmd: echo\n(Only the beginning of the command is kept.)"_s));
+
     QTest::keyClick(&window, Qt::Key_Escape);
     EXPECT_FALSE(window.isVisible());
+    EXPECT_EQ(window.details(), RequestDetails()) << "it may have been megabytes";
 }
 
 } // namespace bram

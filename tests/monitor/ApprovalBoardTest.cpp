@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "monitor/MonitorFixture.h"
 
+#include <ctime>
+
 using namespace bram;
 using namespace bram::test;
 
@@ -183,6 +185,46 @@ TEST_F(PopupOrder, AnswerAfterTheBoardIsGoneIsHarmless)
     core.reset();
     late(ApprovalDecision::AllowOnce);
     EXPECT_TRUE(received.isEmpty());
+}
+
+TEST(PopupQueueBounds, AFloodIsListedButNotQueuedBeyondThem)
+{
+    ManualClock clock;
+    RecordingLog log;
+    TestPopup popup;
+    ApprovalBoard board(clock, log, {.popup = &popup});
+    const auto add = [&](int id, const QString &command) {
+        board.add({.approvalId = QString::number(id), .command = command, .agentId = {}});
+    };
+    const auto end
+        = [&](int id) { board.remove(QString::number(id), ApprovalHistoryState::Resolved); };
+    const int queued = 1 + int(PopupQueue::maxWaiting);
+    for (int i = 0; i < queued + 2 * PendingApprovals::maxItems; ++i) {
+        add(i, QStringLiteral("ls"));
+    }
+    EXPECT_EQ(board.displayItems().size(), queued + PendingApprovals::maxItems);
+    EXPECT_EQ(log.lines().filter(QStringLiteral("queue is full")).size(), 1);
+    ASSERT_EQ(board.activity().size(), 1);
+    EXPECT_EQ(board.activity().first().action, ActivityAction::PopupQueueFull);
+
+    // Taken out from the end, which is where a walk through the queue is longest.
+    const std::clock_t begun = std::clock();
+    for (int i = queued - 1; i > 0; --i) {
+        end(i);
+    }
+    EXPECT_LT(std::clock() - begun, CLOCKS_PER_SEC);
+    end(0);
+    EXPECT_EQ(popup.shown.last(), QString::number(queued + PendingApprovals::maxItems))
+        << "those left out come, the oldest that is listed first";
+
+    // Few giants are too many, too; one is not.
+    board.clearPending();
+    const QString giant(PopupQueue::maxWaitingUnits / 2 + 1, u'x');
+    for (int i = 0; i < 3; ++i) {
+        add(i, giant);
+    }
+    EXPECT_EQ(board.displayItems().size(), 3);
+    EXPECT_EQ(board.activity().size(), 2);
 }
 
 TEST(ApprovalBoardSignals, PublishedOncePerTurnAndOnlyOnRealChange)

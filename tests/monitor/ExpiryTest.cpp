@@ -72,6 +72,12 @@ TEST_F(Expiry, TakesTheRequestOutWithARecordAndTheNextOneFollows)
     EXPECT_EQ(records.at(5).risk, u"low"_s);
     EXPECT_FALSE(records.at(5).decision.has_value());
 
+    // Our clock may be fast: what was decided elsewhere after all is told and on record, a decision from here stays.
+    monitor().handleGatewayEvent(ApprovalResolved {u"second"_s});
+    EXPECT_EQ(board().historyRow(u"second"_s)->state, ApprovalHistoryState::Resolved);
+    EXPECT_EQ(auditKinds().back(), "approval_resolved_external");
+    EXPECT_EQ(core->audit().records(0).last().commandPreview, u"ls …"_s);
+
     // Announced once more with more time, it is asked about as any other.
     requested(expiringIn("first", 60'000));
     EXPECT_FALSE(isGone(u"first"_s));

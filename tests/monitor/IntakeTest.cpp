@@ -118,6 +118,37 @@ TEST_F(Intake, ListsAreTrimmedButNoRequestGetsOutOfSight)
     EXPECT_NE(board().find(QStringLiteral("r0")), nullptr);
 }
 
+TEST(ApprovalHistory, KeepsOfLongCommandsOnlyTheBeginning)
+{
+    ApprovalHistory history;
+    const auto take = [&](const QString &id, const QString &command) {
+        history.upsertPending({.approvalId = id, .command = command, .agentId = {}}, 1);
+        return *history.row(id);
+    };
+    constexpr auto most = ApprovalHistory::maxKeptUnits;
+    const QString whole(most, u'x');
+    EXPECT_EQ(take(QStringLiteral("a"), whole).command, whole);
+    EXPECT_EQ(history.commandFor(QStringLiteral("a")), whole);
+    const auto cut = take(QStringLiteral("a"), whole.chopped(1) + QStringLiteral("𝒳"));
+    EXPECT_TRUE(cut.isCut);
+    EXPECT_EQ(cut.command, whole.chopped(1)) << "no half of a character";
+    EXPECT_EQ(history.commandFor(QStringLiteral("a")), std::nullopt)
+        << "it would be taken for a command";
+    EXPECT_FALSE(take(QStringLiteral("a"), QStringLiteral("ls")).isCut);
+
+    for (int i = 0; i < 2 * ApprovalHistory::maxHistoryItems; ++i) {
+        take(QString::number(i), whole);
+    }
+    qsizetype kept = 0;
+    for (const auto &row : history.entries()) {
+        kept += row.command.size();
+    }
+    EXPECT_LE(kept, ApprovalHistory::maxKeptUnitsTogether);
+    EXPECT_GT(kept, ApprovalHistory::maxKeptUnitsTogether - most);
+    EXPECT_FALSE(history.entries().first().isCut);
+    EXPECT_EQ(history.entries().last().command.size(), ApprovalHistory::leastKeptUnits);
+}
+
 TEST_F(Intake, ResolvedElsewhereCountsOnlyWhatWasPending)
 {
     makeCore();

@@ -32,6 +32,11 @@ QString timeText(qint64 ms)
     return QDateTime::fromMSecsSinceEpoch(ms).toString(u"yyyy-MM-dd HH:mm:ss");
 }
 
+QString cutNote()
+{
+    return RequestDetailsWindow::tr("Only the beginning of the command is kept.");
+}
+
 void copy(const QString &text)
 {
     QGuiApplication::clipboard()->setText(text);
@@ -45,10 +50,12 @@ RequestDetails RequestDetails::of(const ApprovalItem &item, AskReason reason)
 
 RequestDetails RequestDetails::of(const ApprovalHistoryEntry &entry)
 {
-    return {{.approvalId = entry.approvalId, .command = entry.command, .agentId = std::nullopt},
-            entry.state,
-            entry.updatedAt.isValid() ? entry.updatedAt.toMSecsSinceEpoch() : 0,
-            entry.maker};
+    return {.item
+            = {.approvalId = entry.approvalId, .command = entry.command, .agentId = std::nullopt},
+            .state = entry.state,
+            .updatedAtMs = entry.updatedAt.isValid() ? entry.updatedAt.toMSecsSinceEpoch() : 0,
+            .maker = entry.maker,
+            .isCut = entry.isCut};
 }
 
 RequestDetailsWindow::RequestDetailsWindow()
@@ -86,7 +93,9 @@ void RequestDetailsWindow::build()
         *button = new QPushButton(this);
         buttons->addWidget(*button);
     }
-    connect(m_copyDetails, &QPushButton::clicked, this, [this] { copy(m_details.item.pretty()); });
+    connect(m_copyDetails, &QPushButton::clicked, this, [this] {
+        copy(m_details.item.pretty() + (m_details.isCut ? u"\n("_s + cutNote() + u')' : QString()));
+    });
     connect(m_copyId, &QPushButton::clicked, this, [this] { copy(m_details.item.approvalId); });
     connect(m_close, &QPushButton::clicked, this, &QWidget::close);
 }
@@ -121,6 +130,15 @@ void RequestDetailsWindow::changeEvent(QEvent *event)
         relabel();
     } else if (event->type() == QEvent::PaletteChange) {
         recolour();
+    }
+}
+
+void RequestDetailsWindow::hideEvent(QHideEvent *event)
+{
+    QWidget::hideEvent(event);
+    if (!event->spontaneous()) {
+        m_details = {};
+        m_command->setCommand({});
     }
 }
 
@@ -161,6 +179,9 @@ void RequestDetailsWindow::relabel()
         warnings.append(tr("The command of this request was not seen."));
     } else if (commandRiskLevel(item.command) == CommandRisk::High) {
         warnings.append(tr("HIGH RISK."));
+    }
+    if (m_details.isCut) {
+        warnings.append(cutNote());
     }
     if (m_command->isSuspicious()) {
         warnings.append(tr("Characters that could mislead are shown as ⟨…⟩."));

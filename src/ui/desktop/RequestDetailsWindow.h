@@ -24,6 +24,7 @@ struct RequestDetails {
     qint64 updatedAtMs = 0; ///< when the state last changed; 0: not known
     DecisionMaker maker = DecisionMaker::Person; ///< of a decision taken here
     AskReason askReason = AskReason::Usual; ///< of a pending request
+    bool isCut = false; ///< only the beginning of the command is kept
 
     bool operator==(const RequestDetails &) const = default;
 
@@ -32,7 +33,7 @@ struct RequestDetails {
 };
 
 /// Shows one request whole, beside the other windows, without deciding anything. Made when first needed and
-/// used again. What it offers for copying is the request as received, without marks.
+/// used again. Hidden it keeps nothing: a command may have megabytes.
 class RequestDetailsWindow final : public QWidget
 {
     Q_OBJECT
@@ -46,6 +47,7 @@ public:
 
 protected:
     void changeEvent(QEvent *event) override;
+    void hideEvent(QHideEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
 
 private:

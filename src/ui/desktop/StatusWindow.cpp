@@ -220,6 +220,17 @@ void StatusWindow::changeEvent(QEvent *event)
     }
 }
 
+/// Hidden it is not kept up to date, and must not keep what may have megabytes. It is filled before it is shown.
+void StatusWindow::hideEvent(QHideEvent *event)
+{
+    QWidget::hideEvent(event);
+    if (!event->spontaneous()) {
+        StatusMenuContent content = m_content;
+        content.pending.clear();
+        update(content);
+    }
+}
+
 void StatusWindow::closeEvent(QCloseEvent *event)
 {
     // Only what the operator does: the program's own end and the return of the tray do close it.

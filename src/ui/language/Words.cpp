@@ -55,6 +55,8 @@ constexpr WordRow<ActivityAction> activityActions[] = {
     {ActivityAction::ClearAppList, QT_TRANSLATE_NOOP("Words", "app list cleared")},
     {ActivityAction::ClearBrackwenList, QT_TRANSLATE_NOOP("Words", "Brackwen list cleared")},
     {ActivityAction::ClearBothLists, QT_TRANSLATE_NOOP("Words", "both lists cleared")},
+    {ActivityAction::PopupQueueFull,
+     QT_TRANSLATE_NOOP("Words", "too many requests, newer ones only listed")},
     {ActivityAction::ReconnectGateway, QT_TRANSLATE_NOOP("Words", "reconnected to the gateway")},
     {ActivityAction::ReloadGatewayToken, QT_TRANSLATE_NOOP("Words", "gateway token reloaded")},
 };
