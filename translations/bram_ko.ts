@@ -871,6 +871,10 @@
         <source>ASKED ONCE MORE</source>
         <translation>한 번 더 확인</translation>
     </message>
+    <message>
+        <source>The platform&apos;s configuration cannot be read or names no agent: these are the agents and the choice from before.</source>
+        <translation>플랫폼 설정을 읽을 수 없거나 에이전트가 없습니다. 이전의 에이전트 목록과 선택을 그대로 둡니다.</translation>
+    </message>
 </context>
 <context>
     <name>Words</name>
@@ -1042,6 +1046,10 @@
         <source>The always-allow list has these words, but perhaps with other blanks or line breaks, which a shell may read differently. Always allow takes in exactly this text.</source>
         <translation>영구 승인 목록에 같은 단어의 명령이 있지만 공백이나 줄바꿈이 다를 수 있고, 셸이 다르게 읽을 수 있어 확인합니다. 영구 승인하면 이 글자 그대로 목록에 넣습니다.</translation>
     </message>
+    <message>
+        <source>too many requests, newer ones only listed</source>
+        <translation>요청이 너무 많음, 새 요청은 목록에만 표시</translation>
+    </message>
 </context>
 <context>
     <name>bram::AboutWindow</name>
@@ -1175,6 +1183,10 @@
     <message>
         <source>Only the requests of this agent are shown, asked about and notified of. Those of the others wait at the gateway.</source>
         <translation>이 에이전트의 요청만 표시하고, 팝업과 알림으로 묻습니다. 다른 에이전트의 요청은 게이트웨이에서 기다립니다.</translation>
+    </message>
+    <message>
+        <source>The platform&apos;s configuration cannot be read or names no agent: these are the agents and the choice from before. Its file is watched.</source>
+        <translation>플랫폼 설정을 읽을 수 없거나 에이전트가 없습니다. 이전의 에이전트 목록과 선택을 그대로 두며, 파일을 계속 지켜봅니다.</translation>
     </message>
 </context>
 <context>
@@ -2097,10 +2109,6 @@ The request is still pending and can be decided again.</source>
         <translation>저장 위치:
 %1</translation>
     </message>
-    <message>
-        <source>Save failed: %1</source>
-        <translation>저장 실패: %1</translation>
-    </message>
 </context>
 <context>
     <name>bram::RecordPane</name>
@@ -2217,6 +2225,10 @@ Result, if there is one: %1</source>
     <message>
         <source>Close</source>
         <translation>닫기</translation>
+    </message>
+    <message>
+        <source>Only the beginning of the command is kept.</source>
+        <translation>명령의 앞부분만 보관되어 있습니다.</translation>
     </message>
 </context>
 <context>
