@@ -14,7 +14,7 @@ using namespace Qt::StringLiterals;
 namespace
 {
 constexpr qsizetype longRun = 4;
-constexpr qsizetype deepestIndentation = 16;
+constexpr qsizetype deepestIndentation = 64;
 constexpr int mostCombiningInARow = 4;
 constexpr char16_t markOpen = u'\u27E8';
 constexpr char16_t markClose = u'\u27E9';
@@ -53,6 +53,9 @@ constexpr std::array invisible {
 /// U+27E8 opens a mark; the others look the same in many faces.
 constexpr std::array<char32_t, 4> markOpeners {markOpen, 0x2329, 0x276C, 0x3008};
 
+/// U+2192 is how a tab is drawn; the others look the same in many faces.
+constexpr std::array<char32_t, 4> tabSigns {0x2192, 0x27F6, 0xFFEB, 0x1F852};
+
 bool isMisleadingCategory(char32_t c)
 {
     switch (QChar::category(c)) {
@@ -78,11 +81,14 @@ bool reordersNeighbours(char32_t c)
     return direction == QChar::DirR || direction == QChar::DirAL || direction == QChar::DirAN;
 }
 
+/// Never marked, and joins nothing.
+bool isVisibleAscii(QChar c)
+{
+    return c >= u'!' && c <= u'~';
+}
+
 bool isAlwaysMarked(char32_t c)
 {
-    if (c >= 0x21 && c <= 0x7E) {
-        return false;
-    }
     return isMisleadingCategory(c) || isIn(invisible, c) || reordersNeighbours(c)
         || std::ranges::find(markOpeners, c) != markOpeners.end();
 }
@@ -139,6 +145,7 @@ public:
     HonestWriter(QStringView source, LineFeeds lineFeeds)
         : m_source(source)
         , m_lineFeeds(lineFeeds)
+        , m_startsLine(lineFeeds == LineFeeds::AreLineBreaks)
     {
         m_result.text.reserve(source.size());
     }
@@ -147,8 +154,12 @@ public:
     {
         while (m_position < m_source.size()) {
             const QChar c = m_source[m_position];
-            if (c == u' ') {
-                writeBlanks();
+            if (m_startsLine && (c == u' ' || c == u'\t')) {
+                writeIndentation();
+            } else if (isVisibleAscii(c)) {
+                writeVisibleAscii();
+            } else if (c == u' ') {
+                writeBlanks(Suspicion::Some);
             } else if (c == u'\n' && m_lineFeeds == LineFeeds::AreLineBreaks) {
                 writeLineFeeds();
             } else {
@@ -178,16 +189,53 @@ private:
         return c.unicode();
     }
 
-    void writeBlanks()
+    bool isLineEnd(qsizetype position) const
     {
-        const bool startsLine = m_position == 0
-            || (m_lineFeeds == LineFeeds::AreLineBreaks && m_source[m_position - 1] == u'\n');
+        return position == m_source.size()
+            || (m_lineFeeds == LineFeeds::AreLineBreaks && m_source[position] == u'\n');
+    }
+
+    void writeIndentation()
+    {
+        qsizetype end = m_position;
+        qsizetype columns = 0;
+        while (end < m_source.size() && (m_source[end] == u' ' || m_source[end] == u'\t')) {
+            columns += m_source[end] == u'\t' ? tabColumns - columns % tabColumns : 1;
+            ++end;
+        }
+        const bool isOrdinary = columns <= deepestIndentation;
+        if (isOrdinary && !isLineEnd(end)) {
+            drawIndentation(end);
+            return;
+        }
+        const Suspicion suspicion = isOrdinary ? Suspicion::None : Suspicion::Some;
+        while (m_position < end) {
+            if (m_source[m_position] == u' ') {
+                writeBlanks(suspicion);
+            } else {
+                markCodePoint(takeCodePoint(), suspicion);
+            }
+        }
+    }
+
+    void drawIndentation(qsizetype end)
+    {
+        qsizetype column = 0;
+        for (; m_position < end; ++m_position) {
+            const bool isTab = m_source[m_position] == u'\t';
+            const qsizetype width = isTab ? tabColumns - column % tabColumns : 1;
+            m_result.text.append(isTab ? tabSign : u' ');
+            m_result.text.append(QString(width - 1, u' '));
+            column += width;
+        }
+        m_previous = 0;
+    }
+
+    void writeBlanks(Suspicion suspicion)
+    {
         const qsizetype count = takeRunOf(u' ');
-        const bool endsLine = m_position == m_source.size()
-            || (m_lineFeeds == LineFeeds::AreLineBreaks && m_source[m_position] == u'\n');
-        if (endsLine || count >= longRun) {
-            mark(count == 1 ? u"1 blank"_s : QString::number(count) + " blanks"_L1,
-                 startsLine && count <= deepestIndentation ? Suspicion::None : Suspicion::Some);
+        if (isLineEnd(m_position) || count >= longRun) {
+            mark(count == 1 ? u"1 blank"_s : QString::number(count) + " blanks"_L1, suspicion);
         } else {
             m_result.text.append(QString(count, u' '));
             m_previous = 0;
@@ -198,20 +246,39 @@ private:
     {
         const qsizetype count = takeRunOf(u'\n');
         if (count >= longRun) {
-            mark(QString::number(count) + " line feeds"_L1);
+            mark(QString::number(count) + " line feeds"_L1, Suspicion::Some);
             m_result.text.append(u'\n');
         } else {
             m_result.text.append(QString(count, u'\n'));
         }
         m_previous = 0;
+        m_startsLine = true;
+    }
+
+    /// In one go: a command may be megabytes of it.
+    void writeVisibleAscii()
+    {
+        const qsizetype start = m_position;
+        while (m_position < m_source.size() && isVisibleAscii(m_source[m_position])) {
+            ++m_position;
+        }
+        m_result.text.append(m_source.sliced(start, m_position - start));
+        m_previous = m_source[m_position - 1].unicode();
+        m_combiningInARow = 0;
+        m_startsLine = false;
     }
 
     void writeCodePoint(char32_t c)
     {
         if (isAlwaysMarked(c) || !canStandHere(c)) {
-            mark("U+"_L1 + QString::number(c, 16).toUpper().rightJustified(4, u'0'));
+            markCodePoint(c, Suspicion::Some);
             return;
         }
+        if (m_startsLine && std::ranges::find(tabSigns, c) != tabSigns.end()) {
+            markCodePoint(c, Suspicion::None);
+            return;
+        }
+        m_startsLine = false;
         m_combiningInARow = joiningOf(c) == Joining::None ? 0 : m_combiningInARow + 1;
         m_previous = c == markClose ? 0 : c;
         m_result.text.append(QChar::fromUcs4(c));
@@ -229,17 +296,24 @@ private:
         return kind == Joining::Accent || joinsSyllable(kind, m_previous);
     }
 
-    void mark(const QString &name, Suspicion suspicion = Suspicion::Some)
+    void markCodePoint(char32_t c, Suspicion suspicion)
+    {
+        mark("U+"_L1 + QString::number(c, 16).toUpper().rightJustified(4, u'0'), suspicion);
+    }
+
+    void mark(const QString &name, Suspicion suspicion)
     {
         m_result.text.append(QChar(markOpen) + name + QChar(markClose));
         m_result.marked = true;
         m_result.suspicious = m_result.suspicious || suspicion == Suspicion::Some;
         m_previous = 0;
         m_combiningInARow = 0;
+        m_startsLine = false;
     }
 
     QStringView m_source;
     LineFeeds m_lineFeeds;
+    bool m_startsLine; ///< nothing but an indentation is before it in the line
     qsizetype m_position = 0;
     char32_t m_previous
         = 0; ///< the character just written; 0 when there is nothing to combine with
@@ -251,6 +325,13 @@ private:
 HonestText honestDisplay(QStringView command)
 {
     return HonestWriter(command, LineFeeds::AreLineBreaks).write();
+}
+
+qsizetype indentationLength(QStringView shownLine)
+{
+    const auto *end
+        = std::ranges::find_if_not(shownLine, [](QChar c) { return c == u' ' || c == tabSign; });
+    return end - shownLine.begin();
 }
 
 HonestText honestLine(QStringView text)

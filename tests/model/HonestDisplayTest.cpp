@@ -36,9 +36,9 @@ TEST(HonestDisplay, OrdinaryCommandsStayAsTheyAre)
     for (const QString &command :
          {u""_s, u"ls -la ~/Downloads"_s, u"git commit -m 'Änderung: naïve façade'"_s,
           u"echo e\u0301 o\u0302\u0323"_s, u"echo 안녕하세요 | wc -c"_s,
-          u"echo \u1112\u1161\u11ab\u1100\u1173\u11af"_s, u"echo 👍🏽 🇰🇷 🎉"_s,
-          u"echo 漢字 かな"_s, u"echo 'สวัสดีครับ' नमस्ते Привет"_s, u"if true; then\n  ls\nfi\n"_s,
-          u"a   b\n\n\nc"_s,
+          u"echo \u1112\u1161\u11ab\u1100\u1173\u11af"_s, u"echo 👍🏽 🇰🇷 🎉"_s, u"echo 漢字 かな"_s,
+          u"echo 'สวัสดีครับ' नमस्ते Привет"_s, u"if true; then\n  ls\nfi\n"_s,
+          u"a   b\n\n\nc → d\n"_s + QString(64, u' ') + u"e"_s,
           u"awk '{print $1}' <a >b 2>&1 \\\n  && x=\"${y:-z}\" `w` # ~^%!?@;,"_s}) {
         EXPECT_EQ(honestDisplay(command), (HonestText {command, false})) << qPrintable(command);
     }
@@ -69,6 +69,8 @@ TEST(HonestDisplay, MarksWhatCouldMislead)
         {u"1\u20e3"_s, u"1⟨U+20E3⟩"_s},
         {u"a\u1161b\u11a8 각\u1161"_s, u"a⟨U+1161⟩b⟨U+11A8⟩ 각⟨U+1161⟩"_s},
         {u"a   b    c"_s, u"a   b⟨4 blanks⟩c"_s},
+        {u"a\n\tb\t→"_s, u"a\n→       b⟨U+0009⟩→"_s},
+        {u"       \t\u0301"_s, u"       →⟨U+0301⟩"_s},
         {u"a \nb  \n \n"_s, u"a⟨1 blank⟩\nb⟨2 blanks⟩\n⟨1 blank⟩\n"_s},
         {u"a "_s, u"a⟨1 blank⟩"_s},
         {u"ls\n\n\n\nrm"_s, u"ls⟨4 line feeds⟩\nrm"_s},
@@ -84,20 +86,46 @@ TEST(HonestDisplay, MarksWhatCouldMislead)
     EXPECT_EQ(honestLine(u"main"_s), (HonestText {u"main"_s, false}));
 }
 
-TEST(HonestDisplay, OnlyOrdinaryIndentationIsMarkedWithoutSuspicion)
+TEST(HonestDisplay, IndentationIsDrawnAndRaisesNoAlarm)
 {
-    const QString deepest(16, u' ');
+    struct Row {
+        QString source;
+        QString shown;
+    };
+    const Row drawn[] = {
+        {u"\tgo build\n\t\tif x {"_s, u"→       go build\n→       →       if x {"_s},
+        {u"  \tx\n       \ty\n        \tz"_s, u"  →     x\n       →y\n        →       z"_s},
+        {u"    if x:\n            pass"_s, u"    if x:\n            pass"_s},
+    };
+    for (const Row &row : drawn) {
+        EXPECT_EQ(honestDisplay(row.source), (HonestText {row.shown, false}))
+            << qPrintable(row.shown);
+        expectHonest(row.source);
+    }
+
+    const Row harmless[] = {
+        {u"→       x\n       →y\n￫x"_s, u"⟨U+2192⟩⟨7 blanks⟩x\n       ⟨U+2192⟩y\n⟨U+FFEB⟩x"_s},
+        {u"a\n    \n \t\nb"_s, u"a\n⟨4 blanks⟩\n ⟨U+0009⟩\nb"_s},
+    };
+    EXPECT_FALSE(honestDisplay(u"→ x\n       →y\n￫x").suspicious);
+    for (const Row &row : harmless) {
+        EXPECT_EQ(honestDisplay(row.source).text, row.shown);
+        expectHonest(row.source);
+    }
+    EXPECT_FALSE(honestDisplay(harmless[1].source).suspicious);
+
+    const QString tooDeep(65, u' ');
     for (const QString &source :
-         {u"    if x:\n        pass"_s, deepest + u"a\n"_s + deepest + u"b"_s, u"a\n    \nb"_s}) {
-        const HonestText shown = honestDisplay(source);
-        EXPECT_TRUE(shown.marked && !shown.suspicious) << qPrintable(shown.text);
-    }
-    for (const QString &source : {deepest + u" a"_s, u"a    b"_s, u"a\n    b\u200b"_s, u"    a "_s,
-                                  u"a\n\n\n\n    b"_s, u"\t    a"_s, u"a\r    b"_s}) {
+         {tooDeep + u"a"_s, u"\t\t\t\t\t\t\t\t a"_s, u"a    b"_s, u"a\tb"_s, u"a\n    b\u200b"_s,
+          u"    a "_s, u"    a\t"_s, u"a\n\n\n\n    b"_s, u"a\r    b"_s, u"a\n"_s + tooDeep}) {
         EXPECT_TRUE(honestDisplay(source).suspicious) << qPrintable(source);
+        expectHonest(source);
     }
-    EXPECT_FALSE(honestDisplay(u"a\n  b").suspicious);
-    EXPECT_TRUE(honestLine(u"a\n    b").suspicious);
+    EXPECT_EQ(honestDisplay(tooDeep + u'a').text, u"⟨65 blanks⟩a"_s);
+    EXPECT_EQ(honestLine(u"\ta\n    b").text, u"⟨U+0009⟩a⟨U+000A⟩⟨4 blanks⟩b"_s)
+        << "there is no room for it on one line";
+    EXPECT_EQ(indentationLength(u"  →     x → y"), 8);
+    EXPECT_EQ(indentationLength(u""), 0);
 }
 
 TEST(HonestDisplay, EveryCodePointIsShownHonestly)
@@ -113,11 +141,12 @@ TEST(HonestDisplay, EveryCodePointIsShownHonestly)
 TEST(HonestDisplay, RandomMixturesAreRebuiltExactly)
 {
     QRandomGenerator random(20240611);
-    const QList<char32_t> nasty {
-        U' ',   U' ',   U' ',   U'\n',  U'\n',  U'\t',  U'\r',   0x1b,   0x9b,   U'⟨',   U'⟩',
-        0x202e, 0x2069, 0x05d0, 0x0660, 0x200d, 0xfe0f, 0xe0041, 0x115f, 0x1160, 0x3164, 0xffa0,
-        0x2800, 0x00a0, 0x2028, 0xe000, 0x0378, 0xd800, 0xdbff,  0xdc00, 0x0301, 0x20dd, 0x1100,
-        0x1161, 0x11a8, 0xac00, 0xac01, U'a',   U'/',   0x1f600, 0x034f, 0x0e33, 0x3008, U'1'};
+    const QList<char32_t> nasty {U' ',    U' ',   U' ',    U'\n',  U'\n',  U'\t',  U'→',   U'\r',
+                                 0x1b,    0x9b,   U'⟨',    U'⟩',   0x202e, 0x2069, 0x05d0, 0x0660,
+                                 0x200d,  0xfe0f, 0xe0041, 0x115f, 0x1160, 0x3164, 0xffa0, 0x2800,
+                                 0x00a0,  0x2028, 0xe000,  0x0378, 0xd800, 0xdbff, 0xdc00, 0x0301,
+                                 0x20dd,  0x1100, 0x1161,  0x11a8, 0xac00, 0xac01, U'a',   U'/',
+                                 0x1f600, 0x034f, 0x0e33,  0x3008, U'1'};
     for (int round = 0; round < 20'000; ++round) {
         QList<char32_t> codePoints(random.bounded(40));
         for (char32_t &c : codePoints) {

@@ -11,9 +11,9 @@ namespace bram::test
 
 using namespace Qt::StringLiterals;
 
-/// What a shown text stands for: each mark replaced by what it names. Written for readability of the
+/// What a shown line stands for: each mark replaced by what it names. Written for readability of the
 /// rule, not taken from the code under test. A text that is no valid showing yields something else.
-inline QString rebuilt(const QString &shown)
+inline QString rebuiltLine(const QString &shown)
 {
     QString result;
     for (qsizetype i = 0; i < shown.size(); ++i) {
@@ -48,6 +48,51 @@ inline QString rebuilt(const QString &shown)
     return result;
 }
 
+/// A shown line with marks in place of the tabs that are drawn at its start.
+inline QString withMarkedTabs(const QString &line)
+{
+    QString result;
+    qsizetype column = 0;
+    while (column < line.size() && (line[column] == u' ' || line[column] == u'→')) {
+        const bool isTab = line[column] == u'→';
+        result.append(isTab ? u"⟨U+0009⟩"_s : u" "_s);
+        const qsizetype end = isTab ? (column / 8 + 1) * 8 : column + 1;
+        while (++column < end) {
+            if (column == line.size() || line[column] != u' ') {
+                return u"⟨a tab without its width⟩"_s;
+            }
+        }
+    }
+    return result + line.sliced(column);
+}
+
+/// The same for a text whose line feeds are line breaks.
+inline QString rebuilt(const QString &shown)
+{
+    QStringList lines = shown.split(u'\n');
+    for (QString &line : lines) {
+        line = withMarkedTabs(line);
+    }
+    return rebuiltLine(lines.join(u'\n'));
+}
+
+/// Whether a shown text hides how many blanks or lines there are, or where a line begins.
+inline bool hidesBlanks(const QString &shown)
+{
+    for (const QString &line : shown.split(u'\n')) {
+        qsizetype indentation = 0;
+        while (indentation < line.size()
+               && (line[indentation] == u' ' || line[indentation] == u'→')) {
+            ++indentation;
+        }
+        if (indentation > 64 || line.endsWith(u' ')
+            || line.sliced(indentation).contains("    "_L1)) {
+            return true;
+        }
+    }
+    return shown.contains("\n\n\n\n"_L1);
+}
+
 inline bool misleads(char32_t c, char32_t previous)
 {
     const auto category = QChar::category(c);
@@ -68,15 +113,14 @@ inline QString dishonesty(const QString &source)
     const auto about = [&source](const QString &what) {
         return what + ": "_L1 + QString::fromLatin1(source.toUtf8().toPercentEncoding());
     };
-    if (rebuilt(shown.text) != source || rebuilt(line.text) != source) {
+    if (rebuilt(shown.text) != source || rebuiltLine(line.text) != source) {
         return about(u"cannot be rebuilt"_s);
     }
-    if (shown.marked != (shown.text != source) || line.marked != (line.text != source)
+    if (shown.marked != shown.text.contains(u'⟨') || line.marked != (line.text != source)
         || (shown.suspicious && !shown.marked) || (line.suspicious && !line.marked)) {
         return about(u"wrongly flagged"_s);
     }
-    if (shown.text.contains("    "_L1) || shown.text.contains(" \n"_L1) || shown.text.endsWith(u' ')
-        || shown.text.contains("\n\n\n\n"_L1) || line.text.contains(u'\n')) {
+    if (hidesBlanks(shown.text) || line.text.contains(u'\n') || line.text.contains("    "_L1)) {
         return about(u"hides blanks or lines"_s);
     }
     char32_t previous = U'\n';

@@ -36,6 +36,9 @@ TEST(TerminalOutput, ColoursOnATerminalOnlyAndNoControlCharacterOfALineAnywhere)
         EXPECT_EQ(shown.startsWith("\033[1;31ma"), wish == Wish::Colours);
         shown.replace("\033[1;31m", "").replace("\033[0m", "").replace("\r\n", "\n");
         EXPECT_EQ(shown, withoutColours);
+        toTerminal.write({{u"| >   x"_s, LineStyle::Plain, 2, 6}});
+        EXPECT_EQ(terminal.received(),
+                  wish == Wish::Colours ? "| \033[2m>   \033[0mx\r\n" : "| >   x\r\n");
     }
     qunsetenv("NO_COLOR");
 }

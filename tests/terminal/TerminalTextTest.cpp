@@ -57,6 +57,7 @@ TEST(TerminalText, ACommandIsShownWholeBehindItsFrameAtEveryWidth)
         QString(5000, u'x'),
         u"가나다라마바사아자차카타파하 "_s.repeated(40),
         u"python3 - <<E\nif x:\n        pass\nE"_s,
+        u"\tif x {\n\t\t\t\ty()\n       \tz\n→ "_s,
         u"\x1b[2J\x1b]0;t\x07\r\x9b"
         "1m\u202e\u200b\ttab  "_s,
         u"é"_s.repeated(200) + QString(300, u'\n') + u"rm -rf /"_s,
@@ -141,7 +142,7 @@ TEST(TerminalText, WarnsOfWhatMisleadsAndNotOfIndentation)
 {
     const std::pair<QString, bool> rows[] = {
         {u"ls"_s, false},
-        {u"if x:\n    y()"_s, false},
+        {u"if x:\n    y()\n\tz()"_s, false},
         {u"a\u200bb"_s, true},
         {u"a"_s + QString(20, u' ') + u"b"_s, true},
         {QString(2001, u'x'), true},
@@ -151,6 +152,19 @@ TEST(TerminalText, WarnsOfWhatMisleadsAndNotOfIndentation)
         EXPECT_EQ(warns(requestLines(item(command), 1, RequestOccasion::Shown, now, 80)), expected)
             << qPrintable(command.left(40));
     }
+}
+
+TEST(TerminalText, OnlyTabsOfAnIndentationAreFaint)
+{
+    // Where a row has no room for all of it, the rest is faint in the next one.
+    const TerminalLines lines
+        = requestLines(item(u"  x → y\n\t\tz"_s), 1, RequestOccasion::Shown, now, 20);
+    QStringList faint;
+    for (const TerminalLine &line : lines) {
+        faint.append(line.text.sliced(line.faintBegin, line.faintEnd - line.faintBegin));
+    }
+    EXPECT_EQ(faint.join(QString()), u"→       →       "_s);
+    EXPECT_EQ(faint.count(QString()), lines.size() - 2);
 }
 
 TEST(TerminalText, TheHeadlineSaysRiskTimeAndWhatTheRequestIs)

@@ -20,6 +20,9 @@ enum class LineStyle {
 struct TerminalLine {
     QString text;
     LineStyle style = LineStyle::Plain;
+    /// The part of a plain line that is drawn faintly where the terminal can.
+    qsizetype faintBegin = 0;
+    qsizetype faintEnd = 0;
 
     bool operator==(const TerminalLine &) const = default;
 };

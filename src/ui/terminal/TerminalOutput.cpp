@@ -44,6 +44,8 @@ QLatin1StringView escapeOf(LineStyle style)
     Q_UNREACHABLE();
 }
 
+constexpr QLatin1StringView normal("\033[0m");
+
 /// Texts from outside are shown honestly long before; this is the last door.
 QString withoutControls(QString text)
 {
@@ -51,6 +53,22 @@ QString withoutControls(QString text)
         text, [](QChar c) { return c.category() == QChar::Other_Control; },
         QChar::ReplacementCharacter);
     return text;
+}
+
+QString styled(const TerminalLine &line)
+{
+    const QLatin1StringView escape = escapeOf(line.style);
+    if (!escape.isEmpty()) {
+        return escape + withoutControls(line.text) + normal;
+    }
+    if (line.faintBegin < line.faintEnd) {
+        const QStringView text = line.text;
+        return withoutControls(text.first(line.faintBegin).toString()) + escapeOf(LineStyle::Quiet)
+            + withoutControls(
+                   text.sliced(line.faintBegin, line.faintEnd - line.faintBegin).toString())
+            + normal + withoutControls(text.sliced(line.faintEnd).toString());
+    }
+    return withoutControls(line.text);
 }
 
 bool hasRoom(int descriptor, int timeoutMs)
@@ -107,9 +125,7 @@ bool TerminalOutput::write(const TerminalLines &lines, WhenBehind whenBehind)
     }
     QString text;
     for (const TerminalLine &line : lines) {
-        const QLatin1StringView escape = m_hasColours ? escapeOf(line.style) : QLatin1StringView();
-        text += escape + withoutControls(line.text) + (escape.isEmpty() ? ""_L1 : "\033[0m"_L1)
-            + u'\n';
+        text += (m_hasColours ? styled(line) : withoutControls(line.text)) + u'\n';
     }
     writeRaw(text.toUtf8());
     return true;

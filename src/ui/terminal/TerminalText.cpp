@@ -9,6 +9,8 @@
 #include "ui/terminal/TerminalRows.h"
 #include "ui/terminal/TerminalTr.h"
 
+#include <algorithm>
+
 namespace bram
 {
 
@@ -111,12 +113,30 @@ QStringView endOfGiant(QStringView command)
     return command.last(size);
 }
 
+/// Rows of `line`, which is a line of a text shown honestly.
+void appendCommandLine(TerminalLines &lines, const QString &line, int columns)
+{
+    const QString firstPrefix = u"  | "_s;
+    const QString nextPrefix = u"  : "_s;
+    qsizetype row = lines.size();
+    appendRows(lines, firstPrefix, nextPrefix, line, LineStyle::Plain, columns);
+    qsizetype indentation = indentationLength(line);
+    if (!QStringView(line).first(indentation).contains(tabSign)) {
+        return; // blanks are faint enough
+    }
+    for (; indentation > 0 && row < lines.size(); ++row) {
+        lines[row].faintBegin = firstPrefix.size();
+        lines[row].faintEnd = std::min(firstPrefix.size() + indentation, lines[row].text.size());
+        indentation -= lines[row].faintEnd - lines[row].faintBegin;
+    }
+}
+
 /// Whether something in it is suspicious.
 bool appendCommandRows(TerminalLines &lines, QStringView command, int columns)
 {
     const HonestText shown = honestDisplay(command);
     for (const QString &line : shown.text.split(u'\n')) {
-        appendRows(lines, u"  | "_s, u"  : "_s, line, LineStyle::Plain, columns);
+        appendCommandLine(lines, line, columns);
     }
     return shown.suspicious;
 }
