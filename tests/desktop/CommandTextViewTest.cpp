@@ -5,6 +5,7 @@
 
 #include "model/HonestDisplay.h"
 
+#include <QAccessible>
 #include <QClipboard>
 #include <QElapsedTimer>
 #include <QGuiApplication>
@@ -38,13 +39,16 @@ QString copiedFrom(CommandTextView &view)
     return QGuiApplication::clipboard()->text();
 }
 
-/// The parts of the text that are drawn as marks.
-QStringList marksIn(const CommandTextView &view)
+/// The parts of the text that are drawn as marks, or faintly.
+QStringList marksIn(const CommandTextView &view,
+                    QTextFormat::Property way = QTextFormat::BackgroundBrush)
 {
     QStringList marks;
     for (QTextBlock block = view.document()->begin(); block.isValid(); block = block.next()) {
         for (auto it = block.begin(); !it.atEnd(); ++it) {
-            if (it.fragment().charFormat().background().style() != Qt::NoBrush) {
+            const QTextCharFormat format = it.fragment().charFormat();
+            const bool isMark = format.hasProperty(QTextFormat::BackgroundBrush);
+            if (format.hasProperty(way) && isMark == (way == QTextFormat::BackgroundBrush)) {
                 marks.append(it.fragment().text());
             }
         }
@@ -53,7 +57,7 @@ QStringList marksIn(const CommandTextView &view)
 }
 } // namespace
 
-TEST(CommandTextView, IsCopiedAsItIsShown)
+TEST(CommandTextView, IsCopiedAndToldAsItIsShown)
 {
     const QString commands[] {
         u"ls"_s,
@@ -70,6 +74,7 @@ TEST(CommandTextView, IsCopiedAsItIsShown)
         u"x"_s.repeated(2000) + u"\n"_s,
         u"x"_s.repeated(2001) + u"\ny\n"_s,
         u"a\nb\u202E\n\nc\n"_s.repeated(900),
+        u"make:\n\tgo →\n   \tx\n"_s.repeated(200),
     };
     for (const QString &command : commands) {
         CommandTextView view;
@@ -78,6 +83,13 @@ TEST(CommandTextView, IsCopiedAsItIsShown)
             EXPECT_EQ(view.toPlainText(), QString());
         } else {
             EXPECT_EQ(copiedFrom(view), honestDisplay(command).text);
+            auto &told = *QAccessible::queryAccessibleInterface(&view)->textInterface();
+            EXPECT_EQ(told.text(0, told.characterCount()), honestDisplay(command).text);
+            const int last = told.characterCount() - 1;
+            told.setSelection(0, last, last + 1);
+            EXPECT_EQ(view.textCursor().position(), view.document()->characterCount() - 1);
+            view.copy();
+            EXPECT_EQ(QGuiApplication::clipboard()->text(), told.text(last, last + 1));
             EXPECT_EQ(QGuiApplication::clipboard()->mimeData()->formats(),
                       QStringList {u"text/plain"_s});
         }
@@ -96,6 +108,11 @@ TEST(CommandTextView, OnlyMarksStandOut)
     show(view, u"\u202E"_s.repeated(1000));
     EXPECT_EQ(marksIn(view).join(QString()), u"⟨U+202E⟩"_s.repeated(1000))
         << "also where a piece of the line ends within a mark";
+
+    show(view, u"x →\n  \ty → z\n"_s.repeated(50));
+    EXPECT_EQ(marksIn(view, QTextFormat::ForegroundBrush).join(QString()),
+              u"\u00A0\u00A0→\u00A0\u00A0\u00A0\u00A0\u00A0"_s.repeated(50))
+        << "a tab is faint, an arrow is not";
 }
 
 TEST(CommandTextView, ALongLineIsWrappedAnywhereAndReachesItsEnd)
@@ -113,6 +130,36 @@ TEST(CommandTextView, ALongLineIsWrappedAnywhereAndReachesItsEnd)
     view.resize(300, 112);
     ASSERT_TRUE(test::waitUntil([&] { return view.isWhole(); }));
     EXPECT_EQ(copiedFrom(view), u"x"_s.repeated(30'000)) << "broken anew for another width";
+}
+
+TEST(CommandTextView, FindsTheSizeInWhichAllIsInView)
+{
+    const QSize least(484, 100);
+    const QSize most(700, 420);
+    const struct {
+        QString command;
+        bool isWhole;
+    } rows[] {
+        {u"ls"_s, true},
+        {u"ls 한글\n"_s.repeated(12), true},
+        {u"x"_s.repeated(700), true},
+        {u"\tx\n"_s.repeated(15), true},
+        {u"x\n"_s.repeated(40), false},
+        {u"x"_s.repeated(5000), false},
+        {u"y"_s.repeated(1'000'000), false},
+    };
+    for (const auto &row : rows) {
+        CommandTextView view;
+        show(view, row.command);
+        const CommandFit fit = view.fit(least, most);
+        EXPECT_EQ(fit.isWhole, row.isWhole) << qPrintable(row.command.left(9));
+        EXPECT_EQ(fit.size.expandedTo(least).boundedTo(most), fit.size);
+        view.resize(fit.size);
+        EXPECT_TRUE(test::waitUntil([&] {
+            return view.isWhole() && view.isAllVisible() == row.isWhole;
+        })) << qPrintable(row.command.left(9));
+        EXPECT_EQ(test::waitUntil([&] { return view.isEndSeen(); }, 300), row.isWhole);
+    }
 }
 
 TEST(CommandTextView, AHugeCommandComesInWithoutHoldingTheLoopUp)

@@ -2,6 +2,8 @@
 #include "ui/desktop/CommandTextView.h"
 
 #include "model/HonestDisplay.h"
+#include "ui/desktop/CommandTextAccessible.h"
+#include "ui/desktop/CommandTextLayout.h"
 
 #include <QElapsedTimer>
 #include <QFontDatabase>
@@ -23,9 +25,6 @@ using namespace Qt::StringLiterals;
 
 namespace
 {
-/// Stands for a blank in the document: the layout lets a U+0020 at the end of a row vanish. It cannot be
-/// mistaken, because one in the command is shown as a mark.
-constexpr QChar blankCell(0x00A0);
 constexpr QChar markOpen(0x27E8);
 constexpr QChar markClose(0x27E9);
 /// The room at both sides of a row, in which the hook stands.
@@ -37,23 +36,12 @@ constexpr qsizetype longestBlock = 2000;
 constexpr qint64 firstPartMs = 15;
 constexpr qint64 laterPartMs = 8;
 /// From here on a command surely needs the scroll bar; having it from the start saves a second layout.
-constexpr qsizetype surelyScrolls = 4000;
+constexpr qsizetype surelyScrolls = 20'000;
 constexpr qreal commandPoints = 12;
 
 /// State of a block of the document that goes on with the line of the block before it.
 constexpr int continuesLine = 1;
 
-QTextOption wrapAnywhere()
-{
-    QTextOption option;
-    option.setWrapMode(QTextOption::WrapAnywhere);
-    return option;
-}
-
-QString asText(QString shown)
-{
-    return shown.replace(blankCell, u' ');
-}
 } // namespace
 
 QFont commandFont(qreal points)
@@ -79,6 +67,10 @@ CommandTextView::CommandTextView(QWidget *parent)
     // Readable on light and dark alike, so that marks need not follow the theme.
     m_markFormat.setBackground(QColor(0xff, 0xd5, 0x4a));
     m_markFormat.setForeground(QColor(0x1c, 0x1c, 0x1c));
+    m_faintFormat.setForeground(QColor(0x8c, 0x8c, 0x8c));
+    // The control would tell assistive technology of each piece that comes in.
+    disconnect(document(), &QTextDocument::contentsChange, nullptr, nullptr);
+    CommandTextAccessible::install();
     labelForAssistance();
 }
 
@@ -89,6 +81,8 @@ void CommandTextView::setCommand(const QString &command)
     m_text = shown.text;
     m_text.replace(u' ', blankCell);
     m_suspicious = shown.suspicious;
+    m_isEndSeen = false;
+    m_measured.reset();
     setVerticalScrollBarPolicy(m_text.size() > surelyScrolls ? Qt::ScrollBarAlwaysOn
                                                              : Qt::ScrollBarAsNeeded);
     reload();
@@ -99,13 +93,30 @@ bool CommandTextView::isAllVisible() const
     return isWhole() && verticalScrollBar()->maximum() == 0;
 }
 
+CommandFit CommandTextView::fit(QSize least, QSize most) const
+{
+    if (m_text.size() > surelyScrolls) {
+        return {most, false};
+    }
+    if (!m_measured || m_measured->least != least || m_measured->most != most) {
+        const int margin = frameWidth() + sideMargin;
+        const QSize around(2 * margin,
+                           2 * margin + 2); // the scroll bar goes when there is some to spare
+        CommandFit fit = fitCommand(m_text, font(), least - around, most - around,
+                                    verticalScrollBar()->sizeHint().width());
+        fit.size += around;
+        m_measured = Measured {least, most, fit};
+    }
+    return m_measured->fit;
+}
+
 void CommandTextView::reload()
 {
     clear();
     m_position = 0;
     m_pieceStartsLine = true;
     m_insideMark = false;
-    m_hasSplitLines = false;
+    m_seams.clear();
     m_loadedForWidth = viewport()->width();
     ++m_loadSerial;
     continueLoading(firstPartMs);
@@ -124,6 +135,9 @@ void CommandTextView::continueLoading(qint64 budgetMs)
     cursor.beginEditBlock();
     while (!isWhole() && !turn.hasExpired(budgetMs)) {
         if (m_position > 0) {
+            if (!m_pieceStartsLine) {
+                m_seams.push_back(cursor.position());
+            }
             cursor.insertBlock();
         }
         cursor.block().setUserState(m_pieceStartsLine ? -1 : continuesLine);
@@ -131,7 +145,6 @@ void CommandTextView::continueLoading(qint64 budgetMs)
         appendPiece(cursor, end);
         const bool endsAtLineFeed = end < m_text.size() && m_text[end] == u'\n';
         m_pieceStartsLine = endsAtLineFeed || end == m_text.size();
-        m_hasSplitLines = m_hasSplitLines || !m_pieceStartsLine;
         m_position = endsAtLineFeed ? end + 1 : end;
     }
     cursor.endEditBlock();
@@ -185,7 +198,23 @@ qsizetype CommandTextView::pieceEnd() const
 
 void CommandTextView::appendPiece(QTextCursor &cursor, qsizetype end)
 {
-    qsizetype at = m_position;
+    // Of an indentation, only tabs are drawn in another colour.
+    qsizetype done = m_position;
+    for (qsizetype line = m_pieceStartsLine ? m_position : nextLineStart(m_text, m_position);
+         line < end; line = nextLineStart(m_text, line)) {
+        const QStringView indentation = indentationAt(m_text, line);
+        if (indentation.contains(tabSign)) {
+            appendMarked(cursor, done, line);
+            cursor.insertText(indentation.toString(), m_faintFormat);
+            done = line + indentation.size();
+        }
+    }
+    appendMarked(cursor, done, end);
+}
+
+void CommandTextView::appendMarked(QTextCursor &cursor, qsizetype from, qsizetype end)
+{
+    qsizetype at = from;
     while (at < end) {
         const qsizetype edge = m_text.indexOf(m_insideMark ? markClose : markOpen, at);
         const bool isBeyond = edge < 0 || edge >= end;
@@ -201,22 +230,38 @@ void CommandTextView::appendPiece(QTextCursor &cursor, qsizetype end)
     }
 }
 
+QString CommandTextView::toldText(qsizetype from, qsizetype to) const
+{
+    return m_text.mid(from, to - from).replace(blankCell, u' ');
+}
+
+qsizetype CommandTextView::toldPosition(int inDocument) const
+{
+    return inDocument - (std::ranges::lower_bound(m_seams, inDocument) - m_seams.begin());
+}
+
+int CommandTextView::documentPosition(qsizetype told) const
+{
+    // The seam after n others stands n places further in the document than in what is told.
+    std::size_t before = 0;
+    std::size_t after = m_seams.size();
+    while (before < after) {
+        const std::size_t middle = (before + after) / 2;
+        if (m_seams[middle] - qsizetype(middle) <= told) {
+            before = middle + 1;
+        } else {
+            after = middle;
+        }
+    }
+    return int(told) + int(before);
+}
+
 QMimeData *CommandTextView::createMimeDataFromSelection() const
 {
     const QTextCursor selection = textCursor();
-    QString text;
-    for (QTextBlock block = document()->findBlock(selection.selectionStart());
-         block.isValid() && block.position() <= selection.selectionEnd(); block = block.next()) {
-        const qsizetype from = std::max(0, selection.selectionStart() - block.position());
-        const qsizetype to
-            = std::min(block.length() - 1, selection.selectionEnd() - block.position());
-        if (block.position() > selection.selectionStart() && block.userState() != continuesLine) {
-            text.append(u'\n');
-        }
-        text.append(QStringView(block.text()).mid(from, to - from));
-    }
     auto *plain = new QMimeData; // the caller takes it
-    plain->setText(asText(text));
+    plain->setText(
+        toldText(toldPosition(selection.selectionStart()), toldPosition(selection.selectionEnd())));
     return plain;
 }
 
@@ -225,6 +270,8 @@ void CommandTextView::changeEvent(QEvent *event)
     QPlainTextEdit::changeEvent(event);
     if (event->type() == QEvent::LanguageChange) {
         labelForAssistance();
+    } else if (event->type() == QEvent::FontChange) {
+        m_measured.reset();
     }
 }
 
@@ -257,7 +304,7 @@ void CommandTextView::mousePressEvent(QMouseEvent *event)
 void CommandTextView::resizeEvent(QResizeEvent *event)
 {
     QPlainTextEdit::resizeEvent(event);
-    const bool isOutOfDate = m_hasSplitLines && viewport()->width() != m_loadedForWidth;
+    const bool isOutOfDate = !m_seams.empty() && viewport()->width() != m_loadedForWidth;
     if (isOutOfDate || !isWhole()) {
         reload();
     }
@@ -268,23 +315,33 @@ void CommandTextView::paintEvent(QPaintEvent *event)
     QPlainTextEdit::paintEvent(event);
     QPainter painter(viewport());
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(palette().color(QPalette::PlaceholderText), 1));
     painter.setFont(font());
     QPointF offset = contentOffset();
-    for (QTextBlock block = firstVisibleBlock(); block.isValid(); block = block.next()) {
-        if (offset.y() > event->rect().bottom()) {
-            break;
+    bool endsInView = false;
+    for (QTextBlock block = firstVisibleBlock();
+         block.isValid() && offset.y() <= viewport()->height(); block = block.next()) {
+        if (offset.y() <= event->rect().bottom()) {
+            paintRowSigns(painter, block, offset);
         }
-        paintRowSigns(painter, block, offset);
         offset.ry() += blockBoundingRect(block).height();
+        endsInView = !block.next().isValid() && offset.y() - sideMargin <= viewport()->height() + 1;
+    }
+    if (!m_isEndSeen && isWhole() && endsInView) {
+        m_isEndSeen = true;
+        QMetaObject::invokeMethod(this, &CommandTextView::endSeen, Qt::QueuedConnection);
     }
 }
 
 void CommandTextView::paintRowSigns(QPainter &painter, const QTextBlock &block,
                                     QPointF blockTopLeft) const
 {
+    const QColor ink = palette().color(QPalette::PlaceholderText);
+    painter.setPen(QPen(ink, 1));
+    painter.setBrush(Qt::NoBrush);
     const QTextLayout &layout = *block.layout();
     const QString text = block.text();
+    const QList<int> blanks
+        = block.userState() == continuesLine ? QList<int>() : blanksOfIndentation(text);
     for (int i = 0; i < layout.lineCount(); ++i) {
         const QTextLine row = layout.lineAt(i);
         const QPointF topLeft = blockTopLeft + row.position();
@@ -299,12 +356,16 @@ void CommandTextView::paintRowSigns(QPainter &painter, const QTextBlock &block,
             painter.drawLine(QPointF(x + 5, y + 3), QPointF(x + 3, y + 5));
         }
         const auto dot = [&](int position) {
-            if (position >= 0 && position < text.size() && text[position] == blankCell) {
+            const int inRow = position - row.textStart();
+            if (inRow >= 0 && inRow < row.textLength() && text[position] == blankCell) {
                 const qreal x = (row.cursorToX(position) + row.cursorToX(position + 1)) / 2;
                 painter.drawEllipse(QPointF(blockTopLeft.x() + x, topLeft.y() + row.height() / 2),
                                     0.8, 0.8);
             }
         };
+        for (const int blank : blanks) {
+            dot(blank);
+        }
         if (goesOnFromAbove) {
             dot(row.textStart());
         }
