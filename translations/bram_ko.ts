@@ -1699,6 +1699,10 @@ Security Critical: %4</source>
         <source>This request was decided elsewhere.</source>
         <translation>이 요청은 다른 곳에서 결정되었습니다.</translation>
     </message>
+    <message>
+        <source>Scroll to the end to allow</source>
+        <translation>끝까지 스크롤해야 승인할 수 있습니다</translation>
+    </message>
 </context>
 <context>
     <name>bram::CommandTextView</name>

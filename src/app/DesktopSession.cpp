@@ -47,6 +47,7 @@ MonitorPorts DesktopSession::ports()
 
 void DesktopSession::start(Core &core, OperatorChat *practiceChat)
 {
+    m_popup.followAllowPartlyShown(core.allowPartlyShown());
     m_prompts = std::make_unique<DesktopPrompts>(core.preferences(), m_opener);
     if (core.places().autostart) {
         m_loginStart.emplace(*core.places().autostart);

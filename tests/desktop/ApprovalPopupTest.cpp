@@ -1,10 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "PopupFixture.h"
 
+#include "config/StoredSwitch.h"
 #include "monitor/ApprovalBoard.h"
+#include "system/Preferences.h"
 
 #include <QAccessible>
 #include <QScreen>
+#include <QScrollBar>
+#include <QTemporaryDir>
 #include <QTranslator>
 
 namespace bram
@@ -78,6 +82,69 @@ TEST_F(Popup, SaysThatThereIsMoreToReadOnlyWhenThereIs)
     EXPECT_THAT(words(), DoesNotSay(u"↓"));
     presentArmed(u"c"_s, u"ls\n"_s.repeated(30));
     EXPECT_THAT(words(), Says(u"↓ 31 lines"));
+}
+
+TEST_F(Popup, GrowsWithTheCommandAndAllowsOnlyAfterItsEndHasBeenInView)
+{
+    const QString lines = u"echo something harmless\n"_s;
+    presentArmed(u"a"_s, lines.repeated(14) + u"find ~ -delete"_s);
+    const QSize room = window().screen()->availableGeometry().size() * 0.6;
+    EXPECT_TRUE(view().commandView().isAllVisible());
+    EXPECT_GT(window().height(), 220);
+    EXPECT_LE(window().height(), room.height());
+    EXPECT_TRUE(button(ApprovalDecision::AllowOnce).isEnabled());
+    presentArmed(u"b"_s, u"wide; "_s.repeated(100));
+    EXPECT_TRUE(view().commandView().isAllVisible());
+    EXPECT_GT(window().width(), 500);
+    presentArmed(u"c"_s, u"ls"_s);
+    EXPECT_EQ(window().size(), QSize(500, 220));
+
+    const QString command = lines.repeated(60) + u"find ~ -delete"_s;
+    auto &scrollBar = *view().commandView().verticalScrollBar();
+    const std::function<void()> ways[] {
+        [&] { key(Qt::Key_End, Qt::ControlModifier); },
+        [&] { scrollBar.setValue(scrollBar.maximum()); },
+        [&] {
+            QWheelEvent turn({10, 10}, {}, {}, {0, -12'000}, Qt::NoButton, {}, Qt::NoScrollPhase,
+                             false);
+            QCoreApplication::sendEvent(view().commandView().viewport(), &turn);
+        },
+    };
+    for (const auto &scrollToEnd : ways) {
+        presentArmed(u"other"_s);
+        presentArmed(u"d"_s, command);
+        EXPECT_LE(window().height(), room.height());
+        EXPECT_THAT(words(), Says(u"Scroll to the end to allow"));
+        EXPECT_THAT(words(), Says(u"↓ 61 lines"));
+        scrollBar.setValue(scrollBar.maximum() - 3);
+        (void)handsRest();
+        for (const auto decision : {ApprovalDecision::AllowOnce, ApprovalDecision::AllowAlways}) {
+            EXPECT_FALSE(button(decision).isEnabled());
+            click(button(decision));
+        }
+        key(Qt::Key_O, shortcutKeys);
+        key(Qt::Key_A, shortcutKeys);
+        EXPECT_THAT(answers, IsEmpty());
+        scrollToEnd();
+        ASSERT_TRUE(
+            test::waitUntil([&] { return button(ApprovalDecision::AllowAlways).isEnabled(); }));
+        EXPECT_THAT(words(), DoesNotSay(u"Scroll to the end"));
+        EXPECT_THAT(words(), DoesNotSay(u"↓"));
+    }
+    presentArmed(u"d"_s, u"true\n"_s + command);
+    EXPECT_FALSE(button(ApprovalDecision::AllowOnce).isEnabled()) << "another form was read";
+    key(Qt::Key_D, shortcutKeys);
+    EXPECT_THAT(answers, ElementsAre(u"d deny"_s));
+
+    QTemporaryDir folder;
+    Preferences preferences(folder.filePath(u"preferences"_s));
+    StoredSwitch allowPartlyShown(preferences, allowPartlyShownKey);
+    popup.followAllowPartlyShown(allowPartlyShown);
+    presentArmed(u"e"_s, command);
+    allowPartlyShown.setOn(true);
+    EXPECT_THAT(words(), DoesNotSay(u"Scroll to the end"));
+    key(Qt::Key_O, shortcutKeys);
+    EXPECT_EQ(answers.last(), u"e allow-once");
 }
 
 TEST_F(Popup, SaysWhyAnAlwaysAllowedCommandIsAsked)
@@ -313,7 +380,7 @@ TEST_F(Popup, TakesTheKeyboardAndGivesItBack)
     EXPECT_TRUE(test::waitUntil([&] { return other.isActiveWindow(); }));
 }
 
-TEST_F(Popup, AppearsInTheMiddleOfTheScreenWithThePointer)
+TEST_F(Popup, AppearsOnTheScreenWithThePointerBesideNotifications)
 {
     const auto screens = QGuiApplication::screens();
     ASSERT_EQ(screens.size(), 2);
@@ -323,8 +390,15 @@ TEST_F(Popup, AppearsInTheMiddleOfTheScreenWithThePointer)
             xdotool({u"mousemove"_s, QString::number(corner.x()), QString::number(corner.y())}));
         present(u"a"_s);
         ASSERT_TRUE(isActive());
-        const QPoint off = window().frameGeometry().center() - screen->availableGeometry().center();
-        EXPECT_LE(off.manhattanLength(), 40) << "but for the frame";
+        const QRect area = screen->availableGeometry();
+        const QRect frame = window().frameGeometry();
+        EXPECT_LE(std::abs(frame.center().y() - area.center().y()), 30) << "but for the frame";
+        EXPECT_LE(frame.right(), area.right() - 410);
+        EXPECT_GE(frame.left(), area.left());
+        present(u"b"_s, u"a long line; "_s.repeated(1000));
+        EXPECT_TRUE(test::waitUntil([&] { return window().width() > 500; }));
+        EXPECT_LE(window().frameGeometry().right(), area.right() - 410);
+        EXPECT_TRUE(area.contains(window().frameGeometry()));
         popup.dismiss();
         ASSERT_TRUE(test::waitUntil([&] { return !window().isVisible(); }));
     }

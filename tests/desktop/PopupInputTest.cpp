@@ -21,6 +21,8 @@ TEST_F(Popup, ReturnAndSpaceDecideOnlyOnAButtonThatWasGivenTheFocus)
 
     key(Qt::Key_Tab);
     EXPECT_TRUE(button(ApprovalDecision::Deny).hasFocus()) << "what does no harm comes first";
+    EXPECT_TRUE(button(ApprovalDecision::Deny).isResting()) << "looks as it behaves";
+    EXPECT_TRUE(test::waitUntil([&] { return !button(ApprovalDecision::Deny).isResting(); }));
     key(Qt::Key_X);
     EXPECT_FALSE(isArmed()) << "somebody is writing";
     key(Qt::Key_Space);
@@ -95,6 +97,36 @@ TEST_F(Popup, IsNotClosedUnseen)
     ASSERT_TRUE(xdotool(toClose + QStringList {u"click"_s, u"1"_s}));
     ASSERT_TRUE(test::waitUntil([&] { return !window().isVisible(); }));
     EXPECT_EQ(answers.last(), u"c nothing");
+}
+
+TEST_F(Popup, IsClosedAtOnceOnceItHasBeenOnTheScreenForAMoment)
+{
+    popup.present(item(u"a"_s), [this](std::optional<ApprovalDecision> decision) {
+        answers.append(decision ? u"decided"_s : u"a nothing"_s);
+        present(u"b"_s);
+    });
+    ASSERT_TRUE(isActive());
+    for (int i = 0; i < 3; ++i) {
+        key(Qt::Key_Escape);
+        key(Qt::Key_X);
+        EXPECT_EQ(shownId(), u"a");
+        QTest::qWait(240);
+    }
+    EXPECT_FALSE(isArmed());
+    key(Qt::Key_Escape);
+    key(Qt::Key_Escape);
+    EXPECT_EQ(shownId(), u"b") << "the second one comes too early for the next request";
+    EXPECT_THAT(answers, ElementsAre(u"a nothing"_s));
+
+    QWidget other;
+    other.setGeometry(0, 0, 200, 100);
+    other.show();
+    other.activateWindow();
+    ASSERT_TRUE(test::waitUntil([&] { return other.isActiveWindow(); }));
+    ASSERT_TRUE(handsRest());
+    window().close(); // as a panel does it
+    EXPECT_FALSE(window().isVisible());
+    EXPECT_THAT(answers, ElementsAre(u"a nothing"_s, u"b nothing"_s));
 }
 
 TEST_F(Popup, RealInputOnARealScreen)

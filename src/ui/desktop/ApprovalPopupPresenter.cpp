@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ui/desktop/ApprovalPopupPresenter.h"
 
+#include "config/StoredSwitch.h"
 #include "system/Clock.h"
 #include "ui/desktop/ApprovalPopupView.h"
 #include "ui/desktop/ApprovalPopupWindow.h"
@@ -20,17 +21,23 @@ using namespace std::chrono_literals;
 
 constexpr QSize contentSize(500, 220);
 constexpr auto outcomeMoment = 1500ms;
+constexpr auto activationMoment = 500ms;
 } // namespace
 
 ApprovalPopupPresenter::ApprovalPopupPresenter(const Clock &clock)
     : m_clock(clock)
 {
-    for (QTimer *timer : {&m_moment, &m_closing, &m_secondHand}) {
+    for (QTimer *timer : {&m_moment, &m_closing, &m_secondHand, &m_activation}) {
         timer->setSingleShot(true);
     }
     connect(&m_moment, &QTimer::timeout, this, &ApprovalPopupPresenter::showHeldOrHide);
     connect(&m_closing, &QTimer::timeout, this, &ApprovalPopupPresenter::showHeldOrHide);
     connect(&m_secondHand, &QTimer::timeout, this, &ApprovalPopupPresenter::updateTimeLeft);
+    connect(&m_activation, &QTimer::timeout, this, [this] {
+        if (!m_window->isActiveWindow()) {
+            updateAnswering();
+        }
+    });
 }
 
 ApprovalPopupPresenter::~ApprovalPopupPresenter() = default;
@@ -45,23 +52,14 @@ void ApprovalPopupPresenter::build()
                                 m_window.get());
     m_window->setContent(m_view);
     m_view->setWaitingCount(m_waitingCount);
+    m_view->setAllowsPartlyShown(m_allowsPartlyShown);
     m_watch = std::make_unique<ArmingWatch>(*m_window);
-    // What was meant for another window, be it Escape, Alt+F4 or the second click of a double click, must
-    // not make the question vanish unseen.
-    connect(m_window.get(), &ApprovalPopupWindow::closeRequested, this, [this] {
-        // The window manager does not say who wants it. A popup that does not have the keyboard is given
-        // it by the very click that closes it, so there the time on the screen counts.
-        if (mayClose()
-            || (m_window->isPointerOnFrame()
-                && m_shownSince.hasExpired(ArmingGuard::stillnessMs))) {
-            closeUndecided();
-        }
-    });
-    connect(m_window.get(), &ApprovalPopupWindow::escapePressed, this, [this] {
-        if (mayClose()) {
-            closeUndecided();
-        }
-    });
+    connect(m_window.get(), &ApprovalPopupWindow::closeRequested, this,
+            &ApprovalPopupPresenter::closeIfSeen);
+    connect(m_window.get(), &ApprovalPopupWindow::escapePressed, this,
+            &ApprovalPopupPresenter::closeIfSeen);
+    connect(m_watch.get(), &ArmingWatch::keysAnswerChanged, this,
+            [this] { m_view->setKeysAnswer(m_watch->keysAnswer()); });
     connect(m_watch.get(), &ArmingWatch::stateChanged, this,
             &ApprovalPopupPresenter::updateAnswering);
     connect(m_watch.get(), &ArmingWatch::released, this, [this] {
@@ -73,7 +71,7 @@ void ApprovalPopupPresenter::build()
             [this] { m_watch->setReady(m_view->commandView().isWhole()); });
     connect(m_view, &ApprovalPopupView::contentChanged, this, [this] {
         if (m_shown) {
-            m_window->setFixedSize(fittingSize());
+            m_window->setContentSize(fittingSize());
         }
     });
 }
@@ -143,6 +141,18 @@ void ApprovalPopupPresenter::setAskReasons(
     m_askReasons = std::move(reasons);
 }
 
+void ApprovalPopupPresenter::followAllowPartlyShown(const StoredSwitch &allowPartlyShown)
+{
+    const auto take = [this](bool isOn) {
+        m_allowsPartlyShown = isOn;
+        if (m_view != nullptr) {
+            m_view->setAllowsPartlyShown(isOn);
+        }
+    };
+    connect(&allowPartlyShown, &StoredSwitch::changed, this, take);
+    take(allowPartlyShown.isOn());
+}
+
 void ApprovalPopupPresenter::setWaitingCount(qsizetype count)
 {
     m_waitingCount = count;
@@ -165,8 +175,9 @@ void ApprovalPopupPresenter::showNow(Presentation presentation)
     updateTimeLeft();
     m_window->showInFront(fittingSize());
     m_watch->setReady(m_view->commandView().isWhole());
-    m_watch->restart();
     m_shownSince.start();
+    m_watch->restart();
+    m_activation.start(activationMoment);
     updateAnswering();
 }
 
@@ -184,20 +195,26 @@ void ApprovalPopupPresenter::showHeldOrHide()
 void ApprovalPopupPresenter::hide()
 {
     m_secondHand.stop();
+    m_activation.stop();
     m_shown.reset();
     m_window->hide();
 }
 
 void ApprovalPopupPresenter::decide(ApprovalDecision decision)
 {
-    if (m_shown && m_shown->completion && m_watch->isArmed()) {
+    const bool counts = decision == ApprovalDecision::Deny || m_view->mayAllow();
+    if (m_shown && m_shown->completion && m_watch->isArmed() && counts) {
         complete(decision);
     }
 }
 
-bool ApprovalPopupPresenter::mayClose() const
+/// What was meant for another window, be it Escape, Alt+F4 or the second click of a double click, must not
+/// make the question vanish unseen.
+void ApprovalPopupPresenter::closeIfSeen()
 {
-    return m_watch->isArmed() || showsMoment();
+    if (showsMoment() || m_watch->isArmed() || m_shownSince.elapsed() >= ArmingGuard::stillnessMs) {
+        closeUndecided();
+    }
 }
 
 void ApprovalPopupPresenter::closeUndecided()
@@ -236,10 +253,11 @@ void ApprovalPopupPresenter::updateAnswering()
         m_view->setAnswering(Answering::Off);
         return;
     }
-    m_view->setAnswering(m_watch->isArmed()               ? Answering::On
-                             : m_watch->isArming()        ? Answering::Arming
-                             : m_window->isActiveWindow() ? Answering::Off
-                                                          : Answering::NeedsActivation);
+    m_view->setAnswering(m_watch->isArmed()        ? Answering::On
+                             : m_watch->isArming() ? Answering::Arming
+                             : m_window->isActiveWindow() || m_activation.isActive()
+                             ? Answering::Off
+                             : Answering::NeedsActivation);
 }
 
 void ApprovalPopupPresenter::updateTimeLeft()
@@ -256,9 +274,9 @@ void ApprovalPopupPresenter::updateTimeLeft()
     }
 }
 
-QSize ApprovalPopupPresenter::fittingSize() const
+QSize ApprovalPopupPresenter::fittingSize()
 {
-    return m_view->fittingSize(contentSize);
+    return m_view->fit(contentSize, m_window->roomForContent());
 }
 
 } // namespace bram

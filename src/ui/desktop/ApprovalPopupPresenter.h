@@ -20,11 +20,14 @@ class ApprovalPopupView;
 class ApprovalPopupWindow;
 class ArmingWatch;
 class Clock;
+class StoredSwitch;
 
 /// The popup: shows one request at a time and calls back with what the person decides, or with nothing when
 /// they close it. The window is made when it is first needed, and used again.
 ///
-/// Buttons and shortcuts answer only while armed (see `ArmingGuard`). What is shown never changes under a
+/// Buttons and shortcuts answer only while armed (see `ArmingGuard`), and allow only after the end of the
+/// command has been in view. Closing needs neither, only that the request has been on the screen for a
+/// moment: it decides nothing. What is shown never changes under a
 /// mouse button that is held down: what comes then is shown after its release, and the older one can no
 /// longer be answered. Main thread.
 class ApprovalPopupPresenter final : public QObject, public ApprovalPopup
@@ -50,6 +53,9 @@ public:
     /// Whom to ask why a person is asked about a request.
     void setAskReasons(std::function<AskReason(const QString &approvalId)> reasons);
 
+    /// While it is on, a command is also allowed whose end has not been in view. Outlives the presenter.
+    void followAllowPartlyShown(const StoredSwitch &allowPartlyShown);
+
     /// How many requests wait beside the one that is shown.
     void setWaitingCount(qsizetype count);
 
@@ -64,14 +70,14 @@ private:
     void showHeldOrHide();
     void hide();
     void decide(ApprovalDecision decision);
-    bool mayClose() const;
+    void closeIfSeen();
     void closeUndecided();
     void complete(std::optional<ApprovalDecision> decision);
     void withdrawCompletion();
     void updateAnswering();
     void updateTimeLeft();
     bool showsMoment() const { return m_moment.isActive(); }
-    QSize fittingSize() const;
+    QSize fittingSize();
 
     const Clock &m_clock;
     std::function<AskReason(const QString &)> m_askReasons;
@@ -84,10 +90,12 @@ private:
     bool m_isStopped = false;
     quint64 m_presentCount = 0;
     qsizetype m_waitingCount = 0;
+    bool m_allowsPartlyShown = false;
     QTimer m_moment; ///< runs while the window says what became of a request
     QTimer
         m_closing; ///< runs from a dismissal to the next turn, when the window is changed or hidden
     QTimer m_secondHand;
+    QTimer m_activation; ///< runs while the window may yet be given the keyboard
 };
 
 } // namespace bram

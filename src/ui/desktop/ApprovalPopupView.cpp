@@ -83,8 +83,13 @@ ApprovalPopupView::ApprovalPopupView(Actions actions, QWidget *parent)
     m_arming->setStartValue(0.0);
     m_arming->setEndValue(1.0);
     connect(m_command, &CommandTextView::wholeChanged, this, [this] { relabelLength(); });
+    connect(m_command, &CommandTextView::endSeen, this, [this] {
+        relabelLength();
+        enableButtons();
+        relabelHint();
+    });
     connect(m_command->verticalScrollBar(), &QScrollBar::rangeChanged, this, [this] {
-        if (m_command->isAllVisible() == m_length->font().bold()) {
+        if (isEndAwaited() != m_length->font().bold()) {
             relabelLength();
         }
     });
@@ -120,6 +125,9 @@ void ApprovalPopupView::build()
     m_command->setMinimumHeight(leastCommandRows * QFontMetrics(m_command->font()).height()
                                 + 2 * spacing);
     column->addWidget(m_command, 1);
+
+    m_hint = addLabel<QLabel>(column, textPoints);
+    m_hint->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
 
     auto *foot = new QHBoxLayout;
     foot->setSpacing(spacing);
@@ -165,6 +173,8 @@ void ApprovalPopupView::setItem(const ApprovalItem &item, Occasion occasion, Ask
     m_reason = reason;
     m_outcome.reset();
     m_leftMs.reset();
+    m_needsScrolling = false;
+    m_hint->hide();
     m_command->setCommand(item.command);
     m_command->setFocus();
     relabel();
@@ -202,19 +212,44 @@ void ApprovalPopupView::setWaitingCount(qsizetype count)
 void ApprovalPopupView::setAnswering(Answering answering)
 {
     m_answering = answering;
-    const bool isOn = answering == Answering::On;
-    for (auto *button : {m_allowOnce, m_allowAlways, m_deny}) {
-        if (!isOn && button->hasFocus()) {
-            m_command->setFocus(); // before the focus moves on to another button by itself
-        }
-        button->setEnabled(isOn);
-    }
+    enableButtons();
     m_arming->stop();
-    setArmingProgress(isOn ? 1 : 0);
+    setArmingProgress(answering == Answering::On ? 1 : 0);
     if (answering == Answering::Arming) {
         m_arming->start();
     }
+    relabelHint();
     relabelState();
+}
+
+void ApprovalPopupView::enableButtons()
+{
+    for (auto *button : {m_allowOnce, m_allowAlways, m_deny}) {
+        const bool answers = m_answering == Answering::On && (button == m_deny || mayAllow());
+        if (!answers && button->hasFocus()) {
+            m_command->setFocus(); // before the focus moves on to another button by itself
+        }
+        button->setEnabled(answers);
+    }
+}
+
+void ApprovalPopupView::setKeysAnswer(bool keysAnswer)
+{
+    for (auto *button : {m_allowOnce, m_allowAlways, m_deny}) {
+        button->setKeysAnswer(keysAnswer);
+    }
+}
+
+bool ApprovalPopupView::mayAllow() const
+{
+    return m_command->isEndSeen() || m_allowsPartlyShown;
+}
+
+void ApprovalPopupView::setAllowsPartlyShown(bool allows)
+{
+    m_allowsPartlyShown = allows;
+    enableButtons();
+    relabelHint();
 }
 
 void ApprovalPopupView::setArmingProgress(qreal progress)
@@ -223,12 +258,27 @@ void ApprovalPopupView::setArmingProgress(qreal progress)
     update(0, m_allowOnce->y() - spacing, width(), spacing);
 }
 
-QSize ApprovalPopupView::fittingSize(QSize least) const
+QSize ApprovalPopupView::fit(QSize least, QSize most)
+{
+    const QSize smallest = leastSize(least);
+    const QSize around(2 * spacing, leastHeight(smallest.width()) - m_command->minimumHeight());
+    const CommandFit command
+        = m_command->fit(smallest - around, most.expandedTo(smallest) - around);
+    m_needsScrolling = !command.isWhole;
+    relabelHint();
+    return (command.size + around).expandedTo(leastSize(least));
+}
+
+int ApprovalPopupView::leastHeight(int width) const
+{
+    return layout()->hasHeightForWidth() ? layout()->minimumHeightForWidth(width)
+                                         : layout()->totalMinimumSize().height();
+}
+
+QSize ApprovalPopupView::leastSize(QSize least) const
 {
     const int width = std::max(least.width(), layout()->totalMinimumSize().width());
-    const int height = layout()->hasHeightForWidth() ? layout()->minimumHeightForWidth(width)
-                                                     : layout()->totalMinimumSize().height();
-    return {width, std::max(least.height(), height)};
+    return {width, std::max(least.height(), leastHeight(width))};
 }
 
 void ApprovalPopupView::changeEvent(QEvent *event)
@@ -266,6 +316,7 @@ void ApprovalPopupView::relabel()
     m_deny->setGloss(tr("Deny"));
     relabelNotices();
     relabelLength();
+    relabelHint();
     relabelState();
 }
 
@@ -292,6 +343,11 @@ void ApprovalPopupView::relabelNotices()
                                                 : m_risk->text() + u' ' + m_notices->text());
 }
 
+bool ApprovalPopupView::isEndAwaited() const
+{
+    return !m_command->isAllVisible() && !m_command->isEndSeen();
+}
+
 void ApprovalPopupView::relabelLength()
 {
     const qsizetype lines = m_item.command.count(u'\n') + 1;
@@ -300,12 +356,12 @@ void ApprovalPopupView::relabelLength()
         = characters == 1 ? tr("1 character") : tr("%L1 characters").arg(characters);
     const QString text
         = lines == 1 ? charactersText : tr("%L1 lines").arg(lines) + u'\n' + charactersText;
-    const bool isHidden = !m_command->isAllVisible();
-    m_length->setText(isHidden ? u"↓ "_s + text : text);
+    const bool isAwaited = isEndAwaited();
+    m_length->setText(isAwaited ? u"↓ "_s + text : text);
     QFont font = m_length->font();
-    font.setBold(isHidden);
+    font.setBold(isAwaited);
     m_length->setFont(font);
-    m_length->setToolTip(isHidden ? tr("Scroll to read all of the command.") : QString());
+    m_length->setToolTip(isAwaited ? tr("Scroll to read all of the command.") : QString());
 }
 
 void ApprovalPopupView::relabelState()
@@ -314,17 +370,29 @@ void ApprovalPopupView::relabelState()
     if (m_leftMs) {
         expiry = *m_leftMs > 0 ? tr("expires in %1").arg(clockText(*m_leftMs)) : tr("expired");
     }
-    QString state;
-    if (m_answering == Answering::NeedsActivation) {
-        state = tr("Click here first");
-    } else if (m_waitingCount > 0) {
-        state = tr("%L1 more waiting").arg(m_waitingCount);
-    }
+    const QString state
+        = m_waitingCount > 0 ? tr("%L1 more waiting").arg(m_waitingCount) : QString();
     m_expiry->setWholeText(expiry);
     m_expiry->setVisible(!expiry.isEmpty());
     m_state->setWholeText(state);
     m_state->setVisible(!state.isEmpty());
     Q_EMIT contentChanged();
+}
+
+/// What the person has to do before the buttons answer.
+void ApprovalPopupView::relabelHint()
+{
+    QString hint;
+    if (m_answering == Answering::NeedsActivation) {
+        hint = tr("Click here first");
+    } else if (!m_outcome && !mayAllow() && (m_needsScrolling || m_answering == Answering::On)) {
+        hint = tr("Scroll to the end to allow");
+    }
+    if (!hint.isEmpty()) {
+        m_hint->show();
+    }
+    m_hint->setText(hint.isEmpty() ? u" "_s
+                                   : hint); // the room stays: nothing moves under the pointer
 }
 
 void ApprovalPopupView::recolour()
@@ -340,6 +408,7 @@ void ApprovalPopupView::recolour()
     notice.setColor(QPalette::WindowText, warningColour(palette()));
     m_notices->setPalette(notice);
     m_notices->setFont(bold);
+    m_hint->setFont(withPoints(bold, textPoints));
 }
 
 QString ApprovalPopupView::outcomeText() const

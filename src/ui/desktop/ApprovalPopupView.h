@@ -56,13 +56,21 @@ public:
     };
     void setAnswering(Answering answering);
 
-    /// The size at which nothing is cut off, at least `least`.
-    QSize fittingSize(QSize least) const;
+    /// While the focus is new where it is, a button that has it looks as it behaves: it does not answer.
+    void setKeysAnswer(bool keysAnswer);
+
+    /// Whether the command may be allowed: its end has been in view, or that is not asked for.
+    bool mayAllow() const;
+    void setAllowsPartlyShown(bool allows);
+
+    /// The size in which to show all of it, from `least` to `most`; more only where the words around the
+    /// command need it.
+    QSize fit(QSize least, QSize most);
 
     CommandTextView &commandView() const { return *m_command; }
 
 Q_SIGNALS:
-    /// Its `fittingSize` may have changed.
+    /// The size that fits may have changed.
     void contentChanged();
 
 protected:
@@ -81,6 +89,11 @@ private:
     void relabelNotices();
     void relabelLength();
     void relabelState();
+    void relabelHint();
+    bool isEndAwaited() const;
+    void enableButtons();
+    int leastHeight(int width) const;
+    QSize leastSize(QSize least) const;
     void recolour();
     void announce();
     QString outcomeText() const;
@@ -94,6 +107,8 @@ private:
     std::optional<qint64> m_leftMs;
     qsizetype m_waitingCount = 0;
     Answering m_answering = Answering::Off;
+    bool m_allowsPartlyShown = false;
+    bool m_needsScrolling = false; ///< the screen has no room for all of the command
     qreal m_armingProgress = 0;
 
     ElidedLabel *m_id = nullptr;
@@ -101,6 +116,7 @@ private:
     QLabel *m_risk = nullptr;
     QLabel *m_notices = nullptr;
     CommandTextView *m_command = nullptr;
+    QLabel *m_hint = nullptr; ///< takes room from when it is needed, until the next request
     ElidedLabel *m_agent = nullptr;
     ElidedLabel *m_expiry = nullptr;
     ElidedLabel *m_state = nullptr;

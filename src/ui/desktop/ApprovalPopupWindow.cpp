@@ -9,10 +9,25 @@
 #include <QVBoxLayout>
 #include <QWindow>
 
+#include <algorithm>
+
 namespace bram
 {
 
 using namespace Qt::StringLiterals;
+
+namespace
+{
+constexpr qreal mostOfScreen = 0.6;
+/// Desktops show notifications in a corner, one below the other, most of them at the right. So wide a column
+/// there is left to them, where the screen has room enough beside it.
+constexpr int notificationColumn = 420;
+
+int clearWidth(const QRect &area)
+{
+    return area.width() - notificationColumn;
+}
+} // namespace
 
 ApprovalPopupWindow::ApprovalPopupWindow()
     : QWidget(nullptr,
@@ -32,30 +47,61 @@ void ApprovalPopupWindow::setContent(QWidget *content)
 
 void ApprovalPopupWindow::showInFront(QSize contentSize)
 {
-    setFixedSize(contentSize);
-    if (!isVisible()) {
+    if (isVisible()) {
+        setContentSize(contentSize);
+    } else {
+        setFixedSize(contentSize);
         // A window that is hidden and soon shown again is never told that it has the keyboard; and its old
         // place and desktop are no good any more.
         if (windowHandle() != nullptr) {
             windowHandle()->destroy();
         }
-        const QScreen *screen = QGuiApplication::screenAt(QCursor::pos());
-        if (screen == nullptr) {
-            screen = QGuiApplication::primaryScreen();
-        }
-        if (screen != nullptr) {
-            move(screen->availableGeometry().center() - rect().center());
-        }
+        const QRect area = this->area();
+        const QPoint middle = area.center() - rect().center();
+        const int mostLeft = std::max(area.left(), area.left() + clearWidth(area) - width());
+        move(std::min(middle.x(), mostLeft), middle.y());
         show();
     }
     raise();
     activateWindow();
 }
 
-bool ApprovalPopupWindow::isPointerOnFrame() const
+void ApprovalPopupWindow::setContentSize(QSize contentSize)
 {
-    const QPoint at = QCursor::pos();
-    return frameGeometry().contains(at) && !geometry().contains(at);
+    if (contentSize == size()) {
+        return;
+    }
+    const QRect area = this->area();
+    const bool wasClear = geometry().right() <= area.left() + clearWidth(area);
+    setFixedSize(contentSize);
+    const QSize whole = frameGeometry().size();
+    const QSize room(wasClear ? clearWidth(area) : area.width(), area.height());
+    const auto kept = [](int at, int length, int first, int room) {
+        return std::max(first, std::min(at, first + room - length));
+    };
+    const QPoint place(kept(x(), whole.width(), area.left(), room.width()),
+                       kept(y(), whole.height(), area.top(), room.height()));
+    if (isVisible() && place != pos()) {
+        move(place);
+    }
+}
+
+QSize ApprovalPopupWindow::roomForContent() const
+{
+    const QRect area = this->area();
+    const QSize share = area.size() * mostOfScreen;
+    return {std::min(share.width(), clearWidth(area)), share.height()};
+}
+
+/// The part of a screen that windows may take.
+QRect ApprovalPopupWindow::area() const
+{
+    const QScreen *screen
+        = isVisible() ? this->screen() : QGuiApplication::screenAt(QCursor::pos());
+    if (screen == nullptr) {
+        screen = QGuiApplication::primaryScreen();
+    }
+    return screen != nullptr ? screen->availableGeometry() : rect();
 }
 
 void ApprovalPopupWindow::closeEvent(QCloseEvent *event)

@@ -46,10 +46,15 @@ ArmingWatch::ArmingWatch(QWidget &window)
         m_armedAtMs = -1;
         update(m_elapsed.elapsed());
     });
+    m_focusTimer.setSingleShot(true);
+    m_focusTimer.setTimerType(Qt::PreciseTimer);
+    m_focusTimer.setInterval(int(ArmingGuard::stillnessMs));
+    connect(&m_focusTimer, &QTimer::timeout, this, &ArmingWatch::keysAnswerChanged);
     window.installEventFilter(this);
     connect(qApp, &QApplication::focusChanged, this, [this](const QWidget *, const QWidget *now) {
         if (now != nullptr && now->window() == &m_window) {
             m_guard.focusMoved(m_elapsed.elapsed());
+            restKeys();
         }
     });
 }
@@ -150,7 +155,16 @@ bool ArmingWatch::onKey(const QKeyEvent &event)
             isTyping(event) ? guard.keyTyped(nowMs) : guard.keyPressed(nowMs);
         }
     });
+    if (!passes) {
+        restKeys();
+    }
     return passes;
+}
+
+void ArmingWatch::restKeys()
+{
+    m_focusTimer.start();
+    Q_EMIT keysAnswerChanged();
 }
 
 void ArmingWatch::endPress()

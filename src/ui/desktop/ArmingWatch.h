@@ -32,12 +32,16 @@ public:
     bool isArmed() const { return m_armed; }
     /// Whether it will be armed by itself.
     bool isArming() const { return m_timer.isActive(); }
+    /// Whether a key would answer on the button that has the focus, once armed: not soon after the focus has
+    /// come there.
+    bool keysAnswer() const { return !m_focusTimer.isActive(); }
     /// Whether a mouse button is held down that went down in the window.
     bool isPressed() const { return m_guard.isPressed(); }
 
 Q_SIGNALS:
     /// Armed or no longer, or the 0.7 s begin anew.
     void stateChanged();
+    void keysAnswerChanged();
     /// The mouse button is up, and the window's widgets have seen it.
     void released();
 
@@ -52,6 +56,7 @@ private:
     /// False when the widgets are not to see it.
     bool onKey(const QKeyEvent &event);
     void endPress();
+    void restKeys();
     template<typename Fact>
     void tell(Fact fact);
     void update(qint64 nowMs);
@@ -61,6 +66,7 @@ private:
     ArmingGuard m_guard;
     QElapsedTimer m_elapsed;
     QTimer m_timer;
+    QTimer m_focusTimer; ///< runs while the focus is new where it is
     bool m_ready = false;
     bool m_armed = false;
     qint64 m_armedAtMs = -1; ///< the time for which the timer runs

@@ -41,6 +41,12 @@ void DecisionButton::setGloss(const QString &gloss)
     update();
 }
 
+void DecisionButton::setKeysAnswer(bool keysAnswer)
+{
+    m_keysAnswer = keysAnswer;
+    update();
+}
+
 QStringList DecisionButton::smallLines() const
 {
     return m_gloss.isEmpty() ? QStringList {m_shortcutText} : QStringList {m_gloss, m_shortcutText};
@@ -73,6 +79,19 @@ void DecisionButton::changeEvent(QEvent *event)
     }
 }
 
+void DecisionButton::focusInEvent(QFocusEvent *event)
+{
+    m_focusedByMouse = event->reason() == Qt::MouseFocusReason;
+    QPushButton::focusInEvent(event);
+}
+
+void DecisionButton::mousePressEvent(QMouseEvent *event)
+{
+    if (!isResting()) {
+        QPushButton::mousePressEvent(event);
+    }
+}
+
 /// Return answers like the space bar, on a button that was given the focus.
 void DecisionButton::keyPressEvent(QKeyEvent *event)
 {
@@ -90,6 +109,11 @@ void DecisionButton::paintEvent(QPaintEvent *)
     QStyleOptionButton option;
     initStyleOption(&option);
     option.text.clear();
+    const bool answers = isEnabled() && !isResting();
+    if (!answers) {
+        option.state &= ~QStyle::State_Enabled;
+        option.palette.setCurrentColorGroup(QPalette::Disabled);
+    }
     painter.drawControl(QStyle::CE_PushButton, option);
 
     const QFontMetrics metrics(font());
@@ -102,7 +126,7 @@ void DecisionButton::paintEvent(QPaintEvent *)
                        style()->pixelMetric(QStyle::PM_ButtonShiftVertical, &option, this));
     }
     const auto draw = [&](const QString &text) {
-        painter.drawItemText(line, Qt::AlignCenter | Qt::TextSingleLine, palette(), isEnabled(),
+        painter.drawItemText(line, Qt::AlignCenter | Qt::TextSingleLine, option.palette, answers,
                              text, QPalette::ButtonText);
         line.moveTop(line.bottom() + 1);
         line.setHeight(smallMetrics.height());
