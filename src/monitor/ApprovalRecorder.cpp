@@ -33,6 +33,12 @@ bool isEndedByClock(ApprovalHistoryState state)
     return state != ApprovalHistoryState::Pending && state != ApprovalHistoryState::Resolved
         && !isOwnDecision(state);
 }
+
+/// Who it was belongs into every record of what somebody did, also of what came to nothing.
+QString withDetail(const QString &note, const DecisionOrigin &origin)
+{
+    return origin.detail.isEmpty() ? note : QString(note + u' ' + origin.detail);
+}
 } // namespace
 
 const QString automaticNote = u"auto-allow"_s;
@@ -88,7 +94,7 @@ void ApprovalRecorder::recordIgnoredDuplicate(const ApprovalItem &item, Approval
 {
     auto record
         = decisionRecord(AuditKind::approvalDecisionIgnoredDuplicate, item, decision, origin);
-    record.note = u"duplicate in-flight decision ignored"_s;
+    record.note = withDetail(u"duplicate in-flight decision ignored"_s, origin);
     m_collaborators.audit.append(record);
 }
 
@@ -96,7 +102,7 @@ void ApprovalRecorder::recordExpired(const ApprovalItem &item, ApprovalDecision 
                                      const DecisionOrigin &origin)
 {
     auto record = decisionRecord(AuditKind::approvalExpired, item, decision, origin);
-    record.note = expiryNote(item);
+    record.note = withDetail(expiryNote(item), origin);
     m_collaborators.audit.append(record);
 }
 
@@ -117,7 +123,7 @@ void ApprovalRecorder::recordResolveFailed(const ApprovalItem &item, ApprovalDec
                                            const DecisionOrigin &origin, const QString &failure)
 {
     auto record = decisionRecord(AuditKind::approvalResolveFailed, item, decision, origin);
-    record.note = failure;
+    record.note = withDetail(failure, origin);
     if (origin.maker == DecisionMaker::AlwaysAllowList) {
         *record.note += u' ' + automaticNote;
     }
