@@ -30,7 +30,7 @@ std::unique_ptr<Job> makeJob(const QString &service, const QString &account)
 
 KeychainError lockedError()
 {
-    return {QKeychain::AccessDenied, u"the keyring is locked"_s};
+    return {QKeychain::AccessDenied, u"the keyring is locked"_s, true};
 }
 } // namespace
 
@@ -121,7 +121,7 @@ void KeyringSecretStore::stop()
         m_running->setAutoDelete(true);
         [[maybe_unused]] const auto *abandoned = m_running.release();
     }
-    failAll(u"the keyring is no longer in use"_s);
+    failAll({QKeychain::OtherError, u"the keyring is no longer in use"_s, {}});
 }
 
 std::expected<void, KeychainError> KeyringSecretStore::toResult(const Outcome &outcome)
@@ -129,7 +129,10 @@ std::expected<void, KeychainError> KeyringSecretStore::toResult(const Outcome &o
     if (outcome.status == QKeychain::NoError) {
         return {};
     }
-    return std::unexpected(KeychainError {outcome.status, outcome.message});
+    const bool isRefused = outcome.status == QKeychain::AccessDenied
+        || outcome.status == QKeychain::AccessDeniedByUser;
+    return std::unexpected(
+        KeychainError {outcome.status, outcome.message, outcome.isLocked || isRefused});
 }
 
 /// Not a coroutine, so that no waiting frame holds the source that answers it.
@@ -144,8 +147,10 @@ Reply<KeyringSecretStore::Outcome> KeyringSecretStore::enqueue(std::unique_ptr<Q
         startNext();
         break;
     case State::Hung:
-        source.answer(
-            {QKeychain::OtherError, u"the keyring has not yet answered an earlier request"_s, {}});
+        source.answer({QKeychain::OtherError,
+                       u"the keyring has not yet answered an earlier request"_s,
+                       {},
+                       true});
         break;
     case State::Stopped:
         break; // leaving the source unanswered says it
@@ -204,7 +209,7 @@ void KeyringSecretStore::finish(Outcome outcome)
     // more.
     QMetaObject::invokeMethod(
         QCoreApplication::instance(),
-        [returned = std::shared_ptr<QKeychain::Job>(std::move(m_running))] {},
+        [returned = std::shared_ptr<QKeychain::Job>(std::move(m_running))] { },
         Qt::QueuedConnection);
     if (const auto source = std::exchange(m_runningSource, std::nullopt)) {
         source->answer(std::move(outcome));
@@ -220,13 +225,15 @@ void KeyringSecretStore::onNotice()
 void KeyringSecretStore::onTimeLimit()
 {
     m_state = State::Hung;
-    failAll(u"the keyring did not answer within %1 seconds"_s.arg(
-        duration<double>(m_limits.operation).count()));
+    failAll({QKeychain::OtherError,
+             u"the keyring did not answer within %1 seconds"_s.arg(
+                 duration<double>(m_limits.operation).count()),
+             {},
+             true});
 }
 
-void KeyringSecretStore::failAll(const QString &message)
+void KeyringSecretStore::failAll(const Outcome &failure)
 {
-    const Outcome failure {QKeychain::OtherError, message, {}};
     if (const auto source = std::exchange(m_runningSource, std::nullopt)) {
         source->answer(failure);
     }

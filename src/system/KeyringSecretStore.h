@@ -59,6 +59,7 @@ private:
         qint32 status = 0; ///< a QKeychain::Error
         QString message;
         QByteArray data; ///< what a read has found
+        bool isLocked = false; ///< as in `KeychainError`
     };
     enum class Overwrite {
         Always,
@@ -81,7 +82,7 @@ private:
     void finish(Outcome outcome);
     void onNotice();
     void onTimeLimit();
-    void failAll(const QString &message);
+    void failAll(const Outcome &failure);
 
     enum class State {
         Working,

@@ -22,6 +22,8 @@ enum class SecretAccessibility {
 struct KeychainError {
     qint32 status = 0; ///< the platform's status code
     QString platformMessage; ///< the platform's own message; empty when it has none
+    /// The keyring is there, and locked or waiting for its password: the secret may come yet.
+    bool isLocked = false;
 
     bool operator==(const KeychainError &) const = default;
 

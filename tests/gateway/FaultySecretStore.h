@@ -21,6 +21,7 @@ public:
     static inline const QString errorText = QStringLiteral("Keychain error (status=-25308)");
 
     bool readsFail = false;
+    bool isLocked = false; ///< and that is why reads fail
     QString promptedRead; ///< reads of this account stay open until `endPrompts`
     QSet<QString> writesFail; ///< for these accounts; a deletion is a write
     bool forgetsWrites = false; ///< reports success and keeps nothing
@@ -37,7 +38,7 @@ public:
             co_await nextTurn();
         }
         if (readsFail) {
-            co_return std::unexpected(error);
+            co_return std::unexpected(KeychainError {error.status, {}, isLocked});
         }
         co_return co_await memory.get(service, account);
     }
