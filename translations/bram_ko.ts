@@ -145,8 +145,95 @@
         <translation>플랫폼 설정에서 에이전트에 연결된 채팅이 없어 어느 채팅도 결정할 수 없습니다.</translation>
     </message>
     <message>
-        <source>The keyring could not be asked for a bot token: %1</source>
-        <translation>키링에서 봇 토큰을 읽지 못했습니다: %1</translation>
+        <source>The keyring is locked, and may hold the bot token. Unlock it; if nothing happens then, set Telegram up again.</source>
+        <translation>키링이 잠겨 있고 그 안에 봇 토큰이 있을 수 있습니다. 키링을 여세요. 그래도 그대로면 텔레그램을 다시 설정하세요.</translation>
+    </message>
+    <message>
+        <source>%1 cannot be read in part: where it is unclear, nobody may decide, or only deny.</source>
+        <translation>%1의 일부를 읽을 수 없습니다. 불분명한 곳에서는 아무도 결정할 수 없거나 거부만 할 수 있습니다.</translation>
+    </message>
+    <message>
+        <source>Chat %1: nobody may decide.</source>
+        <translation>채팅 %1: 아무도 결정할 수 없습니다.</translation>
+    </message>
+    <message>
+        <source>Chat %1: only these senders may decide: %2.</source>
+        <translation>채팅 %1: 다음 보낸 사람만 결정할 수 있습니다: %2.</translation>
+    </message>
+    <message>
+        <source>Chat %1: everybody in this group may decide.</source>
+        <translation>채팅 %1: 이 그룹의 누구나 결정할 수 있습니다.</translation>
+    </message>
+    <message>
+        <source>Chat %1: requests can only be denied.</source>
+        <translation>채팅 %1: 요청을 거부만 할 수 있습니다.</translation>
+    </message>
+    <message>
+        <source>Chat %1: requests can be allowed once or denied.</source>
+        <translation>채팅 %1: 요청을 한 번 승인하거나 거부할 수 있습니다.</translation>
+    </message>
+</context>
+<context>
+    <name>TelegramChat</name>
+    <message>
+        <source>Everybody in this group may decide about these requests.</source>
+        <translation>이 그룹의 누구나 이 요청들을 결정할 수 있습니다.</translation>
+    </message>
+    <message>
+        <source>Show %1</source>
+        <translation>보기 %1</translation>
+    </message>
+    <message>
+        <source>Nothing can be decided in chats while the gateway refuses this program&apos;s token.</source>
+        <translation>게이트웨이가 이 프로그램의 토큰을 거부하는 동안에는 채팅에서 결정할 수 없습니다.</translation>
+    </message>
+    <message>
+        <source>The request is no longer what was shown here first. Decide it where BRAM runs.</source>
+        <translation>요청이 여기에 처음 표시된 것과 달라졌습니다. BRAM이 실행되는 곳에서 결정하세요.</translation>
+    </message>
+    <message>
+        <source>This is older than the request as it is listed here now.</source>
+        <translation>지금 여기 올라 있는 요청보다 먼저 보낸 것입니다.</translation>
+    </message>
+    <message>
+        <source>Not all of this command has been shown here. Use Show, or /show and its id, and decide below that.</source>
+        <translation>이 명령이 여기에 전부 표시되지 않았습니다. 보기 버튼이나 /show와 ID를 쓰고 그 아래에서 결정하세요.</translation>
+    </message>
+    <message>
+        <source>In this chat, requests can only be denied.</source>
+        <translation>이 채팅에서는 요청을 거부만 할 수 있습니다.</translation>
+    </message>
+    <message>
+        <source>In this chat, requests can only be allowed once or denied.</source>
+        <translation>이 채팅에서는 요청을 한 번 승인하거나 거부만 할 수 있습니다.</translation>
+    </message>
+    <message>
+        <source>You may not decide in this chat.</source>
+        <translation>이 채팅에서 결정할 권한이 없습니다.</translation>
+    </message>
+    <message>
+        <source>The command follows below.</source>
+        <translation>아래에 명령 전체를 보냅니다.</translation>
+    </message>
+    <message>
+        <source>Other messages are still being sent. Try again in a moment.</source>
+        <translation>다른 메시지를 보내는 중입니다. 잠시 후 다시 시도하세요.</translation>
+    </message>
+    <message>
+        <source>BRAM request %1: the command has %2 characters, too many for a chat. It can be denied here, and read where BRAM runs.</source>
+        <translation>BRAM 요청 %1: 명령이 %2자라서 채팅에는 너무 깁니다. 여기서는 거부할 수 있고, BRAM이 실행되는 곳에서 읽을 수 있습니다.</translation>
+    </message>
+    <message>
+        <source>BRAM request %1:</source>
+        <translation>BRAM 요청 %1:</translation>
+    </message>
+    <message>
+        <source>BRAM request %1, part %2 of %3:</source>
+        <translation>BRAM 요청 %1, %3개 중 %2번째:</translation>
+    </message>
+    <message>
+        <source>The bot&apos;s own token stands in it, which is sent to no chat. It can be denied here, and read where BRAM runs.</source>
+        <translation>이 봇의 토큰이 들어 있어 그 부분은 채팅으로 보내지 않습니다. 여기서는 거부할 수 있고, BRAM이 실행되는 곳에서 읽을 수 있습니다.</translation>
     </message>
 </context>
 <context>

@@ -62,6 +62,7 @@ Core::Core(const World &world)
     , m_telegram({.config = m_config,
                   .tokens = m_telegramTokens,
                   .sharedPolling = m_sharedPolling,
+                  .allowPartlyShown = m_allowPartlyShown,
                   .board = m_monitor.board(),
                   .mirror = m_telegramMirror,
                   .decisions = m_remoteDecisions,

@@ -23,14 +23,17 @@ QString sourceText(DecisionInputSource source)
                                                          : u"telegram-command"_s;
 }
 
+QString senderText(const TelegramDecision &decision)
+{
+    return decision.sender.isEmpty() ? QString()
+                                     : QString(u" sender="_s + redacted(decision.sender));
+}
+
 DecisionOrigin originOf(const TelegramDecision &decision)
 {
     const QString chat = QString::number(decision.chatId);
     DecisionOrigin origin {sourceText(decision.source), QString(u"telegram-chat:"_s + chat)};
-    origin.detail = u"chat="_s + chat;
-    if (!decision.sender.isEmpty()) {
-        origin.detail += u" sender="_s + redacted(decision.sender);
-    }
+    origin.detail = u"chat="_s + chat + senderText(decision);
     return origin;
 }
 } // namespace
@@ -40,19 +43,21 @@ RemoteDecisions::RemoteDecisions(const Collaborators &collaborators)
 {
 }
 
-bool RemoteDecisions::decide(const TelegramDecision &decision, const TelegramBotConfig &config)
+RemoteVerdict RemoteDecisions::decide(const TelegramDecision &decision,
+                                      const TelegramBotConfig &config)
 {
     const auto &lines = m_collaborators.status.lines();
     if (lines.remoteApprovalLocked) {
         m_collaborators.log.write(
             QString(u"[Brackwen][Telegram] decision blocked by remote lock chat="_s
                     + QString::number(decision.chatId) + u" reason="_s
-                    + lines.remoteApprovalLockReason.value_or(u"auth-failure lock"_s)));
-        return false;
+                    + lines.remoteApprovalLockReason.value_or(u"auth-failure lock"_s)
+                    + senderText(decision)));
+        return RemoteVerdict::Locked;
     }
     const auto *item = m_collaborators.board.find(decision.approvalId);
     if (item == nullptr) {
-        return false;
+        return RemoteVerdict::NotPending;
     }
     const auto boundAgents = config.agentsOf(decision.chatId);
     if (boundAgents.isEmpty()) {
@@ -70,18 +75,28 @@ bool RemoteDecisions::decide(const TelegramDecision &decision, const TelegramBot
     }
     if (m_collaborators.mirror.hasChanged(*item)) {
         // A chat may still show the request as it was before.
-        return deny(decision, u"request changed after it was shown"_s);
+        return deny(decision, u"request changed after it was shown"_s, {}, RemoteVerdict::Changed);
+    }
+    if (decision.shown == ShownInChat::Nothing) {
+        return deny(decision, u"older than the request"_s, {}, RemoteVerdict::OlderThanRequest);
+    }
+    if (decision.decision != ApprovalDecision::Deny && decision.shown != ShownInChat::Whole
+        && !config.offersPartlyShown) {
+        return deny(decision, u"command not shown whole"_s, {}, RemoteVerdict::NotShownWhole);
     }
     return m_collaborators.decisions.resolve(decision.approvalId, decision.decision,
-                                             originOf(decision), ActivityTracking::Record);
+                                             originOf(decision), ActivityTracking::Record)
+        ? RemoteVerdict::Started
+        : RemoteVerdict::NotPending;
 }
 
-bool RemoteDecisions::deny(const TelegramDecision &decision, const QString &why,
-                           const QString &facts)
+RemoteVerdict RemoteDecisions::deny(const TelegramDecision &decision, const QString &why,
+                                    const QString &facts, RemoteVerdict verdict)
 {
     m_collaborators.log.write(QString(u"[Brackwen][Telegram] decision denied: "_s + why
-                                      + u" chat="_s + QString::number(decision.chatId) + facts));
-    return false;
+                                      + u" chat="_s + QString::number(decision.chatId) + facts
+                                      + senderText(decision)));
+    return verdict;
 }
 
 } // namespace bram

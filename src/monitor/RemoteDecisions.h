@@ -32,12 +32,14 @@ public:
 
     explicit RemoteDecisions(const Collaborators &collaborators);
 
-    /// True when the decision has been started; how it ends comes later. `config` is that of the bridge it
-    /// came through.
-    bool decide(const TelegramDecision &decision, const TelegramBotConfig &config);
+    /// Says whether the decision has been started, or why not; how it ends comes later. `config` is that of
+    /// the bridge it came through.
+    RemoteVerdict decide(const TelegramDecision &decision, const TelegramBotConfig &config);
 
 private:
-    bool deny(const TelegramDecision &decision, const QString &why, const QString &facts = {});
+    RemoteVerdict deny(const TelegramDecision &decision, const QString &why,
+                       const QString &facts = {},
+                       RemoteVerdict verdict = RemoteVerdict::NotPending);
 
     Collaborators m_collaborators;
 };

@@ -3,6 +3,7 @@
 
 #include "audit/Redaction.h"
 #include "config/SharedPollingSetting.h"
+#include "config/StoredSwitch.h"
 #include "monitor/ApprovalBoard.h"
 #include "monitor/RemoteDecisions.h"
 #include "monitor/TelegramMirror.h"
@@ -28,6 +29,8 @@ TelegramBridgeSupervisor::TelegramBridgeSupervisor(const Collaborators &collabor
     connect(&collaborators.sharedPolling,
             &SharedPollingSetting::allowSharedBotPollingOverrideChanged, this,
             &TelegramBridgeSupervisor::followSharedPolling);
+    connect(&collaborators.allowPartlyShown, &StoredSwitch::changed, this,
+            [this] { begin(Replacement::IfDifferent); });
     connect(&collaborators.tokens, &TelegramTokens::changed, this,
             &TelegramBridgeSupervisor::configureTelegramBridge);
 }
@@ -104,7 +107,8 @@ QCoro::Task<> TelegramBridgeSupervisor::configure(QPointer<TelegramBridgeSupervi
         .environment = tokens.effectiveTelegramEnvironment(),
         .fallback = self->m_fallback,
         .allowSharedBotPollingOverride
-        = self->m_collaborators.sharedPolling.allowSharedBotPollingOverride()};
+        = self->m_collaborators.sharedPolling.allowSharedBotPollingOverride(),
+        .offersPartlyShown = self->m_collaborators.allowPartlyShown.isOn()};
     TelegramStatus status {.isEnvironmentSetAside = tokens.isEnvironmentSetAside()};
     // The keyring is asked only when it matters: it may be locked and ask the operator.
     if (!telegramTokenOf(sources.environment)) {
@@ -119,10 +123,11 @@ QCoro::Task<> TelegramBridgeSupervisor::configure(QPointer<TelegramBridgeSupervi
             if (stored) {
                 self->m_storedToken = *stored;
             } else {
-                status.problem = redacted(stored.error().description());
+                // Where there is no keyring, there is no token in it, and nothing is wrong.
+                status.isWaitingForKeyring = stored.error().isLocked;
                 self->m_collaborators.log.write(
                     QString(u"[Brackwen][Telegram] the keyring did not give the bot token: "_s
-                            + status.problem));
+                            + redacted(stored.error().description())));
             }
         }
         sources.storedToken = self->m_storedToken.value_or(std::nullopt);
@@ -133,12 +138,19 @@ QCoro::Task<> TelegramBridgeSupervisor::configure(QPointer<TelegramBridgeSupervi
 void TelegramBridgeSupervisor::apply(const TelegramConfigChoice &choice, TelegramStatus status)
 {
     status.tokenSource = choice.tokenSource;
+    status.unreadableRules = choice.unreadableRules;
+    if (status.unreadableRules != m_status.unreadableRules) {
+        for (const QString &name : status.unreadableRules) {
+            m_collaborators.log.write(QString(
+                u"[Brackwen][Telegram] "_s + name
+                + u" cannot be read in part: where it is unclear, nobody may decide, or only deny"_s));
+        }
+    }
     const auto running = m_bridge ? std::optional(m_bridge->config()) : std::nullopt;
     if (!std::exchange(m_mustReplace, false) && choice.config == running) {
-        status.mode = m_status.mode;
-        status.chatIds = m_status.chatIds;
-        status.boundChatCount = m_status.boundChatCount;
-        status.dryRun = m_status.dryRun;
+        if (choice.config) {
+            describe(*choice.config, status);
+        }
         publish(status);
         return;
     }
@@ -171,19 +183,29 @@ void TelegramBridgeSupervisor::startBridge(const TelegramBotConfig &config, Tele
     m_bridge = std::make_unique<TelegramApprovalBridge>(
         config, *apiUrl,
         [self = QPointer(this), config](const TelegramDecision &decision) {
-            return self && self->m_collaborators.decisions.decide(decision, config);
+            return self ? self->m_collaborators.decisions.decide(decision, config)
+                        : RemoteVerdict::NotPending;
         },
         TelegramApprovalBridge::Collaborators {.network = *m_network,
+                                               .memories = m_memories,
                                                .clock = m_collaborators.clock,
                                                .log = m_collaborators.log,
                                                .tasks = m_collaborators.tasks});
+    describe(config, status);
+    m_bridge->start();
+    m_collaborators.mirror.setBridge(m_bridge.get(), m_collaborators.board.items());
+}
+
+void TelegramBridgeSupervisor::describe(const TelegramBotConfig &config, TelegramStatus &status)
+{
     status.mode = config.mode();
     status.chatIds = config.chatIds;
     status.boundChatCount = std::ranges::count_if(
         config.chatIds, [&](qint64 chatId) { return !config.agentsOf(chatId).isEmpty(); });
+    status.chatRules = config.chatRules;
+    std::ranges::copy_if(config.chatIds, std::back_inserter(status.openGroups),
+                         [&](qint64 chatId) { return config.isOpenToAll(chatId); });
     status.dryRun = config.dryRun;
-    m_bridge->start();
-    m_collaborators.mirror.setBridge(m_bridge.get(), m_collaborators.board.items());
 }
 
 void TelegramBridgeSupervisor::endBridge()

@@ -3,6 +3,7 @@
 
 #include "monitor/TelegramStatus.h"
 #include "system/FileWatch.h"
+#include "telegram/ChatMemory.h"
 #include "telegram/TelegramConfigChoice.h"
 
 #include <QCoro/QCoroTask>
@@ -21,6 +22,7 @@ class BrackwenConfig;
 class Clock;
 class RemoteDecisions;
 class SharedPollingSetting;
+class StoredSwitch;
 class SystemLog;
 class TelegramApprovalBridge;
 class TelegramMirror;
@@ -38,6 +40,7 @@ public:
         const BrackwenConfig &config;
         TelegramTokens &tokens;
         const SharedPollingSetting &sharedPolling;
+        const StoredSwitch &allowPartlyShown;
         const ApprovalBoard &board;
         TelegramMirror &mirror;
         RemoteDecisions &decisions;
@@ -81,6 +84,7 @@ private:
     static QCoro::Task<> configure(QPointer<TelegramBridgeSupervisor> self, quint64 pass);
     void apply(const TelegramConfigChoice &choice, TelegramStatus status);
     void startBridge(const TelegramBotConfig &config, TelegramStatus &status);
+    static void describe(const TelegramBotConfig &config, TelegramStatus &status);
     void endBridge();
     void publish(const TelegramStatus &status);
 
@@ -94,6 +98,7 @@ private:
     bool m_mustReplace = true;
     bool m_isStopped = false;
     TelegramStatus m_status;
+    ChatMemories m_memories; ///< over all bridges
     std::unique_ptr<QNetworkAccessManager> m_network; ///< only with a bridge, which it outlives
     std::unique_ptr<TelegramApprovalBridge> m_bridge;
 };

@@ -352,9 +352,11 @@ QString PracticeBotApi::pressData(qint64 chatId, qint64 messageId, const QString
 {
     const QString queryId = QString::number(m_nextQueryId++);
     m_openQueryIds.append(queryId);
-    QJsonObject message {{u"message_id"_s, messageId}, {u"chat"_s, practiceChatObject(chatId)}};
+    // Of a message that is gone, the service says no date and no text.
+    QJsonObject message {
+        {u"message_id"_s, messageId}, {u"date"_s, 0}, {u"chat"_s, practiceChatObject(chatId)}};
     if (const auto *shown = m_chats.find(chatId, messageId)) {
-        message.insert(u"text"_s, shown->text);
+        message = practiceMessageObject(chatId, *shown);
     }
     enqueue(u"callback_query"_s,
             {{u"id"_s, queryId},

@@ -98,14 +98,6 @@ BotAnswer badRequest(const QString &what)
     return BotAnswer::refused(400, QString(u"Bad Request: "_s + what));
 }
 
-QJsonObject messageObject(qint64 chatId, const PracticeMessage &message, qint64 nowSeconds)
-{
-    return {{u"message_id"_s, message.messageId},
-            {u"date"_s, nowSeconds},
-            {u"chat"_s, practiceChatObject(chatId)},
-            {u"text"_s, message.text}};
-}
-
 auto hasId(qint64 messageId)
 {
     return [messageId](const PracticeMessage &message) { return message.messageId == messageId; };
@@ -121,6 +113,18 @@ BotAnswer BotAnswer::refused(int status, const QString &description)
 {
     return {.status = status,
             .body = {{u"ok"_s, false}, {u"error_code"_s, status}, {u"description"_s, description}}};
+}
+
+QJsonObject practiceMessageObject(qint64 chatId, const PracticeMessage &message)
+{
+    QJsonObject object {{u"message_id"_s, message.messageId},
+                        {u"date"_s, message.sentAtSeconds},
+                        {u"chat"_s, practiceChatObject(chatId)},
+                        {u"text"_s, message.text}};
+    if (message.editedAtSeconds > 0) {
+        object.insert(u"edit_date"_s, message.editedAtSeconds);
+    }
+    return object;
 }
 
 QJsonObject practiceChatObject(qint64 chatId)
@@ -158,10 +162,10 @@ BotAnswer PracticeChats::sendMessage(const QJsonObject &payload, qint64 nowSecon
                                    .isFromBot = true,
                                    .text = text,
                                    .buttons = keyboard->rows,
-                                   .areKeys = keyboard->areKeys};
+                                   .areKeys = keyboard->areKeys,
+                                   .sentAtSeconds = nowSeconds};
     chat->messages.append(message);
-    return BotAnswer::ok(
-        messageObject(*wholeNumber(payload.value("chat_id"_L1)), message, nowSeconds));
+    return BotAnswer::ok(practiceMessageObject(*wholeNumber(payload.value("chat_id"_L1)), message));
 }
 
 BotAnswer PracticeChats::editMessageText(const QJsonObject &payload, qint64 nowSeconds)
@@ -196,8 +200,9 @@ BotAnswer PracticeChats::editMessageText(const QJsonObject &payload, qint64 nowS
     }
     message->text = text;
     message->buttons = keyboard->rows;
+    message->editedAtSeconds = nowSeconds;
     return BotAnswer::ok(
-        messageObject(*wholeNumber(payload.value("chat_id"_L1)), *message, nowSeconds));
+        practiceMessageObject(*wholeNumber(payload.value("chat_id"_L1)), *message));
 }
 
 BotAnswer PracticeChats::deleteMessage(const QJsonObject &payload)

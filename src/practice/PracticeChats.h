@@ -26,6 +26,8 @@ struct PracticeMessage {
     QString text {};
     QList<QList<PracticeButton>> buttons {}; ///< rows under the message, or of keys below the chat
     bool areKeys = false; ///< `buttons` are keys below the chat; later ones replace them
+    qint64 sentAtSeconds = 0; ///< since the epoch
+    qint64 editedAtSeconds = 0; ///< 0: never
 
     bool operator==(const PracticeMessage &) const = default;
 };
@@ -80,6 +82,9 @@ private:
 
     std::map<qint64, Chat> m_chats;
 };
+
+/// A message of the bot's as the Bot API describes it.
+QJsonObject practiceMessageObject(qint64 chatId, const PracticeMessage &message);
 
 /// How a chat is named in a message or an update: negative ids are groups.
 QJsonObject practiceChatObject(qint64 chatId);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "telegram/DecisionTexts.h"
 
+#include "model/TextRules.h"
+
 #include <QRegularExpression>
 #include <QStringList>
 
@@ -25,8 +27,21 @@ constexpr std::array dataPrefixes {
 };
 
 constexpr auto commandName = "/approve"_L1;
+constexpr auto showCommandName = "/show"_L1;
+constexpr auto showPrefix = "show:"_L1;
 /// No message of Telegram's is longer.
 constexpr qsizetype maxCommandUnits = 4096;
+
+/// The words of a command of this name, beginning with the name; none for any other text.
+QStringList wordsOfCommand(const QString &text, QLatin1StringView name)
+{
+    if (text.size() > maxCommandUnits) {
+        return {};
+    }
+    static const QRegularExpression gaps(u"[ \\t\\r\\n]+"_s);
+    const QStringList words = text.split(gaps, Qt::SkipEmptyParts);
+    return words.value(0).toLower().section(u'@', 0, 0) == name ? words : QStringList();
+}
 } // namespace
 
 QString callbackData(ApprovalDecision decision, const QString &approvalId)
@@ -56,12 +71,8 @@ QString approvalCommand(const QString &approvalId, ApprovalDecision decision)
 
 std::optional<WrittenDecision> parseApprovalCommand(const QString &text)
 {
-    if (text.size() > maxCommandUnits) {
-        return std::nullopt;
-    }
-    static const QRegularExpression gaps(u"[ \\t\\r\\n]+"_s);
-    const QStringList words = text.split(gaps, Qt::SkipEmptyParts);
-    if (words.size() < 3 || words.at(0).toLower().section(u'@', 0, 0) != commandName) {
+    const QStringList words = wordsOfCommand(text, commandName);
+    if (words.size() < 3) {
         return std::nullopt;
     }
     const QString approvalId = words.at(1).trimmed();
@@ -70,6 +81,27 @@ std::optional<WrittenDecision> parseApprovalCommand(const QString &text)
         return std::nullopt;
     }
     return WrittenDecision {approvalId, *decision};
+}
+
+QString showData(const QString &approvalId)
+{
+    return showPrefix + approvalId;
+}
+
+std::optional<QString> parseShowData(const QString &data)
+{
+    return data.startsWith(showPrefix) ? std::optional(data.sliced(showPrefix.size()))
+                                       : std::nullopt;
+}
+
+QString showCommand(const QString &approvalId)
+{
+    return showCommandName + u' ' + approvalId;
+}
+
+std::optional<QString> parseShowCommand(const QString &text)
+{
+    return trimmedOrAbsent(wordsOfCommand(text, showCommandName).value(1));
 }
 
 } // namespace bram

@@ -31,4 +31,15 @@ QString approvalCommand(const QString &approvalId, ApprovalDecision decision);
 /// is ignored, and so are upper case and the name of a bot after an at-sign.
 std::optional<WrittenDecision> parseApprovalCommand(const QString &text);
 
+// How it is written that the command of a request shall be shown whole.
+
+/// "show:ID".
+QString showData(const QString &approvalId);
+std::optional<QString> parseShowData(const QString &data);
+
+/// "/show ID".
+QString showCommand(const QString &approvalId);
+/// The id, or its beginning; read like an approval command.
+std::optional<QString> parseShowCommand(const QString &text);
+
 } // namespace bram

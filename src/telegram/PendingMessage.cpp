@@ -4,13 +4,14 @@
 #include "model/ApprovalDecision.h"
 #include "model/HonestDisplay.h"
 #include "model/TextRules.h"
+#include "telegram/ChatText.h"
 #include "telegram/DecisionTexts.h"
 
+#include <QCoreApplication>
 #include <QJsonArray>
 #include <QStringList>
 
 #include <algorithm>
-#include <array>
 
 namespace bram
 {
@@ -19,49 +20,54 @@ using namespace Qt::StringLiterals;
 
 namespace
 {
+class ChatTr
+{
+    Q_DECLARE_TR_FUNCTIONS(TelegramChat)
+};
+
+using Decisions = QList<ApprovalDecision>;
+
 constexpr qsizetype maxButtons = 8;
 constexpr qsizetype maxTextUnits = 4095;
 constexpr qsizetype maxCallbackDataBytes = 64;
 constexpr qsizetype shortIdCharacters = 8;
 constexpr qsizetype longestShortIdCharacters = 24;
-constexpr qsizetype previewCharacters = 60;
 constexpr qsizetype agentCharacters = 60;
 // Marks make a text longer; of these lengths eight entries and all around them fit into a message.
-constexpr qsizetype maxPreviewUnits = 260;
 constexpr qsizetype maxAgentUnits = 100;
 constexpr qsizetype maxIdUnits = 60;
 constexpr qsizetype maxTypedIdUnits = 200;
 
-/// `source` on one line with its misleading characters marked; cut after so many characters, or before a
-/// mark or a character that would make it longer than `maxUnits`.
-QString honestCut(const QString &source, qsizetype maxCharacters, qsizetype maxUnits)
+/// What the chat is offered to decide about the entry, in the order of the buttons.
+Decisions offered(const TelegramApprovalEntry &entry, const ChatTerms &terms)
 {
-    const QString start = firstCharacters(source, maxCharacters);
-    const bool isCut = start.size() < source.size();
-    // With the ellipsis already there, a blank before it does not count as one at the end.
-    const QString shown = honestLine(isCut ? start + u'…' : start).text;
-    if (shown.size() <= maxUnits) {
-        return shown;
-    }
-    qsizetype end = maxUnits - 1;
-    while (end > 0 && shown.at(end).isLowSurrogate()) {
-        --end;
-    }
-    // A ⟨ in an honest text always opens a mark.
-    const qsizetype lastMark = shown.lastIndexOf(u'⟨', end - 1);
-    if (lastMark >= 0 && shown.indexOf(u'⟩', lastMark) >= end) {
-        end = lastMark;
-    }
-    return shown.first(end) + u'…';
+    const bool mayAllow = terms.offersPartlyShown || isShownWholeInList(entry.command, terms.mask);
+    Decisions decisions {ApprovalDecision::AllowOnce, ApprovalDecision::Deny,
+                         ApprovalDecision::AllowAlways};
+    decisions.removeIf([&](ApprovalDecision decision) {
+        return !covers(terms.right, decision) || (decision != ApprovalDecision::Deny && !mayAllow);
+    });
+    return decisions;
 }
 
-QString preview(const QString &command)
+/// Whether the list offers to send the entry's command in messages of its own.
+bool offersToShow(const TelegramApprovalEntry &entry, const ChatTerms &terms)
 {
-    QString line = command;
-    line.replace("\r\n"_L1, " "_L1);
-    line.replace(u'\n', u' ');
-    line.replace(u'\r', u' ');
-    return honestCut(line, previewCharacters, maxPreviewUnits);
+    return terms.mode != TelegramMode::PublishOnlySafe && !terms.offersPartlyShown
+        && !isShownWholeInList(entry.command, terms.mask);
+}
+
+/// "allow-once|allow-always|deny", or what is left of it.
+QString commandWords(const Decisions &decisions)
+{
+    QStringList words;
+    for (const auto decision :
+         {ApprovalDecision::AllowOnce, ApprovalDecision::AllowAlways, ApprovalDecision::Deny}) {
+        if (decisions.contains(decision)) {
+            words.append(rawText(decision));
+        }
+    }
+    return words.join(u'|');
 }
 
 /// Enough of the entry's id to tell it from the others that are listed: its first 8 characters, or some
@@ -86,6 +92,15 @@ QString shortId(const QList<TelegramApprovalEntry> &listed, qsizetype index)
         + QString::number(index + 1);
 }
 
+/// "[HIGH] [main] ", as far as there is something to say.
+QString tagsOf(const TelegramApprovalEntry &entry)
+{
+    const QString risk = entry.isHighRisk ? u"[HIGH] "_s : QString();
+    return entry.agentId
+        ? QString(risk + u'[' + honestCut(*entry.agentId, agentCharacters, maxAgentUnits) + u"] "_s)
+        : risk;
+}
+
 bool hasButtons(const TelegramApprovalEntry &entry)
 {
     return entry.approvalId.size() <= maxCallbackDataBytes
@@ -101,53 +116,67 @@ bool canBeTyped(const QString &id)
 }
 
 /// What the line of an entry without buttons says in their place.
-QString insteadOfButtons(const TelegramApprovalEntry &entry)
+QString insteadOfButtons(const TelegramApprovalEntry &entry, const ChatTerms &terms)
 {
-    return canBeTyped(entry.approvalId)
-        ? u" (no buttons, use /approve "_s + entry.approvalId + u" allow-once|allow-always|deny)"_s
-        : u" (no buttons, decide it in the application)"_s;
+    if (!canBeTyped(entry.approvalId)) {
+        return u" (no buttons, decide it in the application)"_s;
+    }
+    const QString show = offersToShow(entry, terms)
+        ? showCommand(firstCharacters(entry.approvalId, longestShortIdCharacters)) + u" or "_s
+        : QString();
+    return QString(
+        u" (no buttons, use "_s + show
+        + u"/approve %1 %2)"_s.arg(entry.approvalId, commandWords(offered(entry, terms))));
 }
 
-QString lineOf(const QList<TelegramApprovalEntry> &listed, qsizetype index, TelegramMode mode)
+QString lineOf(const QList<TelegramApprovalEntry> &listed, qsizetype index, const ChatTerms &terms)
 {
     const TelegramApprovalEntry &entry = listed.at(index);
-    QString line = QString::number(index + 1) + u". "_s;
-    if (entry.isHighRisk) {
-        line += u"[HIGH] "_s;
-    }
-    if (entry.agentId) {
-        line += u'[' + honestCut(*entry.agentId, agentCharacters, maxAgentUnits) + u"] "_s;
-    }
-    line += shortId(listed, index) + u' ' + preview(entry.command);
-    if (mode == TelegramMode::Polling && !hasButtons(entry)) {
-        line += insteadOfButtons(entry);
+    QString line = QString::number(index + 1) + u". "_s + tagsOf(entry) + shortId(listed, index)
+        + u' ' + commandLineForChat(entry.command, terms.mask);
+    if (terms.mode == TelegramMode::Polling && !hasButtons(entry)) {
+        line += insteadOfButtons(entry, terms);
     }
     return line;
 }
 
-QString footerOf(TelegramMode mode)
+QString commandFooter(const QList<TelegramApprovalEntry> &listed, const ChatTerms &terms)
 {
-    switch (mode) {
-    case TelegramMode::Polling:
-        return {};
-    case TelegramMode::PublishOnlyCommandPolling:
-        return u"\n\nUse /approve <id> allow-once|allow-always|deny"_s;
-    case TelegramMode::PublishOnlySafe:
+    Decisions decisions;
+    bool offersShow = false;
+    for (const TelegramApprovalEntry &entry : listed) {
+        decisions += offered(entry, terms);
+        offersShow = offersShow || offersToShow(entry, terms);
+    }
+    QString footer = u"\n\nUse /approve <id> "_s + commandWords(decisions);
+    if (offersShow) {
+        footer += u"\nUse /show <id> where a command is not shown whole"_s;
+    }
+    return footer;
+}
+
+QString footerOf(const QList<TelegramApprovalEntry> &listed, const ChatTerms &terms)
+{
+    if (terms.mode == TelegramMode::PublishOnlySafe) {
         return u"\n\nPublish-only safe mode: approvals from command messages are handled by "
                "Brackwen bot."_s;
     }
-    Q_UNREACHABLE();
+    const QString footer
+        = terms.mode == TelegramMode::Polling ? QString() : commandFooter(listed, terms);
+    const QString toAll
+        = u"\n\n"_s + ChatTr::tr("Everybody in this group may decide about these requests.");
+    return terms.isOpenToAll ? footer + toAll : footer;
 }
 
 /// The lines of the entries that are listed one by one.
-QStringList entryLines(const QList<TelegramApprovalEntry> &entries, TelegramMode mode)
+QStringList entryLines(const QList<TelegramApprovalEntry> &entries, const ChatTerms &terms)
 {
-    constexpr qsizetype roomForHeaderAndRest = 100;
+    constexpr qsizetype roomForAllElse = 450;
     const auto candidates = entries.first(std::min(entries.size(), maxButtons));
     QStringList lines;
-    qsizetype units = roomForHeaderAndRest + footerOf(mode).size();
+    qsizetype units = roomForAllElse;
     for (qsizetype i = 0; i < candidates.size(); ++i) {
-        const QString line = lineOf(candidates, i, mode);
+        const QString line = lineOf(candidates, i, terms);
         units += line.size() + 1;
         if (units > maxTextUnits) {
             break;
@@ -156,7 +185,80 @@ QStringList entryLines(const QList<TelegramApprovalEntry> &entries, TelegramMode
     }
     return lines;
 }
+
+QString buttonWord(ApprovalDecision decision)
+{
+    switch (decision) {
+    case ApprovalDecision::AllowOnce:
+        return u"승인 "_s;
+    case ApprovalDecision::Deny:
+        return u"거부 "_s;
+    case ApprovalDecision::AllowAlways:
+        return u"영구 "_s;
+    }
+    Q_UNREACHABLE();
+}
+
+QJsonArray buttonRow(const TelegramApprovalEntry &entry, const QString &shortened,
+                     const Decisions &decisions)
+{
+    QJsonArray row;
+    for (const ApprovalDecision decision : decisions) {
+        row.append(QJsonObject {{u"text"_s, QString(buttonWord(decision) + shortened)},
+                                {u"callback_data"_s, callbackData(decision, entry.approvalId)}});
+    }
+    return row;
+}
+
+std::optional<QJsonObject> inlineKeyboard(const QJsonArray &rows)
+{
+    return rows.isEmpty() ? std::nullopt
+                          : std::optional(QJsonObject {{u"inline_keyboard"_s, rows}});
+}
+
+/// The rows of keys for one entry: what is decided often first, the lasting decision alone.
+void addKeys(QJsonArray &rows, const TelegramApprovalEntry &entry, const Decisions &decisions,
+             bool offersShow)
+{
+    if (!canBeTyped(entry.approvalId)) {
+        return;
+    }
+    QJsonArray first;
+    if (offersShow) {
+        first.append(QJsonObject {{u"text"_s, showCommand(entry.approvalId)}});
+    }
+    QJsonArray last;
+    for (const ApprovalDecision decision : decisions) {
+        (decision == ApprovalDecision::AllowAlways ? last : first)
+            .append(QJsonObject {{u"text"_s, approvalCommand(entry.approvalId, decision)}});
+    }
+    rows.append(first);
+    if (!last.isEmpty()) {
+        rows.append(last);
+    }
+}
+
+std::optional<QJsonObject> commandKeyboard(const QJsonArray &rows)
+{
+    if (rows.isEmpty()) {
+        return std::nullopt;
+    }
+    return QJsonObject {{u"keyboard"_s, rows},
+                        {u"resize_keyboard"_s, true},
+                        {u"one_time_keyboard"_s, true},
+                        {u"selective"_s, true},
+                        {u"input_field_placeholder"_s, u"Tap command to send approval"_s}};
+}
 } // namespace
+
+ChatTerms termsOf(const TelegramBotConfig &config, qint64 chatId, const TokenMask *mask)
+{
+    return {.mode = config.mode(),
+            .right = config.rulesOf(chatId).right,
+            .isOpenToAll = config.isOpenToAll(chatId),
+            .offersPartlyShown = config.offersPartlyShown,
+            .mask = mask};
+}
 
 QList<TelegramApprovalEntry> entriesForChat(const TelegramBotConfig &config, qint64 chatId,
                                             const QList<TelegramApprovalEntry> &entries)
@@ -172,83 +274,79 @@ QList<TelegramApprovalEntry> entriesForChat(const TelegramBotConfig &config, qin
     return own;
 }
 
-qsizetype listedCount(const QList<TelegramApprovalEntry> &entries, TelegramMode mode)
+qsizetype listedCount(const QList<TelegramApprovalEntry> &entries, const ChatTerms &terms)
 {
-    return entryLines(entries, mode).size();
+    return entryLines(entries, terms).size();
 }
 
-QString renderPendingText(const QList<TelegramApprovalEntry> &entries, TelegramMode mode)
+QString renderPendingText(const QList<TelegramApprovalEntry> &entries, const ChatTerms &terms)
 {
     if (entries.isEmpty()) {
         return nothingPendingText;
     }
     QStringList lines {u"BRAM pending approvals (%1)"_s.arg(entries.size())};
-    lines += entryLines(entries, mode);
-    const qsizetype left = entries.size() - (lines.size() - 1);
-    if (left > 0) {
-        lines.append(u"... and %1 more"_s.arg(left));
+    lines += entryLines(entries, terms);
+    const qsizetype listed = lines.size() - 1;
+    if (listed < entries.size()) {
+        lines.append(u"... and %1 more"_s.arg(entries.size() - listed));
     }
-    return lines.join(u'\n') + footerOf(mode);
+    return lines.join(u'\n') + footerOf(entries.first(listed), terms);
 }
 
 std::optional<QJsonObject> renderCallbackKeyboard(const QList<TelegramApprovalEntry> &entries,
-                                                  TelegramMode mode)
+                                                  const ChatTerms &terms)
 {
-    if (mode != TelegramMode::Polling) {
+    if (terms.mode != TelegramMode::Polling) {
         return std::nullopt;
     }
-    struct Button {
-        QString text;
-        ApprovalDecision decision;
-    };
-    const std::array<Button, 3> buttons {{{u"승인 "_s, ApprovalDecision::AllowOnce},
-                                          {u"거부 "_s, ApprovalDecision::Deny},
-                                          {u"영구 "_s, ApprovalDecision::AllowAlways}}};
     const auto candidates = entries.first(std::min(entries.size(), maxButtons));
-    const qsizetype count = listedCount(entries, mode);
+    const qsizetype count = listedCount(entries, terms);
     QJsonArray rows;
     for (qsizetype i = 0; i < count; ++i) {
         const TelegramApprovalEntry &entry = entries.at(i);
         if (!hasButtons(entry)) {
             continue;
         }
-        QJsonArray row;
-        for (const Button &button : buttons) {
-            row.append(QJsonObject {
-                {u"text"_s, QString(button.text + shortId(candidates, i))},
-                {u"callback_data"_s, callbackData(button.decision, entry.approvalId)}});
+        const QString shortened = shortId(candidates, i);
+        QJsonArray row = buttonRow(entry, shortened, offered(entry, terms));
+        if (offersToShow(entry, terms)) {
+            row.append(QJsonObject {{u"text"_s, ChatTr::tr("Show %1").arg(shortened)},
+                                    {u"callback_data"_s, showData(entry.approvalId)}});
         }
         rows.append(row);
     }
-    return rows.isEmpty() ? std::nullopt
-                          : std::optional(QJsonObject {{u"inline_keyboard"_s, rows}});
+    return inlineKeyboard(rows);
 }
 
 std::optional<QJsonObject> renderCommandKeyboard(const QList<TelegramApprovalEntry> &entries,
-                                                 TelegramMode mode)
+                                                 const ChatTerms &terms)
 {
-    if (mode == TelegramMode::Polling) {
+    if (terms.mode == TelegramMode::Polling) {
         return std::nullopt;
     }
     QJsonArray rows;
     for (const TelegramApprovalEntry &entry : entries) {
-        if (!canBeTyped(entry.approvalId)) {
-            continue;
+        addKeys(rows, entry, offered(entry, terms), offersToShow(entry, terms));
+    }
+    return commandKeyboard(rows);
+}
+
+std::optional<QJsonObject> renderDecisionKeys(const TelegramApprovalEntry &entry, bool isShownWhole,
+                                              const ChatTerms &terms)
+{
+    ChatTerms here = terms;
+    here.offersPartlyShown = terms.offersPartlyShown || isShownWhole;
+    const Decisions decisions
+        = here.offersPartlyShown ? offered(entry, here) : Decisions {ApprovalDecision::Deny};
+    QJsonArray rows;
+    if (terms.mode == TelegramMode::Polling) {
+        if (hasButtons(entry)) {
+            rows.append(buttonRow(entry, shortId({entry}, 0), decisions));
         }
-        const auto key = [&entry](ApprovalDecision decision) {
-            return QJsonObject {{u"text"_s, approvalCommand(entry.approvalId, decision)}};
-        };
-        rows.append(QJsonArray {key(ApprovalDecision::AllowOnce), key(ApprovalDecision::Deny)});
-        rows.append(QJsonArray {key(ApprovalDecision::AllowAlways)});
+        return inlineKeyboard(rows);
     }
-    if (rows.isEmpty()) {
-        return std::nullopt;
-    }
-    return QJsonObject {{u"keyboard"_s, rows},
-                        {u"resize_keyboard"_s, true},
-                        {u"one_time_keyboard"_s, true},
-                        {u"selective"_s, true},
-                        {u"input_field_placeholder"_s, u"Tap command to send approval"_s}};
+    addKeys(rows, entry, decisions, false);
+    return commandKeyboard(rows);
 }
 
 } // namespace bram

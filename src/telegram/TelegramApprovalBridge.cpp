@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "telegram/TelegramApprovalBridge.h"
 
+#include "audit/Redaction.h"
+#include "config/ValueParsers.h"
 #include "system/SystemLog.h"
-#include "telegram/DecisionTexts.h"
 #include "telegram/PendingMessage.h"
 #include "telegram/TelegramUpdates.h"
 
+#include <QCoreApplication>
 #include <QPointer>
 
 #include <utility>
@@ -17,6 +19,11 @@ using namespace Qt::StringLiterals;
 
 namespace
 {
+class BridgeTr
+{
+    Q_DECLARE_TR_FUNCTIONS(TelegramChat)
+};
+
 using Look = CallbackAnswers::Look;
 
 constexpr qsizetype maxLoggedStrangers = 100;
@@ -35,6 +42,39 @@ QString confirmation(ApprovalDecision decision)
     }
     Q_UNREACHABLE();
 }
+
+/// What the chat is told of a decision that was not started.
+QString refusalText(RemoteVerdict verdict)
+{
+    switch (verdict) {
+    case RemoteVerdict::Started:
+    case RemoteVerdict::NotPending:
+        return notPending;
+    case RemoteVerdict::Locked:
+        return BridgeTr::tr("Nothing can be decided in chats while the gateway refuses this "
+                            "program's token.");
+    case RemoteVerdict::Changed:
+        return BridgeTr::tr("The request is no longer what was shown here first. Decide it where "
+                            "BRAM runs.");
+    case RemoteVerdict::OlderThanRequest:
+        return BridgeTr::tr("This is older than the request as it is listed here now.");
+    case RemoteVerdict::NotShownWhole:
+        return BridgeTr::tr("Not all of this command has been shown here. Use Show, or /show and "
+                            "its id, and decide below that.");
+    }
+    Q_UNREACHABLE();
+}
+
+/// What the chat is told of a decision that it has no right to; nothing when it has.
+std::optional<QString> missingRight(ChatRight right, ApprovalDecision decision)
+{
+    if (covers(right, decision)) {
+        return std::nullopt;
+    }
+    return right == ChatRight::Deny
+        ? BridgeTr::tr("In this chat, requests can only be denied.")
+        : BridgeTr::tr("In this chat, requests can only be allowed once or denied.");
+}
 } // namespace
 
 TelegramApprovalBridge::TelegramApprovalBridge(const TelegramBotConfig &config, const QUrl &apiUrl,
@@ -50,8 +90,12 @@ TelegramApprovalBridge::TelegramApprovalBridge(const TelegramBotConfig &config, 
     for (const qint64 chatId : config.chatIds) {
         m_chats.emplace(chatId,
                         std::make_unique<TelegramChat>(
-                            chatId, config.mode(),
-                            TelegramChat::Collaborators {m_api, m_log, collaborators.tasks}));
+                            chatId, termsOf(config, chatId, &m_api.mask()),
+                            TelegramChat::Collaborators {.api = m_api,
+                                                         .memory = collaborators.memories[chatId],
+                                                         .clock = collaborators.clock,
+                                                         .log = m_log,
+                                                         .tasks = collaborators.tasks}));
     }
     connect(&m_polling, &UpdatePolling::updateReceived, this,
             &TelegramApprovalBridge::handleUpdate);
@@ -110,41 +154,60 @@ void TelegramApprovalBridge::handleCallbackUpdate(const QJsonObject &callbackQue
     const auto refuse = [&](const QString &text) {
         m_answers.answerCallbackQuery(callbackId, text, Look::Alert);
     };
-    const TelegramChat *chat = chatWith(chatId);
+    TelegramChat *chat = chatWith(chatId);
     if (chat == nullptr) {
         logStranger(chatId);
         refuse(u"허용되지 않은 채팅입니다"_s);
         return;
     }
-    if (m_config.agentsOf(*chatId).isEmpty()) {
-        logRefusal(u"no agent bound"_s, chatId);
+    const auto shown = parseShowData(callbackQuery.value("data"_L1).toString());
+    if (!shown && m_config.agentsOf(*chatId).isEmpty()) {
+        logRefusal(u"no agent bound"_s, chatId, callbackQuery);
         refuse(u"승인 권한이 없는 채팅입니다"_s);
+        return;
+    }
+    if (const auto why = foreignSender(*chatId, callbackQuery)) {
+        logRefusal(*why, chatId, callbackQuery);
+        refuse(BridgeTr::tr("You may not decide in this chat."));
+        return;
+    }
+    if (shown) {
+        show(*chat, *shown, callbackId);
         return;
     }
     const auto written = parseCallbackData(callbackQuery.value("data"_L1).toString());
     if (!written) {
-        logRefusal(u"unknown button"_s, chatId);
+        logRefusal(u"unknown button"_s, chatId, callbackQuery);
         refuse(u"지원하지 않는 작업"_s);
         return;
     }
-    if (chat->showsOutdated(written->approvalId)) {
-        logRefusal(u"request changed since it was shown"_s, chatId);
-        refuse(notPending);
+    if (const auto text = missingRight(m_config.rulesOf(*chatId).right, written->decision)) {
+        logRefusal(u"beyond the rights of the chat"_s, chatId, callbackQuery);
+        refuse(*text);
         return;
     }
+    if (chat->showsOutdated(written->approvalId)) {
+        logRefusal(u"request changed since it was shown"_s, chatId, callbackQuery);
+        refuse(refusalText(RemoteVerdict::Changed));
+        return;
+    }
+    const QJsonObject message = callbackQuery.value("message"_L1).toObject();
     const QPointer<TelegramApprovalBridge> self(this);
-    const bool isAccepted = m_onDecision({.approvalId = written->approvalId,
-                                          .decision = written->decision,
-                                          .chatId = *chatId,
-                                          .source = DecisionInputSource::CallbackButton,
-                                          .sender = senderOf(callbackQuery)});
+    const auto verdict = m_onDecision(
+        {.approvalId = written->approvalId,
+         .decision = written->decision,
+         .chatId = *chatId,
+         .source = DecisionInputSource::CallbackButton,
+         .sender = senderOf(callbackQuery),
+         .shown = chat->shownOf(written->approvalId, parseInt64(message.value("message_id"_L1)),
+                                dateOf(message))});
     if (!self || m_isStopped) {
         return;
     }
-    if (isAccepted) {
+    if (verdict == RemoteVerdict::Started) {
         m_answers.answerCallbackQuery(callbackId, confirmation(written->decision), Look::Note);
     } else {
-        refuse(notPending);
+        refuse(refusalText(verdict));
     }
 }
 
@@ -152,7 +215,8 @@ void TelegramApprovalBridge::handleMessageUpdate(const QJsonObject &message)
 {
     const auto text = parseApprovalText(message);
     const auto written = text ? parseApprovalCommand(*text) : std::nullopt;
-    if (!written) {
+    const auto shown = text ? parseShowCommand(*text) : std::nullopt;
+    if (!written && !shown) {
         return;
     }
     const auto chatId = parseChatIdFromMessage(message);
@@ -162,17 +226,70 @@ void TelegramApprovalBridge::handleMessageUpdate(const QJsonObject &message)
         return;
     }
     if (isForwardedOrEdited(message)) {
-        logRefusal(u"forwarded or edited message"_s, chatId);
+        logRefusal(u"forwarded or edited message"_s, chatId, message);
+        return;
+    }
+    const auto refuse = [chat](const QString &why) { chat->say(QString(u"BRAM: "_s + why)); };
+    if (const auto why = foreignSender(*chatId, message)) {
+        logRefusal(*why, chatId, message);
+        if (isFromAPerson(message)) { // two bots could answer each other for ever
+            refuse(BridgeTr::tr("You may not decide in this chat."));
+        }
+        return;
+    }
+    if (shown) {
+        show(*chat, *shown, {});
+        return;
+    }
+    if (const auto why = missingRight(m_config.rulesOf(*chatId).right, written->decision)) {
+        logRefusal(u"beyond the rights of the chat"_s, chatId, message);
+        refuse(*why);
         return;
     }
     const QPointer<TelegramApprovalBridge> self(this);
-    const bool isAccepted = m_onDecision({.approvalId = written->approvalId,
-                                          .decision = written->decision,
-                                          .chatId = *chatId,
-                                          .source = DecisionInputSource::CommandMessage,
-                                          .sender = senderOf(message)});
-    if (self && !m_isStopped && !isAccepted) {
-        chat->say(QString(u"BRAM: "_s + notPending));
+    const auto verdict = m_onDecision(
+        {.approvalId = written->approvalId,
+         .decision = written->decision,
+         .chatId = *chatId,
+         .source = DecisionInputSource::CommandMessage,
+         .sender = senderOf(message),
+         .shown = chat->shownOf(written->approvalId, std::nullopt, dateOf(message))});
+    if (self && !m_isStopped && verdict != RemoteVerdict::Started) {
+        refuse(refusalText(verdict));
+    }
+}
+
+std::optional<QString>
+TelegramApprovalBridge::foreignSender(qint64 chatId, const QJsonObject &messageOrQuery) const
+{
+    if (!isFromAPerson(messageOrQuery)) {
+        return u"sent by a bot, a channel or a group"_s;
+    }
+    const auto senders = m_config.rulesOf(chatId).senders;
+    if (senders && !senders->contains(senderIdOf(messageOrQuery).value_or(0))) {
+        return u"sender not listed for the chat"_s;
+    }
+    // Nobody knows who reads a channel, and all of them see its buttons.
+    if (!senders && isInAChannel(messageOrQuery.value("message"_L1).toObject())) {
+        return u"no senders listed for the channel"_s;
+    }
+    return std::nullopt;
+}
+
+void TelegramApprovalBridge::show(TelegramChat &chat, const QString &approvalId,
+                                  const QString &callbackId)
+{
+    using Showing = TelegramChat::Showing;
+    const auto showing = chat.show(approvalId);
+    const QString text = showing == Showing::Begun ? BridgeTr::tr("The command follows below.")
+        : showing == Showing::NotListed
+        ? notPending
+        : BridgeTr::tr("Other messages are still being sent. Try again in a moment.");
+    if (!callbackId.isEmpty()) {
+        m_answers.answerCallbackQuery(callbackId, text,
+                                      showing == Showing::Begun ? Look::Note : Look::Alert);
+    } else if (showing != Showing::Begun) {
+        chat.say(QString(u"BRAM: "_s + text));
     }
 }
 
@@ -182,10 +299,13 @@ TelegramChat *TelegramApprovalBridge::chatWith(std::optional<qint64> chatId) con
     return found == m_chats.end() ? nullptr : found->second.get();
 }
 
-void TelegramApprovalBridge::logRefusal(const QString &reason, std::optional<qint64> chatId)
+void TelegramApprovalBridge::logRefusal(const QString &reason, std::optional<qint64> chatId,
+                                        const QJsonObject &messageOrQuery)
 {
+    const QString sender = redacted(senderOf(messageOrQuery));
     m_log.write(QString(u"[Brackwen][Telegram] decision refused: "_s + reason + u" chat="_s
-                        + (chatId ? QString::number(*chatId) : u"nil"_s)));
+                        + (chatId ? QString::number(*chatId) : u"nil"_s)
+                        + (sender.isEmpty() ? QString() : u" sender="_s + sender)));
 }
 
 /// Once a chat: anybody can write to a bot, as often as they like.

@@ -2,6 +2,8 @@
 #pragma once
 
 #include "telegram/CallbackAnswers.h"
+#include "telegram/ChatMemory.h"
+#include "telegram/DecisionTexts.h"
 #include "telegram/TelegramApprovalEntry.h"
 #include "telegram/TelegramBotApi.h"
 #include "telegram/TelegramBotConfig.h"
@@ -41,6 +43,7 @@ class TelegramApprovalBridge final : public QObject
 public:
     struct Collaborators {
         QNetworkAccessManager &network; ///< outlives the bridge
+        ChatMemories &memories; ///< of this bridge and those before and after it
         const Clock &clock;
         SystemLog &log;
         BackgroundTasks &tasks;
@@ -70,7 +73,11 @@ private:
     void handleMessageUpdate(const QJsonObject &message);
     /// Null for a chat that is not configured, or none.
     TelegramChat *chatWith(std::optional<qint64> chatId) const;
-    void logRefusal(const QString &reason, std::optional<qint64> chatId);
+    /// Why nobody who sent this may do anything in the chat; nothing when they may.
+    std::optional<QString> foreignSender(qint64 chatId, const QJsonObject &messageOrQuery) const;
+    void show(TelegramChat &chat, const QString &approvalId, const QString &callbackId);
+    void logRefusal(const QString &reason, std::optional<qint64> chatId,
+                    const QJsonObject &messageOrQuery = {});
     void logStranger(std::optional<qint64> chatId);
 
     TelegramBotConfig m_config;

@@ -42,6 +42,9 @@ public:
     Reply<Result> call(const QString &method, const QJsonObject &payload,
                        std::chrono::seconds timeLimit = std::chrono::seconds(60));
 
+    /// What takes the bot's token out of texts.
+    const TokenMask &mask() const { return m_mask; }
+
     /// Ends all calls with `Stopped`; later ones end so at once.
     void stop();
 

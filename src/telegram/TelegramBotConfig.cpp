@@ -15,6 +15,13 @@ TelegramMode TelegramBotConfig::mode() const
                                              : TelegramMode::PublishOnlySafe;
 }
 
+bool TelegramBotConfig::isOpenToAll(qint64 chatId) const
+{
+    // Groups and channels have negative ids.
+    return chatId < 0 && mode() != TelegramMode::PublishOnlySafe && !agentsOf(chatId).isEmpty()
+        && !rulesOf(chatId).senders;
+}
+
 QStringList bridgeModeLogLines(const std::optional<TelegramBotConfig> &config)
 {
     if (!config) {

@@ -3,8 +3,11 @@
 
 #include "config/ValueParsers.h"
 #include "system/BackgroundTasks.h"
+#include "system/Clock.h"
 #include "system/SystemLog.h"
-#include "telegram/PendingMessage.h"
+#include "telegram/ChatMemory.h"
+#include "telegram/ChatText.h"
+#include "telegram/TelegramUpdates.h"
 
 #include <QJsonArray>
 
@@ -23,7 +26,6 @@ constexpr auto updateInterval = 1s;
 constexpr auto firstPause = 2s;
 constexpr std::chrono::seconds longestPause = 60s;
 constexpr int pausesToLongest = 5;
-constexpr qsizetype maxReplies = 20;
 
 /// Telegram refuses an edit that changes nothing; then the message already reads as it shall.
 bool isNotModified(const TelegramBotApi::Result &result)
@@ -40,19 +42,26 @@ const TelegramApprovalEntry *find(const QList<TelegramApprovalEntry> &entries,
 }
 
 std::optional<QJsonObject> keyboardFor(const QList<TelegramApprovalEntry> &entries,
-                                       TelegramMode mode)
+                                       const ChatTerms &terms)
 {
     // Nobody shall decide by a key what is not listed above it.
-    return mode == TelegramMode::Polling
-        ? renderCallbackKeyboard(entries, mode)
-        : renderCommandKeyboard(entries.first(listedCount(entries, mode)), mode);
+    return terms.mode == TelegramMode::Polling
+        ? renderCallbackKeyboard(entries, terms)
+        : renderCommandKeyboard(entries.first(listedCount(entries, terms)), terms);
+}
+
+std::optional<qint64> messageIdIn(const QJsonObject &answer)
+{
+    return parseInt64(answer.value("result"_L1).toObject().value("message_id"_L1));
 }
 } // namespace
 
-TelegramChat::TelegramChat(qint64 chatId, TelegramMode mode, const Collaborators &collaborators)
+TelegramChat::TelegramChat(qint64 chatId, const ChatTerms &terms,
+                           const Collaborators &collaborators)
     : m_chatId(chatId)
-    , m_mode(mode)
+    , m_terms(terms)
     , m_collaborators(collaborators)
+    , m_outbox(chatId, terms)
 {
     m_wakeUp.setSingleShot(true);
     connect(&m_wakeUp, &QTimer::timeout, this, &TelegramChat::next);
@@ -68,15 +77,47 @@ void TelegramChat::updatePending(const QList<TelegramApprovalEntry> &entries)
     }
     m_wanted = entries;
     m_wasEmptied = m_wasEmptied || entries.isEmpty();
+    m_collaborators.memory.update(entries, m_collaborators.clock.nowMs());
+    endOutdatedShowings();
     next();
 }
 
 void TelegramChat::say(const QString &text)
 {
-    if (m_replies.size() < maxReplies) {
-        m_replies.enqueue(text);
-    }
+    m_outbox.say(text);
     next();
+}
+
+TelegramChat::Showing TelegramChat::show(const QString &approvalId)
+{
+    const auto *entry = find(m_wanted, approvalId);
+    if (entry == nullptr) {
+        const auto beginsSo = [&](const TelegramApprovalEntry &each) {
+            return each.approvalId.startsWith(approvalId);
+        };
+        const auto found = std::ranges::find_if(m_wanted, beginsSo);
+        if (found == m_wanted.end() || std::ranges::count_if(m_wanted, beginsSo) != 1) {
+            return Showing::NotListed;
+        }
+        entry = &*found;
+    }
+    const bool isTaken = m_outbox.show(*entry);
+    next();
+    return isTaken ? Showing::Begun : Showing::Busy;
+}
+
+ShownInChat TelegramChat::shownOf(const QString &approvalId, std::optional<qint64> messageId,
+                                  std::optional<qint64> dateSeconds) const
+{
+    const auto *entry = find(m_wanted, approvalId);
+    const bool isOurs
+        = messageId && (messageId == m_messageId || m_outbox.hasShownWith(*messageId));
+    const auto &memory = m_collaborators.memory;
+    if (entry == nullptr
+        || (!isOurs && (!dateSeconds || memory.isOlderThan(approvalId, *dateSeconds)))) {
+        return ShownInChat::Nothing;
+    }
+    return memory.wasShownWhole(*entry) ? ShownInChat::Whole : ShownInChat::Part;
 }
 
 bool TelegramChat::showsOutdated(const QString &approvalId) const
@@ -108,18 +149,18 @@ bool TelegramChat::isOutOfDate() const
 
 void TelegramChat::next()
 {
-    const bool hasReply = !m_replies.isEmpty();
-    if (m_isCalling || m_isStopped || (!hasReply && !isOutOfDate())) {
+    const bool hasOther = !m_outbox.isEmpty();
+    if (m_isCalling || m_isStopped || (!hasOther && !isOutOfDate())) {
         return;
     }
-    const QDeadlineTimer due = hasReply ? m_callsFrom : std::max(m_callsFrom, m_updatesFrom);
+    const QDeadlineTimer due = hasOther ? m_callsFrom : std::max(m_callsFrom, m_updatesFrom);
     if (!due.hasExpired()) {
         m_wakeUp.start(std::chrono::ceil<std::chrono::milliseconds>(due.remainingTimeAsDuration()));
         return;
     }
     m_isCalling = true;
-    if (hasReply) {
-        m_collaborators.tasks.spawn(sendReply(this, m_replies.dequeue()), u"chat reply"_s);
+    if (hasOther) {
+        m_collaborators.tasks.spawn(sendFromOutbox(this, m_outbox.takeNext()), u"chat message"_s);
     } else {
         m_collaborators.tasks.spawn(bringUpToDate(this), u"chat update"_s);
     }
@@ -148,9 +189,8 @@ QCoro::Task<std::optional<BridgeError>>
 TelegramChat::upsertPendingMessage(QPointer<TelegramChat> self,
                                    QList<TelegramApprovalEntry> entries)
 {
-    QJsonObject payload {{u"chat_id"_s, self->m_chatId},
-                         {u"text"_s, renderPendingText(entries, self->m_mode)}};
-    if (const auto keyboard = keyboardFor(entries, self->m_mode)) {
+    QJsonObject payload = chatMessage(self->m_chatId, renderPendingText(entries, self->m_terms));
+    if (const auto keyboard = keyboardFor(entries, self->m_terms)) {
         payload.insert(u"reply_markup"_s, *keyboard);
     }
     self->rememberAttempt(entries);
@@ -160,7 +200,11 @@ TelegramChat::upsertPendingMessage(QPointer<TelegramChat> self,
         QJsonObject edit = payload;
         edit.insert(u"message_id"_s, *former);
         const auto edited = co_await self->m_collaborators.api.call(u"editMessageText"_s, edit);
-        if (!self || edited || isNotModified(edited)) {
+        if (!self) {
+            co_return std::nullopt;
+        }
+        self->noteServerTime(edited);
+        if (edited || isNotModified(edited)) {
             co_return std::nullopt;
         }
         if (!edited.error().isLasting()) {
@@ -177,7 +221,8 @@ TelegramChat::upsertPendingMessage(QPointer<TelegramChat> self,
     if (!sent) {
         co_return sent.error();
     }
-    self->m_messageId = parseInt64(sent->value("result"_L1).toObject().value("message_id"_L1));
+    self->noteServerTime(sent);
+    self->m_messageId = messageIdIn(*sent);
     if (!isFormerGone) {
         // Telegram edits no message that came with keys. It would go on showing an old list.
         const QJsonObject message {{u"chat_id"_s, self->m_chatId}, {u"message_id"_s, *former}};
@@ -190,8 +235,8 @@ QCoro::Task<std::optional<BridgeError>> TelegramChat::retireMessage(QPointer<Tel
 {
     const QJsonObject message {{u"chat_id"_s, self->m_chatId},
                                {u"message_id"_s, *self->m_messageId}};
-    QJsonObject edit = message;
-    edit.insert(u"text"_s, QString(nothingPendingText));
+    QJsonObject edit = chatMessage(self->m_chatId, nothingPendingText);
+    edit.insert(u"message_id"_s, *self->m_messageId);
     edit.insert(u"reply_markup"_s, QJsonObject {{u"inline_keyboard"_s, QJsonArray()}});
     const auto edited = co_await self->m_collaborators.api.call(u"editMessageText"_s, edit);
     if (!self) {
@@ -216,18 +261,52 @@ QCoro::Task<std::optional<BridgeError>> TelegramChat::retireMessage(QPointer<Tel
     co_return std::nullopt;
 }
 
-QCoro::Task<> TelegramChat::sendReply(QPointer<TelegramChat> self, QString text)
+QCoro::Task<> TelegramChat::sendFromOutbox(QPointer<TelegramChat> self, ChatOutbox::Call call)
 {
-    const QJsonObject payload {{u"chat_id"_s, self->m_chatId}, {u"text"_s, text}};
-    const auto sent = co_await self->m_collaborators.api.call(u"sendMessage"_s, payload);
-    if (!self) {
-        co_return;
+    if (call.isWhole) {
+        // Before the answer: a person may be faster.
+        self->m_collaborators.memory.noteShownWhole(*call.shows);
     }
-    self->m_isCalling = false;
-    if (!sent && sent.error().retryAfter) {
-        self->m_callsFrom = QDeadlineTimer(*sent.error().retryAfter);
+    const auto sent = co_await self->m_collaborators.api.call(call.method, call.payload);
+    if (self) {
+        self->onSent(call, sent);
     }
-    self->next();
+}
+
+void TelegramChat::onSent(const ChatOutbox::Call &call, const TelegramBotApi::Result &sent)
+{
+    m_isCalling = false;
+    noteServerTime(sent);
+    if (sent) {
+        m_outbox.onSent(call, messageIdIn(*sent));
+    } else if (sent.error().retryAfter) {
+        m_callsFrom = QDeadlineTimer(*sent.error().retryAfter);
+        m_outbox.putBack(call);
+    } else {
+        m_outbox.onFailed(call);
+        if (call.shows) {
+            m_collaborators.log.write(
+                QString(u"[Brackwen][Telegram] showing a command failed (chat=%1): "_s.arg(m_chatId)
+                        + sent.error().description()));
+        }
+    }
+    endOutdatedShowings(); // the list may have changed meanwhile
+    next();
+}
+
+void TelegramChat::endOutdatedShowings()
+{
+    m_outbox.end([this](const TelegramApprovalEntry &entry) {
+        const auto *wanted = find(m_wanted, entry.approvalId);
+        return wanted == nullptr || *wanted != entry;
+    });
+}
+
+void TelegramChat::noteServerTime(const TelegramBotApi::Result &answer)
+{
+    if (const auto date = answer ? dateOf(answer->value("result"_L1).toObject()) : std::nullopt) {
+        m_collaborators.memory.noteServerTime(*date, m_collaborators.clock.nowMs());
+    }
 }
 
 void TelegramChat::rememberAttempt(const QList<TelegramApprovalEntry> &entries)
@@ -238,6 +317,11 @@ void TelegramChat::rememberAttempt(const QList<TelegramApprovalEntry> &entries)
     for (const TelegramApprovalEntry &entry : entries) {
         if (!m_perhapsShown.contains(entry)) {
             m_perhapsShown.append(entry);
+        }
+    }
+    for (const TelegramApprovalEntry &entry : entries.first(listedCount(entries, m_terms))) {
+        if (isShownWholeInList(entry.command, m_terms.mask)) {
+            m_collaborators.memory.noteShownWhole(entry);
         }
     }
 }

@@ -2,16 +2,18 @@
 #pragma once
 
 #include "telegram/BridgeError.h"
+#include "telegram/ChatOutbox.h"
+#include "telegram/PendingMessage.h"
 #include "telegram/TelegramApprovalEntry.h"
 #include "telegram/TelegramBotApi.h"
 #include "telegram/TelegramBotConfig.h"
+#include "telegram/TelegramDecision.h"
 
 #include <QCoro/QCoroTask>
 #include <QDeadlineTimer>
 #include <QList>
 #include <QObject>
 #include <QPointer>
-#include <QQueue>
 #include <QTimer>
 
 #include <optional>
@@ -20,6 +22,8 @@ namespace bram
 {
 
 class BackgroundTasks;
+class ChatMemory;
+class Clock;
 class SystemLog;
 
 /// One chat: its status message, which it keeps at the newest list, and what else it is told. One call at a
@@ -32,11 +36,13 @@ class TelegramChat final : public QObject
 public:
     struct Collaborators {
         TelegramBotApi &api;
+        ChatMemory &memory; ///< of this chat
+        const Clock &clock;
         SystemLog &log;
         BackgroundTasks &tasks;
     };
 
-    TelegramChat(qint64 chatId, TelegramMode mode, const Collaborators &collaborators);
+    TelegramChat(qint64 chatId, const ChatTerms &terms, const Collaborators &collaborators);
 
     /// What the status message shall list. A list that was empty in between ends the message, so that the
     /// next request comes as a new one, which phones announce.
@@ -44,6 +50,21 @@ public:
 
     /// A message of its own, once; dropped when it cannot be sent.
     void say(const QString &text);
+
+    /// What becomes of the wish to be shown a command whole.
+    enum class Showing {
+        Begun,
+        NotListed,
+        Busy, ///< enough is being sent already
+    };
+    /// Sends the command of the request in messages of its own, with the keys for it below the last. The
+    /// beginning of an id is enough if it is that of one listed request.
+    Showing show(const QString &approvalId);
+
+    /// What the chat had been given of the request by an order of this date, or by a button under this
+    /// message, which is of that date.
+    ShownInChat shownOf(const QString &approvalId, std::optional<qint64> messageId,
+                        std::optional<qint64> dateSeconds) const;
 
     /// Whether the status message may still show this request as it is no longer: whoever decides it from
     /// there has read something else.
@@ -59,21 +80,24 @@ private:
     static QCoro::Task<std::optional<BridgeError>>
     upsertPendingMessage(QPointer<TelegramChat> self, QList<TelegramApprovalEntry> entries);
     static QCoro::Task<std::optional<BridgeError>> retireMessage(QPointer<TelegramChat> self);
-    static QCoro::Task<> sendReply(QPointer<TelegramChat> self, QString text);
+    static QCoro::Task<> sendFromOutbox(QPointer<TelegramChat> self, ChatOutbox::Call call);
+    void onSent(const ChatOutbox::Call &call, const TelegramBotApi::Result &sent);
+    void endOutdatedShowings();
+    void noteServerTime(const TelegramBotApi::Result &answer);
     void rememberAttempt(const QList<TelegramApprovalEntry> &entries);
     void onUpdated(const QList<TelegramApprovalEntry> &entries,
                    const std::optional<BridgeError> &error);
     void postpone(const BridgeError &error);
 
     qint64 m_chatId;
-    TelegramMode m_mode;
+    ChatTerms m_terms;
     Collaborators m_collaborators;
     QList<TelegramApprovalEntry> m_wanted;
     bool m_wasEmptied = false; ///< since the status message was sent
     std::optional<qint64> m_messageId; ///< of the status message
     QList<TelegramApprovalEntry> m_shown; ///< in it, as its last confirmed change has it
     QList<TelegramApprovalEntry> m_perhapsShown; ///< by changes that are not confirmed (yet)
-    QQueue<QString> m_replies; ///< not sent yet
+    ChatOutbox m_outbox;
     bool m_isCalling = false;
     bool m_isRefused = false; ///< until the next list, because another try would end alike
     int m_failures = 0; ///< in a row, of a kind that passes

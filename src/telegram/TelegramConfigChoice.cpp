@@ -64,6 +64,31 @@ bool mayPoll(const QString &token, const TelegramConfigSources &sources)
         && sources.fallback->channelToken == token;
     return !isShared || isSharedPollingAllowed(sources);
 }
+
+/// The rules of the environment, else those of the file.
+std::optional<WrittenChatRules>
+rulesOf(const TelegramConfigSources &sources, const QString &name,
+        std::optional<WrittenChatRules> TelegramConfigFallback::*inFile)
+{
+    if (const auto text = sources.environment.trimmed(name)) {
+        return chatRulesOfText(name, *text);
+    }
+    return sources.fallback ? (*sources.fallback).*inFile : std::nullopt;
+}
+
+void applyRules(const TelegramConfigSources &sources, TelegramConfigChoice &choice)
+{
+    using File = TelegramConfigFallback;
+    TelegramBotConfig &config = *choice.config;
+    const auto senders = rulesOf(sources, u"BRACKWEN_TELEGRAM_SENDERS"_s, &File::senders);
+    if (senders && !applySenders(*senders, config.chatIds, config.chatRules)) {
+        choice.unreadableRules.append(senders->name);
+    }
+    const auto rights = rulesOf(sources, u"BRACKWEN_TELEGRAM_RIGHTS"_s, &File::rights);
+    if (rights && !applyRights(*rights, config.chatIds, config.chatRules)) {
+        choice.unreadableRules.append(rights->name);
+    }
+}
 } // namespace
 
 TelegramConfigChoice telegramConfig(const TelegramConfigSources &sources)
@@ -94,7 +119,9 @@ TelegramConfigChoice telegramConfig(const TelegramConfigSources &sources)
         && (isOn(environment, u"BRACKWEN_TELEGRAM_ENABLE_PUBLISH_ONLY_COMMAND_POLLING"_s)
             || isOn(environment, u"BRACKWEN_TELEGRAM_COMMAND_POLLING"_s));
     config.dryRun = isOn(environment, u"BRACKWEN_TELEGRAM_DRY_RUN"_s);
+    config.offersPartlyShown = sources.offersPartlyShown;
     choice.config = config;
+    applyRules(sources, choice);
     return choice;
 }
 

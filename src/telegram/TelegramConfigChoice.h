@@ -7,6 +7,7 @@
 #include "telegram/TelegramConfigFallback.h"
 
 #include <QString>
+#include <QStringList>
 
 #include <optional>
 
@@ -23,12 +24,14 @@ struct TelegramConfigSources {
     std::optional<QString> storedToken {}; ///< from the keyring; blank counts as none
     std::optional<TelegramConfigFallback> fallback {};
     bool allowSharedBotPollingOverride = false; ///< the switch in the settings
+    bool offersPartlyShown = false; ///< another one
 };
 
 struct TelegramConfigChoice {
     TelegramTokenSource tokenSource
         = TelegramTokenSource::Missing; ///< also without a configuration
     std::optional<TelegramBotConfig> config; ///< nothing: no token, or no chat
+    QStringList unreadableRules {}; ///< where rules for chats stand that took rights away
 
     bool operator==(const TelegramConfigChoice &) const = default;
 };

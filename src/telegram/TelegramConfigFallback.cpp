@@ -23,6 +23,13 @@ void addChat(const QJsonValue &value, TelegramConfigFallback &fallback)
     }
 }
 
+std::optional<WrittenChatRules> rulesIn(const QJsonObject &channel, const QString &key)
+{
+    return channel.contains(key)
+        ? std::optional(chatRulesOfJson(u"channels.telegram."_s + key, channel.value(key)))
+        : std::nullopt;
+}
+
 void readBindings(const QJsonArray &bindings, TelegramConfigFallback &fallback)
 {
     for (const QJsonValue &value : bindings) {
@@ -46,6 +53,8 @@ void readChannel(const QJsonObject &channel, TelegramConfigFallback &fallback)
                                   "allowSharedPolling"_L1};
     fallback.allowSharedBotPolling = std::ranges::any_of(
         sharing, [&](auto key) { return parseBool(channel.value(key)) == true; });
+    fallback.senders = rulesIn(channel, u"approvalsSenders"_s);
+    fallback.rights = rulesIn(channel, u"approvalsRights"_s);
     addChat(channel.value("approvalsChatId"_L1), fallback);
     for (const QJsonValue &value : channel.value("allowFrom"_L1).toArray()) {
         addChat(value, fallback);

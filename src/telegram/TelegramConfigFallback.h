@@ -2,6 +2,7 @@
 #pragma once
 
 #include "config/BrackwenConfig.h"
+#include "telegram/ChatRules.h"
 
 #include <QJsonObject>
 #include <QMap>
@@ -21,6 +22,8 @@ struct TelegramConfigFallback {
     bool channelEnabled = false; ///< the platform's own Telegram channel
     std::optional<QString> channelToken; ///< the bot that this channel polls
     bool allowSharedBotPolling = false;
+    std::optional<WrittenChatRules> senders; ///< who may decide, by chat
+    std::optional<WrittenChatRules> rights; ///< what may be decided, by chat
 
     bool operator==(const TelegramConfigFallback &) const = default;
 };

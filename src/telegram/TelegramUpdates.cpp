@@ -56,6 +56,31 @@ bool isForwardedOrEdited(const QJsonObject &message)
     return std::ranges::any_of(signs, [&](auto key) { return message.contains(key); });
 }
 
+bool isFromAPerson(const QJsonObject &messageOrQuery)
+{
+    const QJsonObject sender = messageOrQuery.value("from"_L1).toObject();
+    return senderIdOf(messageOrQuery) && !sender.value("is_bot"_L1).toBool()
+        && !messageOrQuery.contains("via_bot"_L1) && !messageOrQuery.contains("sender_chat"_L1)
+        && !isInAChannel(messageOrQuery);
+}
+
+bool isInAChannel(const QJsonObject &message)
+{
+    return message.value("chat"_L1).toObject().value("type"_L1).toString() == "channel"_L1;
+}
+
+std::optional<qint64> senderIdOf(const QJsonObject &messageOrQuery)
+{
+    return parseInt64(messageOrQuery.value("from"_L1).toObject().value("id"_L1));
+}
+
+std::optional<qint64> dateOf(const QJsonObject &message)
+{
+    const qint64 seconds = std::max(parseInt64(message.value("date"_L1)).value_or(0),
+                                    parseInt64(message.value("edit_date"_L1)).value_or(0));
+    return seconds > 0 ? std::optional(seconds) : std::nullopt;
+}
+
 QString senderOf(const QJsonObject &messageOrQuery)
 {
     const QJsonObject chat = messageOrQuery.value("sender_chat"_L1).toObject();

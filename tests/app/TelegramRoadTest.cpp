@@ -268,6 +268,35 @@ TEST_F(TelegramRoad, WhoMayNotDecideChangesNothing)
     expectNoTokenAnywhere(*bram);
 }
 
+TEST_F(TelegramRoad, ACommandIsReadWholeBeforeItIsAllowed)
+{
+    configure();
+    environment.insert(u"BRACKWEN_TELEGRAM_BOT_TOKEN"_s, token);
+    environment.insert(u"BRACKWEN_TELEGRAM_RIGHTS"_s, u"-501:once"_s);
+    const QString hidden = u"; find ~/work -delete"_s;
+    const QString command = u"cat README.md "_s + QString(60, u'x') + hidden;
+    auto gateway = startGateway(u"wait-client\nrequest cut main "_s + command
+                                + u"\nrequest plain main ls\n"_s);
+    auto bram = startBram();
+    button(u"allow:plain"_s);
+    ASSERT_TRUE(shows(u"Everybody in this group may decide"_s));
+    for (const auto &shown : bot.chats().pressable(chat)) {
+        EXPECT_NE(shown.button.data, u"allow:cut"_s);
+        EXPECT_FALSE(shown.button.data.startsWith(u"allow-always:"_s));
+    }
+    bot.say(chat, u"/approve cut allow-once"_s);
+    ASSERT_TRUE(shows(u"BRAM: Not all of this command has been shown here."_s));
+    press(u"show:cut"_s);
+    ASSERT_TRUE(shows(command.last(40)));
+    EXPECT_EQ(gateway->output().count(u"decision cut"_s), 0);
+    press(u"allow:cut"_s);
+    ASSERT_TRUE(gateway->says(u"decision cut allow-once accepted"_s));
+    bram->send(u"telegram status"_s);
+    ASSERT_TRUE(bram->says(u"Chat -501: everybody in this group may decide."_s));
+    ASSERT_TRUE(bram->says(u"Chat -501: requests can be allowed once or denied."_s));
+    expectNoTokenAnywhere(*bram);
+}
+
 TEST_F(TelegramRoad, PracticeHasAChatOfItsOwn)
 {
     configure();

@@ -34,6 +34,8 @@ void checkUpdate(const QJsonObject &update)
                     || senderOf(content).contains(u'⟨'),
                 "a sender is fit to be shown");
         isForwardedOrEdited(content);
+        isFromAPerson(content);
+        dateOf(content);
         parseChatIdFromMessage(content);
         parseChatIdFromCallbackQuery(content);
         if (const auto text = parseApprovalText(content)) {
@@ -70,7 +72,14 @@ void checkRendering(const QString &text)
     }
     constexpr std::array modes {TelegramMode::Polling, TelegramMode::PublishOnlyCommandPolling,
                                 TelegramMode::PublishOnlySafe};
-    const TelegramMode mode = modes[static_cast<size_t>(text.size()) % modes.size()];
+    const TokenMask mask(token);
+    const ChatTerms mode {.mode = modes[static_cast<size_t>(text.size()) % modes.size()],
+                          .mask = &mask};
+    for (const TelegramApprovalEntry &entry : entries) {
+        for (const QString &message : renderWholeCommand(entry, mode).messages) {
+            require(message.size() < 4096 && areMarksWhole(message), "a part of a command fits");
+        }
+    }
     const QString shown = renderPendingText(entries, mode);
     require(shown.size() < 4096 && shown.isValidUtf16(), "a message fits");
     require(areMarksWhole(shown), "no mark is cut in half");
@@ -85,12 +94,12 @@ void checkRendering(const QString &text)
     const auto keys = renderCommandKeyboard(entries, mode).value_or(QJsonObject());
     for (const QJsonValue &row : keys.value("keyboard"_L1).toArray()) {
         for (const QJsonValue &key : row.toArray()) {
-            const auto written = parseApprovalCommand(key["text"_L1].toString());
-            require(written
-                        && std::ranges::any_of(entries,
-                                               [&](const auto &entry) {
-                                                   return entry.approvalId == written->approvalId;
-                                               }),
+            const QString said = key["text"_L1].toString();
+            const auto written = parseApprovalCommand(said);
+            const auto id
+                = written ? written->approvalId : parseShowCommand(said).value_or(QString());
+            require(std::ranges::any_of(entries,
+                                        [&](const auto &entry) { return entry.approvalId == id; }),
                     "a key says a command about a request of the list");
         }
     }

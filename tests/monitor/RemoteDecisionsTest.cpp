@@ -19,7 +19,8 @@ protected:
                 .decision = ApprovalDecision::AllowOnce,
                 .chatId = chat,
                 .source = DecisionInputSource::CommandMessage,
-                .sender = u"Mina (@mina, id 77)"_s};
+                .sender = u"Mina (@mina, id 77)"_s,
+                .shown = ShownInChat::Whole};
     }
 };
 } // namespace
@@ -44,15 +45,27 @@ TEST_F(RemoteDecision, EveryCheckRefusesAndSaysSoInItsOrder)
     request(nobodys);
     request(others);
 
+    request(item("second"));
+
+    using Decision = ApprovalDecision;
     const QSet<QString> toMain {u"main"_s};
     const struct {
         bool isLocked;
         QString selected;
         QString approvalId;
         QSet<QString> bound;
-        QString logged; ///< after "[Brackwen][Telegram] decision "; empty: nothing
+        QString logged; ///< between "[Brackwen][Telegram] decision " and the sender; empty: nothing
+        RemoteVerdict verdict = RemoteVerdict::NotPending;
+        ApprovalDecision decision = ApprovalDecision::AllowOnce;
+        ShownInChat shown = ShownInChat::Whole;
+        bool offersPartlyShown = false;
     } rows[] {
-        {true, u"main"_s, u"unknown"_s, {}, u"blocked by remote lock chat=501 reason=revoked"_s},
+        {true,
+         u"main"_s,
+         u"unknown"_s,
+         {},
+         u"blocked by remote lock chat=501 reason=revoked"_s,
+         RemoteVerdict::Locked},
         {false, u"main"_s, u"unknown"_s, {}, {}},
         {false, u"other"_s, u"mains"_s, {}, u"denied: unbound chat chat=501"_s},
         {false, u"other"_s, u"mains"_s, toMain,
@@ -63,6 +76,31 @@ TEST_F(RemoteDecision, EveryCheckRefusesAndSaysSoInItsOrder)
          u"denied: agent not bound chat=501 pendingAgent=nil"_s},
         {false, everyAgent, u"others"_s, toMain,
          u"denied: agent not bound chat=501 pendingAgent=other⟨U+202E⟩"_s},
+        {false, u"main"_s, u"mains"_s, toMain, u"denied: older than the request chat=501"_s,
+         RemoteVerdict::OlderThanRequest, Decision::Deny, ShownInChat::Nothing},
+        {false, u"main"_s, u"mains"_s, toMain, u"denied: older than the request chat=501"_s,
+         RemoteVerdict::OlderThanRequest, Decision::AllowOnce, ShownInChat::Nothing, true},
+        {false, u"main"_s, u"mains"_s, toMain, u"denied: command not shown whole chat=501"_s,
+         RemoteVerdict::NotShownWhole, Decision::AllowOnce, ShownInChat::Part},
+        {false, u"main"_s, u"mains"_s, toMain, u"denied: command not shown whole chat=501"_s,
+         RemoteVerdict::NotShownWhole, Decision::AllowAlways, ShownInChat::Part},
+        {false,
+         u"main"_s,
+         u"mains"_s,
+         toMain,
+         {},
+         RemoteVerdict::Started,
+         Decision::Deny,
+         ShownInChat::Part},
+        {false,
+         u"main"_s,
+         u"second"_s,
+         toMain,
+         {},
+         RemoteVerdict::Started,
+         Decision::AllowOnce,
+         ShownInChat::Part,
+         true},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(qPrintable(row.approvalId + u' ' + row.logged));
@@ -72,24 +110,28 @@ TEST_F(RemoteDecision, EveryCheckRefusesAndSaysSoInItsOrder)
         const qsizetype before = log.lines().size();
         TelegramBotConfig config;
         config.chatAgentMap.insert(chat, row.bound);
-        EXPECT_FALSE(decisions.decide(decision(row.approvalId), config));
+        config.offersPartlyShown = row.offersPartlyShown;
+        TelegramDecision taken = decision(row.approvalId);
+        taken.decision = row.decision;
+        taken.shown = row.shown;
+        EXPECT_EQ(decisions.decide(taken, config), row.verdict);
         const QStringList logged = log.lines().mid(before).filter(u"[Telegram] decision"_s);
         EXPECT_EQ(logged,
                   row.logged.isEmpty()
                       ? QStringList()
-                      : QStringList {u"[Brackwen][Telegram] decision "_s + row.logged});
+                      : QStringList {u"[Brackwen][Telegram] decision "_s + row.logged
+                                     + u" sender=Mina (@mina, id 77)"_s});
     }
-    EXPECT_TRUE(received.isEmpty());
 
-    core->agents().setSelectedAgent(u"main"_s);
     TelegramBotConfig config;
     config.chatAgentMap.insert(chat, toMain);
-    EXPECT_TRUE(decisions.decide(decision(u"mains"_s), config));
-    EXPECT_FALSE(decisions.decide(decision(u"mains"_s), config)) << "one is under way";
-    ASSERT_TRUE(waitSettled(2));
-    EXPECT_EQ(received.size(), 1);
+    EXPECT_EQ(decisions.decide(decision(u"mains"_s), config), RemoteVerdict::NotPending)
+        << "one is under way";
+    ASSERT_TRUE(waitSettled(3));
+    EXPECT_EQ(received.size(), 2);
     const auto records = core->audit().records(0);
-    for (const auto &kind : {AuditKind::approvalDecisionRequested, AuditKind::approvalResolved}) {
+    for (const auto &kind : {AuditKind::approvalDecisionRequested, AuditKind::approvalResolved,
+                             AuditKind::approvalDecisionIgnoredDuplicate}) {
         const auto found = std::ranges::find(records, QString(kind), &AuditEventRecord::kind);
         ASSERT_NE(found, records.end());
         EXPECT_EQ(found->source, u"telegram-command"_s);
@@ -97,6 +139,24 @@ TEST_F(RemoteDecision, EveryCheckRefusesAndSaysSoInItsOrder)
         EXPECT_TRUE(found->note->contains(u"chat=501 sender=Mina (@mina, id 77)"_s));
     }
     EXPECT_EQ(board().activity().first().detail, u"ls … [telegram-command]"_s);
+
+    // Who it was is on record, whatever came of it.
+    ApprovalItem late = item("late");
+    late.expiresAtMs = clock.current + 1000;
+    request(late);
+    request(item("fails"));
+    gateway.setDecisionBehaviour({.fault = DecisionFault::AnswerError, .text = u"no"_s});
+    EXPECT_EQ(decisions.decide(decision(u"fails"_s), config), RemoteVerdict::Started);
+    ASSERT_TRUE(waitSettled(4));
+    clock.current += 1000;
+    EXPECT_EQ(decisions.decide(decision(u"late"_s), config), RemoteVerdict::NotPending);
+    const auto all = core->audit().records(0);
+    const auto withSender = [&](const AuditEventRecord &record) {
+        return record.note.value_or(QString()).contains(u"sender=Mina (@mina, id 77)"_s);
+    };
+    EXPECT_EQ(all.at(all.size() - 2).kind, AuditKind::approvalResolveFailed);
+    EXPECT_EQ(all.last().kind, AuditKind::approvalExpired);
+    EXPECT_TRUE(withSender(all.at(all.size() - 2)) && withSender(all.last()));
 }
 
 TEST_F(RemoteDecision, WhatHasChangedSinceItWasShownIsLeftToThisMachine)

@@ -127,11 +127,19 @@ TEST_F(Supervisor, AKeyringThatWaitsOrFailsHoldsNothingUpAndIsSaid)
     request(item("waiting"));
 
     keyring.readsFail = true;
+    keyring.isLocked = true;
     keyring.endPrompts();
     ASSERT_TRUE(logs(u"the keyring did not give the bot token: "_s + FaultySecretStore::errorText));
     ASSERT_TRUE(logs(off));
-    EXPECT_EQ(telegram().status().problem, FaultySecretStore::errorText);
-    EXPECT_FALSE(telegram().status().isWaitingForKeyring);
+    EXPECT_TRUE(telegram().status().isWaitingForKeyring);
+    EXPECT_EQ(telegram().status().problem, QString());
+
+    // None at all is a keyring without a token, and no failure.
+    keyring.isLocked = false;
+    keyring.promptedRead.clear();
+    telegram().configureTelegramBridge();
+    ASSERT_TRUE(logs(off));
+    EXPECT_EQ(telegram().status(), TelegramStatus());
 
     keyring.readsFail = false;
     keyring.promptedRead.clear();
@@ -160,6 +168,54 @@ TEST_F(Supervisor, AKeyringThatWaitsOrFailsHoldsNothingUpAndIsSaid)
     core->monitor().stop();
     ASSERT_TRUE(waitUntil([this] { return core->tasks().running().isEmpty(); }));
     core.reset();
+}
+
+TEST_F(Supervisor, TheSwitchAndTheRulesOfTheFileHoldAtOnce)
+{
+    environmentExtras.insert(u"BRACKWEN_TELEGRAM_BOT_TOKEN"_s, token);
+    writeConfiguration(boundConfiguration());
+    makeConnectedCore();
+    request(item("lines", "echo ok\nrm x"));
+    ASSERT_TRUE(chatShows(u"echo ok⏎rm x"_s));
+    const auto buttons = [this] {
+        QStringList data;
+        for (const auto &shown : bot.chats().pressable(chat)) {
+            data.append(shown.button.data);
+        }
+        return data.join(u' ');
+    };
+    EXPECT_EQ(buttons(), u"deny:lines show:lines"_s);
+    ASSERT_TRUE(waitUntil([&] { return bot.isPolled(); }));
+    bot.say(chat, u"/approve lines allow-once"_s);
+    ASSERT_TRUE(logs(u"decision denied: command not shown whole chat=501 sender=id 7001"_s));
+    ASSERT_TRUE(chatShows(u"BRAM: Not all of this command has been shown here."_s));
+
+    core->allowPartlyShown().setOn(true);
+    ASSERT_TRUE(waitUntil([&] { return buttons().contains(u"allow-always:lines"_s); }));
+    QJsonObject ruled = boundConfiguration();
+    const QJsonObject rules {{u"approvalsSenders"_s, QJsonObject {{u"501"_s, u"mina"_s}}},
+                             {u"approvalsRights"_s, QJsonObject {{u"501"_s, u"once"_s}}}};
+    ruled.insert(u"channels"_s, QJsonObject {{u"telegram"_s, rules}});
+    writeConfiguration(ruled);
+    ASSERT_TRUE(logs(u"channels.telegram.approvalsSenders cannot be read in part"_s));
+    ASSERT_TRUE(waitUntil([&] { return telegram().status().chatRules.size() == 1; }));
+    EXPECT_EQ(telegram().status().chatRules.value(chat),
+              (ChatRules {QSet<qint64>(), ChatRight::AllowOnce}));
+    bot.say(chat, u"/approve lines deny"_s);
+    ASSERT_TRUE(logs(u"decision refused: sender not listed for the chat chat=501"_s));
+    EXPECT_TRUE(received.isEmpty());
+
+    // What was shown in a chat is known to the bridge that comes after, and so is when.
+    core->allowPartlyShown().setOn(false);
+    writeConfiguration(boundConfiguration());
+    ASSERT_TRUE(waitUntil([&] { return telegram().status().chatRules.isEmpty(); }));
+    bot.say(chat, u"/show lines"_s);
+    ASSERT_TRUE(chatShows(u"│ echo ok\n│ rm x"_s));
+    bot.close();
+    bot.say(chat, u"/approve lines allow-once"_s);
+    telegram().configureTelegramBridge();
+    EXPECT_TRUE(bot.listen());
+    EXPECT_TRUE(waitUntil([&] { return received.size() == 1; }));
 }
 
 TEST_F(Supervisor, ShowsOnlyTheChosenAgentsRequestsAndSendsThemOnce)

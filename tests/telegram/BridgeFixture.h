@@ -45,9 +45,9 @@ protected:
             config, url.isEmpty() ? api.url() : url,
             [this](const TelegramDecision &decision) {
                 decisions.append(decision);
-                return accepts;
+                return verdict;
             },
-            TelegramApprovalBridge::Collaborators {network, bridgeClock, log, tasks});
+            TelegramApprovalBridge::Collaborators {network, memories, bridgeClock, log, tasks});
         bridge->start();
     }
     static TelegramApprovalEntry entry(const QString &id,
@@ -76,16 +76,23 @@ protected:
 
     static constexpr qint64 bound = 501;
     static constexpr qint64 unbound = 502;
+    static constexpr qint64 group = -77;
     const QString token = QStringLiteral("123456:AAEhBOweik6ad9r_QXMENQjcrGbqCr4K-bc");
-    SystemClock clock;
+    /// The Bot API's own: that of the machine, or as far ahead of it as a test says.
+    struct ApiClock final : Clock {
+        qint64 nowMs() const override { return SystemClock().nowMs() + aheadMs; }
+        qint64 aheadMs = 0;
+    };
+    ApiClock clock;
     ManualClock bridgeClock;
-    PracticeBotApi api {{.token = token, .chatIds = {bound, unbound}}, clock};
+    PracticeBotApi api {{.token = token, .chatIds = {bound, unbound, group}}, clock};
     QNetworkAccessManager network;
     RecordingLog log;
     BackgroundTasks tasks {log};
     TelegramBotConfig config;
     QList<TelegramDecision> decisions;
-    bool accepts = true;
+    RemoteVerdict verdict = RemoteVerdict::Started;
+    ChatMemories memories;
     std::unique_ptr<TelegramApprovalBridge> bridge;
 };
 

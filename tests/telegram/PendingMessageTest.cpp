@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "telegram/PendingMessage.h"
+#include "telegram/TokenMask.h"
 
 #include <QElapsedTimer>
 #include <QJsonArray>
@@ -17,9 +18,10 @@ namespace
 {
 using Entries = QList<TelegramApprovalEntry>;
 
-constexpr auto polling = TelegramMode::Polling;
-constexpr auto commands = TelegramMode::PublishOnlyCommandPolling;
-constexpr auto safe = TelegramMode::PublishOnlySafe;
+constexpr ChatTerms polling {.mode = TelegramMode::Polling};
+constexpr ChatTerms commands {.mode = TelegramMode::PublishOnlyCommandPolling};
+constexpr ChatTerms safe {.mode = TelegramMode::PublishOnlySafe};
+const QString token = u"123456789:AAEhBOweik6ad9r_QXMENQjcrGbqCr4K-bc"_s;
 
 Entries numbered(int count, const QString &command = u"ls"_s)
 {
@@ -32,15 +34,18 @@ Entries numbered(int count, const QString &command = u"ls"_s)
 }
 
 /// The second line of the text: that of the only entry.
-std::string line(const TelegramApprovalEntry &entry, TelegramMode mode = polling)
+std::string line(const TelegramApprovalEntry &entry, const ChatTerms &terms = polling)
 {
-    return renderPendingText({entry}, mode).section(u'\n', 1, 1).toStdString();
+    return renderPendingText({entry}, terms).section(u'\n', 1, 1).toStdString();
 }
 
 QStringList buttonTexts(const std::optional<QJsonObject> &keyboard, const QString &key)
 {
     QStringList texts;
-    for (const QJsonValue &row : keyboard.value_or(QJsonObject()).begin()->toArray()) {
+    const QJsonObject all = keyboard.value_or(QJsonObject());
+    const QJsonValue rows
+        = all.value("inline_keyboard"_L1).toArray(all.value("keyboard"_L1).toArray());
+    for (const QJsonValue &row : rows.toArray()) {
         for (const QJsonValue &button : row.toArray()) {
             texts.append(button[key].toString());
         }
@@ -73,7 +78,8 @@ TEST(PendingMessage, LineOfACommand)
     } rows[] = {
         {QString(60, u'x'), QString(60, u'x')},
         {QString(61, u'x'), QString(60, u'x') + u'…'},
-        {u"a\nb\r\nc\rd"_s, u"a b c d"_s},
+        {u"a\nb\r\nc\rd"_s, u"a⏎b⏎c⏎d"_s},
+        {u"a⏎b"_s, u"a⟨U+23CE⟩b"_s},
         {u"<b>*x*</b> `y`"_s, u"<b>*x*</b> `y`"_s},
         {u"ls \u202Egpj.sh"_s, u"ls ⟨U+202E⟩gpj.sh"_s},
         {QString(u"가"_s).repeated(60), QString(u"가"_s).repeated(60)},
@@ -100,7 +106,7 @@ TEST(PendingMessage, WorstEntriesFitAndAreListedWhole)
                       .agentId = marks,
                       .isHighRisk = true});
     }
-    for (const TelegramMode mode : {polling, commands, safe}) {
+    for (const ChatTerms &mode : {polling, commands, safe}) {
         const QString text = renderPendingText(worst, mode);
         EXPECT_LT(text.size(), 4096);
         const qsizetype listed = listedCount(worst, mode);
@@ -172,6 +178,138 @@ TEST(PendingMessage, IdsThatBeginAlikeAreToldApart)
     EXPECT_EQ(texts.at(0), u"승인 approval-1"_s);
     EXPECT_EQ(texts.at(6), u"승인 approval"_s);
     EXPECT_EQ(texts.at(12), u"승인 pppppppp#5"_s);
+}
+
+TEST(PendingMessage, OnlyWhatIsShownWholeIsOfferedToBeAllowed)
+{
+    const TokenMask mask(token);
+    const QStringList all {u"승인 a"_s, u"거부 a"_s, u"영구 a"_s};
+    const QStringList withoutAllow {u"거부 a"_s, u"Show a"_s};
+    using Right = ChatRight;
+    const struct {
+        QString command;
+        Right right;
+        bool offersPartlyShown;
+        QStringList buttons;
+        QStringList keys;
+    } rows[] = {
+        {u"ls -la"_s,
+         Right::AllowAlways,
+         false,
+         all,
+         {u"allow-once"_s, u"deny"_s, u"allow-always"_s}},
+        {u"ls -la"_s, Right::AllowOnce, false, all.first(2), {u"allow-once"_s, u"deny"_s}},
+        {u"ls -la"_s, Right::Deny, false, {all.at(1)}, {u"deny"_s}},
+        {QString(61, u'x'), Right::AllowAlways, false, withoutAllow, {u"/show a"_s, u"deny"_s}},
+        {u"echo ok\nrm x"_s, Right::AllowAlways, false, withoutAllow, {u"/show a"_s, u"deny"_s}},
+        {u"echo ok\rrm x"_s, Right::Deny, false, withoutAllow, {u"/show a"_s, u"deny"_s}},
+        {u"ls \u202E"_s, Right::AllowAlways, false, withoutAllow, {u"/show a"_s, u"deny"_s}},
+        {u"echo a⏎b"_s, Right::AllowAlways, false, withoutAllow, {u"/show a"_s, u"deny"_s}},
+        {u"curl x/bot"_s + token, Right::AllowOnce, false, withoutAllow, {u"/show a"_s, u"deny"_s}},
+        {u"echo ok\nrm x"_s,
+         Right::AllowAlways,
+         true,
+         all,
+         {u"allow-once"_s, u"deny"_s, u"allow-always"_s}},
+        {u"echo ok\nrm x"_s, Right::AllowOnce, true, all.first(2), {u"allow-once"_s, u"deny"_s}},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(qPrintable(row.command));
+        const TelegramApprovalEntry entry {u"a"_s, row.command};
+        ChatTerms terms {.mode = TelegramMode::Polling,
+                         .right = row.right,
+                         .offersPartlyShown = row.offersPartlyShown,
+                         .mask = &mask};
+        EXPECT_EQ(buttonTexts(renderCallbackKeyboard({entry}, terms), u"text"_s), row.buttons);
+        EXPECT_FALSE(renderPendingText({entry}, terms).contains(token.last(20)));
+        terms.mode = TelegramMode::PublishOnlyCommandPolling;
+        QStringList keys = buttonTexts(renderCommandKeyboard({entry}, terms), u"text"_s);
+        keys.replaceInStrings(u"/approve a "_s, QString());
+        EXPECT_EQ(keys, row.keys);
+        EXPECT_EQ(renderPendingText({entry}, terms).contains(u"allow"_s),
+                  row.keys.contains(u"allow-once"_s));
+        // Whoever cannot be asked to show it is not offered to.
+        terms.mode = TelegramMode::PublishOnlySafe;
+        EXPECT_EQ(
+            buttonTexts(renderCommandKeyboard({entry}, terms), u"text"_s).contains(u"/show a"_s),
+            false);
+    }
+    const TelegramApprovalEntry longId {QString(60, u'x'), u"a\nb"_s};
+    EXPECT_TRUE(
+        line(longId).starts_with(u"1. xxxxxxxx a⏎b (no buttons, use /show xx"_s.toStdString()));
+    EXPECT_EQ(line(longId).find("allow"), std::string::npos);
+    EXPECT_TRUE(renderPendingText({longId}, {.mode = TelegramMode::Polling, .isOpenToAll = true})
+                    .endsWith(u"\n\nEverybody in this group may decide about these requests."_s));
+}
+
+namespace
+{
+/// The command that the messages show, with marks for what is marked.
+QString shownIn(const QStringList &messages)
+{
+    QString shown;
+    for (const QString &message : messages) {
+        EXPECT_LT(message.size(), 4096);
+        for (const QString &line : message.split(u'\n').sliced(1)) {
+            EXPECT_TRUE(line.startsWith(u"│ "_s) || line.startsWith(u"┆ "_s)) << qPrintable(line);
+            shown += (line.startsWith(u'│') && !shown.isNull() ? u"\n"_s : u""_s) + line.sliced(2);
+        }
+    }
+    return shown;
+}
+} // namespace
+
+TEST(WholeCommand, ShowsEveryCharacterInMessagesThatFit)
+{
+    const TokenMask mask(token);
+    const ChatTerms terms {.mode = TelegramMode::Polling, .mask = &mask};
+    QString lines;
+    for (int i = 0; i < 900; ++i) {
+        lines += u"echo %1 \\\n  --more\n"_s.arg(i);
+    }
+    const struct {
+        QString command;
+        QString shown;
+        qsizetype messages;
+    } rows[] = {
+        {u"ls"_s, u"ls"_s, 1},
+        {u"a\nb\n"_s, u"a\nb\n"_s, 1},
+        {u"a\n│ b ┆"_s, u"a\n⟨U+2502⟩ b ⟨U+2506⟩"_s, 1},
+        {u"a\rb\u202E"_s, u"a⟨U+000D⟩b⟨U+202E⟩"_s, 1},
+        {lines, lines, 6},
+        {QString(u"word "_s).repeated(2000) + u'x', QString(u"word "_s).repeated(2000) + u'x', 3},
+        {QString(9000, u'x'), QString(9000, u'x'), 3},
+        {QString(1200, u'\u200B'), QString(u"⟨U+200B⟩"_s).repeated(1200), 3},
+        {QString(u"😀"_s).repeated(3000), QString(u"😀"_s).repeated(3000), 2},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(qPrintable(row.command.first(std::min<qsizetype>(row.command.size(), 20))));
+        const WholeCommand whole
+            = renderWholeCommand({u"id-1"_s, row.command, u"main"_s, true}, terms);
+        EXPECT_TRUE(whole.isWhole);
+        EXPECT_EQ(shownIn(whole.messages).toStdString(), row.shown.toStdString());
+        EXPECT_EQ(whole.messages.size(), row.messages);
+        EXPECT_TRUE(whole.messages.last().startsWith(u"[HIGH] [main] BRAM request id-1"_s));
+        for (const QString &message : whole.messages) {
+            EXPECT_TRUE(message.isValidUtf16());
+            EXPECT_EQ(message.count(u'⟨'), message.count(u'⟩')) << "a mark was cut in half";
+        }
+    }
+    // What is not shown whole is not offered to be allowed.
+    QElapsedTimer timer;
+    timer.start();
+    for (const QString &command :
+         {QString(20'000'000, u'x'), QString(5000, u'\u200B'), u"curl x/bot"_s + token}) {
+        const TelegramApprovalEntry entry {u"id-1"_s, command};
+        const WholeCommand part = renderWholeCommand(entry, terms);
+        EXPECT_FALSE(part.isWhole);
+        EXPECT_EQ(part.messages.size(), 1);
+        EXPECT_TRUE(part.messages.first().contains(u"denied here"_s));
+        EXPECT_FALSE(part.messages.first().contains(token.last(20)));
+        EXPECT_EQ(buttonTexts(renderDecisionKeys(entry, part.isWhole, terms), u"text"_s),
+                  QStringList {u"거부 id-1"_s});
+    }
+    EXPECT_LT(timer.elapsed(), 1000);
 }
 
 TEST(PendingMessage, KeysThatSendCommands)

@@ -145,34 +145,38 @@ TEST_F(TelegramBridgeTest, ButtonsAndWhatTheyAreAnswered)
     bridge->updatePending({entry(u"a1"_s)});
     ASSERT_TRUE(waitLastText(bound, u"a1"_s));
     ASSERT_TRUE(waitLastText(unbound, u"a1"_s));
+    using Verdict = RemoteVerdict;
     const struct {
         qint64 chatId;
         QString data;
-        bool isAccepted;
+        RemoteVerdict verdict;
         QString answer;
         bool isAlert;
     } rows[] = {
-        {bound, u"allow:a1"_s, true, u"승인 요청 전송됨"_s, false},
-        {bound, u"deny:a1"_s, true, u"거부 요청 전송됨"_s, false},
-        {bound, u"allow-always:a1"_s, true, u"영구 승인 요청 전송됨"_s, false},
-        {bound, u"allow:a1"_s, false, u"대기 중이 아니거나 이미 처리됨"_s, true},
-        {bound, u"explode:a1"_s, true, u"지원하지 않는 작업"_s, true},
-        {unbound, u"allow:a1"_s, true, u"승인 권한이 없는 채팅입니다"_s, true},
-        {503, u"allow:a1"_s, true, u"허용되지 않은 채팅입니다"_s, true},
+        {bound, u"allow:a1"_s, Verdict::Started, u"승인 요청 전송됨"_s, false},
+        {bound, u"deny:a1"_s, Verdict::Started, u"거부 요청 전송됨"_s, false},
+        {bound, u"allow-always:a1"_s, Verdict::Started, u"영구 승인 요청 전송됨"_s, false},
+        {bound, u"allow:a1"_s, Verdict::NotPending, u"대기 중이 아니거나 이미 처리됨"_s, true},
+        {bound, u"allow:a1"_s, Verdict::Locked,
+         u"Nothing can be decided in chats while the gateway refuses this program's token."_s,
+         true},
+        {bound, u"explode:a1"_s, Verdict::Started, u"지원하지 않는 작업"_s, true},
+        {unbound, u"allow:a1"_s, Verdict::Started, u"승인 권한이 없는 채팅입니다"_s, true},
+        {503, u"allow:a1"_s, Verdict::Started, u"허용되지 않은 채팅입니다"_s, true},
     };
     qsizetype answers = 0;
     for (const auto &row : rows) {
-        accepts = row.isAccepted;
+        verdict = row.verdict;
         api.pressData(row.chatId, 101, row.data);
         ASSERT_TRUE(waitAnswers(++answers));
         EXPECT_EQ(api.queryAnswers().constLast().text, row.answer);
         EXPECT_EQ(api.queryAnswers().constLast().isAlert, row.isAlert);
     }
-    ASSERT_EQ(decisions.size(), 4) << "only what passes the bridge's own gate";
+    ASSERT_EQ(decisions.size(), 5) << "only what passes the bridge's own gate";
     EXPECT_EQ(decisions.at(2),
               (TelegramDecision {u"a1"_s, ApprovalDecision::AllowAlways, bound,
                                  DecisionInputSource::CallbackButton,
-                                 u"id 7001, @operator, Operator"_s}));
+                                 u"id 7001, @operator, Operator"_s, ShownInChat::Whole}));
     EXPECT_EQ(log.lines().filter(u"decision refused: "_s).size(), 3);
 }
 
@@ -185,8 +189,168 @@ TEST_F(TelegramBridgeTest, AButtonUnderAnOlderFormOfTheRequestDecidesNothing)
     bridge->updatePending({entry(u"a1"_s, u"rm -rf /"_s)});
     ASSERT_TRUE(api.press(bound, 1));
     ASSERT_TRUE(waitAnswers(1));
-    EXPECT_EQ(api.queryAnswers().constLast().text, u"대기 중이 아니거나 이미 처리됨"_s);
+    EXPECT_TRUE(
+        api.queryAnswers().constLast().text.startsWith(u"The request is no longer what was"_s));
     EXPECT_TRUE(decisions.isEmpty());
+}
+
+TEST_F(TelegramBridgeTest, ShowSendsACommandWholeWithItsButtonsBelow)
+{
+    const QString script = QString(u"echo one line\n"_s).repeated(400);
+    start();
+    bridge->updatePending({entry(u"abcdefgh-1"_s, script), entry(u"other"_s)});
+    ASSERT_TRUE(waitLastText(bound, u"echo one line⏎"_s));
+    const auto decide = [&](const QString &text) {
+        decisions.clear();
+        api.say(bound, text);
+        EXPECT_TRUE(waitUntil([&] { return decisions.size() == 1; }));
+        return decisions.value(0).shown;
+    };
+    EXPECT_EQ(decide(u"/approve abcdefgh-1 allow-once"_s), ShownInChat::Part);
+    EXPECT_EQ(decide(u"/approve other allow-once"_s), ShownInChat::Whole);
+    EXPECT_EQ(decide(u"/approve unlisted allow-once"_s), ShownInChat::Nothing);
+
+    ASSERT_TRUE(api.press(bound, 2));
+    ASSERT_TRUE(waitLastText(bound, u"BRAM request abcdefgh-1, part 2 of 2:\n│ echo one line\n"_s));
+    ASSERT_TRUE(waitAnswers(1));
+    EXPECT_EQ(api.queryAnswers().constLast().text, u"The command follows below."_s);
+    EXPECT_EQ(decide(u"/approve abcdefgh-1 allow-once"_s), ShownInChat::Whole);
+    decisions.clear();
+    api.pressData(bound, statusMessage(bound) - 1, u"allow:abcdefgh-1"_s);
+    const auto last = api.chats().pressable(bound).constLast();
+    EXPECT_EQ(last.button.data, u"allow-always:abcdefgh-1"_s);
+    api.pressData(bound, last.messageId, last.button.data);
+    ASSERT_TRUE(waitUntil([&] { return decisions.size() == 2; }));
+    EXPECT_EQ(decisions.constLast().shown, ShownInChat::Whole);
+
+    // It holds for what was shown, which is shown with buttons only while it is so.
+    bridge->updatePending({entry(u"abcdefgh-1"_s, script + u"rm x"_s), entry(u"other"_s)});
+    EXPECT_TRUE(waitUntil([&] {
+        const auto *shown = api.chats().find(bound, last.messageId);
+        return shown != nullptr && shown->buttons.isEmpty();
+    }));
+    EXPECT_EQ(decide(u"/approve abcdefgh-1 allow-once"_s), ShownInChat::Part);
+    api.setBehaviour(u"sendMessage"_s,
+                     {.fault = BotFault::RateLimit, .retryAfterSeconds = 1, .times = 1});
+    api.say(bound, u"/show abcdefgh"_s);
+    ASSERT_TRUE(waitLastText(bound, u"│ rm x"_s)) << "the beginning of an id will do";
+    EXPECT_EQ(decide(u"/approve abcdefgh-1 allow-once"_s), ShownInChat::Whole);
+
+    // With a part missing, it has not been shown whole.
+    bridge->updatePending({entry(u"third"_s, script)});
+    ASSERT_TRUE(waitUntil([&] { return !texts(bound).filter(u"third"_s).isEmpty(); }));
+    api.setBehaviour(u"sendMessage"_s, fault(BotFault::Refuse, 1));
+    api.say(bound, u"/show third"_s);
+    ASSERT_TRUE(waitLog(u"showing a command failed (chat=501): Bad Request: no"_s));
+    EXPECT_EQ(decide(u"/approve third allow-once"_s), ShownInChat::Part);
+    api.say(bound, u"/show nothing-like-it"_s);
+    EXPECT_TRUE(waitLastText(bound, u"BRAM: 대기 중이 아니거나 이미 처리됨"_s));
+    for (const BotCall &call : api.calls()) {
+        EXPECT_TRUE(
+            !call.payload.contains(u"text"_s) || call.method == u"answerCallbackQuery"_s
+            || (call.payload.value("disable_web_page_preview"_L1).toBool()
+                && call.payload.value("link_preview_options"_L1)["is_disabled"_L1].toBool()));
+    }
+}
+
+TEST_F(TelegramBridgeTest, OnlyPeopleWhoMayDecideDo)
+{
+    config.chatIds = {group, bound};
+    config.chatAgentMap.insert(group, {u"main"_s});
+    config.chatRules = {{group, {.senders = QSet<qint64> {7001}, .right = ChatRight::AllowOnce}}};
+    start();
+    bridge->updatePending({entry(u"a1"_s)});
+    ASSERT_TRUE(waitLastText(bound, u"a1 ls"_s));
+    const QString usual = uR"("from":{"id":7001,"is_bot":false})"_s;
+    const struct {
+        const char *what;
+        qint64 chatId;
+        QString members; ///< of the message beside chat, date and text
+        QString decision;
+        QString told; ///< empty: nothing
+    } rows[] = {
+        {"a bot", bound, uR"("from":{"id":7001,"is_bot":true})"_s, u"deny"_s, {}},
+        {"by way of a bot",
+         bound,
+         usual + uR"(,"via_bot":{"id":9,"is_bot":true})"_s,
+         u"deny"_s,
+         {}},
+        {"a channel",
+         bound,
+         usual + uR"(,"sender_chat":{"id":-9,"type":"channel"})"_s,
+         u"deny"_s,
+         {}},
+        {"nobody", bound, uR"("x":1)"_s, u"deny"_s, {}},
+        {"a stranger in the group", group, uR"("from":{"id":7002})"_s, u"deny"_s,
+         u"BRAM: You may not decide in this chat."_s},
+        {"more than the group may", group, usual, u"allow-always"_s,
+         u"BRAM: In this chat, requests can only be allowed once or denied."_s},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.what);
+        const qsizetype before = log.lines().size();
+        api.pushUpdate(
+            {{u"message"_s,
+              QJsonDocument::fromJson(
+                  uR"({"chat":{"id":%1},"date":%2,"text":"/approve a1 %3",%4})"_s.arg(row.chatId)
+                      .arg(clock.nowMs() / 1000)
+                      .arg(row.decision, row.members)
+                      .toUtf8())
+                  .object()}});
+        ASSERT_TRUE(waitUntil(
+            [&] { return log.lines().mid(before).filter(u"decision refused: "_s).size() == 1; }));
+        EXPECT_EQ(log.lines().constLast().contains(u" sender=id "_s), row.members != uR"("x":1)"_s);
+        if (!row.told.isEmpty()) {
+            EXPECT_TRUE(waitLastText(row.chatId, row.told));
+        }
+    }
+    EXPECT_TRUE(decisions.isEmpty());
+    api.pressData(group, 101, u"allow:a1"_s, {.userId = 7002});
+    api.pressData(group, 101, u"allow-always:a1"_s);
+    ASSERT_TRUE(waitAnswers(2));
+    EXPECT_EQ(api.queryAnswers().constFirst().text, u"You may not decide in this chat."_s);
+    EXPECT_TRUE(decisions.isEmpty());
+    api.say(group, u"/approve a1 allow-once"_s);
+    EXPECT_TRUE(waitUntil([&] { return decisions.size() == 1; }));
+}
+
+TEST_F(TelegramBridgeTest, AnOrderOlderThanTheRequestIsKnownAsOne)
+{
+    start(); // whose clock is years behind that of the Bot API
+    bridge->updatePending({entry(u"a0"_s)});
+    ASSERT_TRUE(waitLastText(bound, u"a0"_s));
+    bridgeClock.current += 3'600'000;
+    clock.aheadMs = 3'600'000;
+    bridge->updatePending({entry(u"a0"_s), entry(u"a1"_s)});
+    ASSERT_TRUE(waitLastText(bound, u"a1"_s));
+    const struct {
+        const char *what;
+        QString id;
+        int ageSeconds;
+        ShownInChat shown;
+    } rows[] = {
+        {"now", u"a1"_s, 0, ShownInChat::Whole},
+        {"a moment before", u"a1"_s, 1, ShownInChat::Whole},
+        {"before", u"a1"_s, 60, ShownInChat::Nothing},
+        {"after the other one", u"a0"_s, 1800, ShownInChat::Whole},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.what);
+        decisions.clear();
+        const QJsonObject message {
+            {u"chat"_s, QJsonObject {{u"id"_s, bound}}},
+            {u"from"_s, QJsonObject {{u"id"_s, 7001}}},
+            {u"date"_s, clock.nowMs() / 1000 - row.ageSeconds},
+            {u"text"_s, QString(u"/approve "_s + row.id + u" allow-once"_s)}};
+        api.pushUpdate({{u"message"_s, message}});
+        ASSERT_TRUE(waitUntil([&] { return decisions.size() == 1; }));
+        EXPECT_EQ(decisions.constFirst().shown, row.shown);
+    }
+    // Buttons in messages that nobody knows any more: of an earlier run, or deleted.
+    decisions.clear();
+    api.pressData(bound, 99, u"allow:a1"_s);
+    ASSERT_TRUE(waitUntil([&] { return decisions.size() == 1; }));
+    EXPECT_EQ(decisions.constFirst().shown, ShownInChat::Nothing);
 }
 
 TEST_F(TelegramBridgeTest, CommandsDecideOnlyInTheirSendersOwnWords)
@@ -203,7 +367,7 @@ TEST_F(TelegramBridgeTest, CommandsDecideOnlyInTheirSendersOwnWords)
           QJsonObject {{u"chat"_s, QJsonObject {{u"id"_s, bound}}},
                        {u"text"_s, u"/approve a1 allow-once"_s}}}});
     api.say(bound, u"how is it going?"_s);
-    accepts = false;
+    verdict = RemoteVerdict::NotPending;
     api.say(unbound, u"/approve@bot a1 allow-once"_s);
     ASSERT_TRUE(waitLastText(unbound, u"BRAM: 대기 중이 아니거나 이미 처리됨"_s));
     ASSERT_EQ(decisions.size(), 1);
@@ -216,7 +380,7 @@ TEST_F(TelegramBridgeTest, CommandsDecideOnlyInTheirSendersOwnWords)
     EXPECT_EQ(allowed, QJsonArray {u"message"_s});
 
     // The keys below the chat say the command.
-    accepts = true;
+    verdict = RemoteVerdict::Started;
     bridge->updatePending({entry(u"a2"_s)});
     ASSERT_TRUE(waitLastText(bound, u"Use /approve"_s));
     ASSERT_TRUE(api.press(bound, 2));

@@ -287,6 +287,90 @@ TEST(TelegramConfig, ChatsOfTheEnvironmentKeepTheirBindings)
     EXPECT_FALSE(bridgeModeLogLines(config).join(u'\n').contains(u"1:a"_s));
 }
 
+TEST(TelegramConfig, RulesOfChatsNeverGiveMoreThanIsWritten)
+{
+    using Right = ChatRight;
+    const std::optional<QSet<qint64>> all;
+    const QSet<qint64> nobody;
+    const auto inFile = [](const QString &field, const QString &value) {
+        return uR"({"channels":{"telegram":{"%1":%2}}})"_s.arg(field, value);
+    };
+    const QString senders = u"BRACKWEN_TELEGRAM_SENDERS"_s;
+    const QString rights = u"BRACKWEN_TELEGRAM_RIGHTS"_s;
+    const struct {
+        Variables variables;
+        QString file;
+        ChatRules ofPerson; ///< chat 501
+        ChatRules ofGroup; ///< chat -42
+        bool isClear;
+    } rows[] = {
+        {{}, u"{}"_s, {}, {}, true},
+        {{{senders, u"501: 77 ,78;-42:77;"_s}, {rights, u" -42:Deny;501:once"_s}},
+         u"{}"_s,
+         {QSet<qint64> {77, 78}, Right::AllowOnce},
+         {QSet<qint64> {77}, Right::Deny},
+         true},
+        {{{senders, u"-42:77"_s}, {rights, u"7:deny; -42:always"_s}},
+         u"{}"_s,
+         {},
+         {QSet<qint64> {77}},
+         true},
+        {{{senders, u"501:77,mina"_s}, {rights, u"501:all"_s}},
+         u"{}"_s,
+         {nobody, Right::Deny},
+         {},
+         false},
+        {{{senders, u"501:"_s}}, u"{}"_s, {nobody}, {}, false},
+        {{{senders, u"501"_s}}, u"{}"_s, {nobody}, {}, false},
+        {{{senders, u"me:77;501:78"_s}, {rights, u"deny"_s}},
+         u"{}"_s,
+         {QSet<qint64> {78}, Right::Deny},
+         {nobody, Right::Deny},
+         false},
+        {{{senders, u"501:77;501:78"_s}, {rights, u"501:deny;501:always"_s}},
+         u"{}"_s,
+         {nobody, Right::Deny},
+         {},
+         false},
+        {{},
+         inFile(u"approvalsSenders"_s, uR"({"501":[77,"78"],"-42":77})"_s),
+         {QSet<qint64> {77, 78}},
+         {QSet<qint64> {77}},
+         true},
+        {{{senders, u"501:1"_s}},
+         inFile(u"approvalsSenders"_s, uR"({"-42":[]})"_s),
+         {QSet<qint64> {1}},
+         {},
+         true},
+        {{}, inFile(u"approvalsSenders"_s, uR"({"-42":[]})"_s), {}, {nobody}, true},
+        {{}, inFile(u"approvalsSenders"_s, uR"({"-42":[null]})"_s), {}, {nobody}, false},
+        {{}, inFile(u"approvalsSenders"_s, u"[77]"_s), {nobody}, {nobody}, false},
+        {{},
+         inFile(u"approvalsRights"_s, uR"({"-42":"once","501":7})"_s),
+         {all, Right::Deny},
+         {all, Right::AllowOnce},
+         false},
+        {{},
+         inFile(u"approvalsRights"_s, uR"("deny")"_s),
+         {all, Right::Deny},
+         {all, Right::Deny},
+         false},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(qPrintable(row.variables.value(senders) + u' ' + row.file));
+        Variables variables = row.variables;
+        variables.insert(u"TELEGRAM_BOT_TOKEN"_s, u"1:a"_s);
+        variables.insert(u"TELEGRAM_CHAT_ID"_s, u"501,-42"_s);
+        const auto choice = telegramConfig(
+            {.environment = environmentOf(variables),
+             .fallback = telegramConfigFallback(object(row.file.toUtf8().constData()))});
+        ASSERT_TRUE(choice.config);
+        EXPECT_EQ(choice.config->rulesOf(501), row.ofPerson);
+        EXPECT_EQ(choice.config->rulesOf(-42), row.ofGroup);
+        EXPECT_EQ(choice.unreadableRules.isEmpty(), row.isClear);
+    }
+}
+
 TEST(TelegramConfig, TheTokenGoesNowhereUnencryptedButToThisMachine)
 {
     const struct {

@@ -46,6 +46,12 @@ TEST(TelegramTexts, DecisionsAsTheyAreWritten)
     for (const auto &row : commandRows) {
         EXPECT_EQ(parseApprovalCommand(row.text), row.decision) << qPrintable(row.text);
     }
+    EXPECT_EQ(parseShowCommand(u"/Show@my_bot  a1 \n x"_s), u"a1"_s);
+    EXPECT_EQ(parseShowCommand(showCommand(u"a1"_s)), u"a1"_s);
+    for (const QString &text : {u"/show"_s, u"/shown a1"_s, u"show a1"_s}) {
+        EXPECT_EQ(parseShowCommand(text), std::nullopt);
+    }
+    EXPECT_EQ(parseShowData(showData(u"a:1"_s)), u"a:1"_s);
     for (const Decision decision : {Decision::AllowOnce, Decision::AllowAlways, Decision::Deny}) {
         const WrittenDecision written {u"id:1"_s, decision};
         EXPECT_EQ(parseCallbackData(callbackData(decision, u"id:1"_s)), written);

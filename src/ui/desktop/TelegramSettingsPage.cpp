@@ -113,7 +113,7 @@ void TelegramSettingsPage::showStatus()
     const TelegramStatus &status = m_collaborators.telegram.status();
     m_mode->setText(telegramModeWords(status));
     m_source->setText(telegramTokenSourceWords(status));
-    setNote(m_hints, telegramHints(status).join(u"\n"_s));
+    setNote(m_hints, (telegramRuleWords(status) + telegramHints(status)).join(u"\n"_s));
     m_useEnvironment->setVisible(status.isEnvironmentSetAside);
 }
 

@@ -5,6 +5,9 @@
 
 #include <QCoreApplication>
 
+#include <algorithm>
+#include <iterator>
+
 namespace bram
 {
 
@@ -64,11 +67,17 @@ QStringList telegramHints(const TelegramStatus &status)
 {
     QStringList hints;
     if (!status.problem.isEmpty()) {
-        // A bridge runs in spite of the keyring, with the platform's token, but not without an address.
-        const QString text = status.mode
-            ? TelegramTr::tr("The keyring could not be asked for a bot token: %1")
-            : TelegramTr::tr("Telegram could not be set up as configured: %1");
-        hints.append(text.arg(honestLine(status.problem).text));
+        hints.append(TelegramTr::tr("Telegram could not be set up as configured: %1")
+                         .arg(honestLine(status.problem).text));
+    }
+    if (status.isWaitingForKeyring) {
+        hints.append(TelegramTr::tr("The keyring is locked, and may hold the bot token. Unlock it; "
+                                    "if nothing happens then, set Telegram up again."));
+    }
+    for (const QString &name : status.unreadableRules) {
+        hints.append(TelegramTr::tr("%1 cannot be read in part: where it is unclear, nobody may "
+                                    "decide, or only deny.")
+                         .arg(name));
     }
     if (status.isEnvironmentSetAside) {
         hints.append(
@@ -83,6 +92,37 @@ QStringList telegramHints(const TelegramStatus &status)
                                     "so none may decide."));
     }
     return hints;
+}
+
+QStringList telegramRuleWords(const TelegramStatus &status)
+{
+    QStringList words;
+    for (const qint64 chatId : status.chatIds) {
+        const ChatRules rules = status.chatRules.value(chatId);
+        const QString chat = QString::number(chatId);
+        if (rules.senders && rules.senders->isEmpty()) {
+            words.append(TelegramTr::tr("Chat %1: nobody may decide.").arg(chat));
+            continue;
+        }
+        if (rules.senders) {
+            QList<qint64> ids = rules.senders->values();
+            std::ranges::sort(ids);
+            QStringList texts;
+            std::ranges::transform(ids, std::back_inserter(texts),
+                                   [](qint64 id) { return QString::number(id); });
+            words.append(TelegramTr::tr("Chat %1: only these senders may decide: %2.")
+                             .arg(chat, texts.join(u", "_s)));
+        } else if (status.openGroups.contains(chatId)) {
+            words.append(TelegramTr::tr("Chat %1: everybody in this group may decide.").arg(chat));
+        }
+        if (rules.right == ChatRight::Deny) {
+            words.append(TelegramTr::tr("Chat %1: requests can only be denied.").arg(chat));
+        } else if (rules.right == ChatRight::AllowOnce) {
+            words.append(
+                TelegramTr::tr("Chat %1: requests can be allowed once or denied.").arg(chat));
+        }
+    }
+    return words;
 }
 
 } // namespace bram

@@ -19,4 +19,8 @@ QString telegramTokenSourceWords(const TelegramStatus &status);
 /// have been made fit to be shown.
 QStringList telegramHints(const TelegramStatus &status);
 
+/// Who may decide in which chat, and what, where that is not everything for everybody there by intention: a
+/// sentence each.
+QStringList telegramRuleWords(const TelegramStatus &status);
+
 } // namespace bram

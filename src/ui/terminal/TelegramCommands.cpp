@@ -53,6 +53,9 @@ void TelegramCommands::sayStatus()
     const TelegramStatus &status = m_collaborators.telegram.status();
     m_collaborators.voice.say(TerminalTr::tr("Telegram: ") + telegramModeWords(status));
     saySource();
+    for (const QString &rule : telegramRuleWords(status)) {
+        m_collaborators.voice.say(rule);
+    }
     for (const QString &hint : telegramHints(status)) {
         m_collaborators.voice.say(hint, LineStyle::Warning);
     }
