@@ -30,7 +30,7 @@ int runAllowingClient(const QString &url, const QString &folder)
     const Places places = Places::ofPractice(folder, url);
     {
         Preferences preferences(places.preferencesFile);
-        AlwaysAllowList(preferences, folder, log).remember(allowedCommand);
+        AlwaysAllowList(preferences, folder, log).rememberAlwaysAllow(allowedCommand);
     }
     Core core({.places = places,
                .secrets = secrets,
@@ -64,7 +64,7 @@ double loadingMs(const QString &folder, int entries)
             const QString digest = *normalizedCommandDigest(text);
             own.insert(digest, text, knownCommand(text, digest));
         }
-        own.persist();
+        own.persistAlwaysAllowState();
     }
     QElapsedTimer timer;
     timer.start();

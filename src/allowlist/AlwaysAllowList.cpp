@@ -58,8 +58,8 @@ AlwaysAllowList::AlwaysAllowList(Preferences &preferences, const QString &platfo
     , m_files(platformFolder, log)
 {
     connect(&m_files, &ExecApprovalsFiles::changed, this, [this] {
-        loadPlatform();
-        refresh();
+        loadBrackwenAlwaysAllowFromExecApprovalsFiles();
+        refreshAlwaysAllowEntries();
     });
 }
 
@@ -72,9 +72,9 @@ void AlwaysAllowList::start()
 void AlwaysAllowList::reload(AlwaysAllowScope scope)
 {
     m_scope = scope;
-    m_app.load();
-    loadPlatform();
-    refresh();
+    m_app.loadAlwaysAllowState();
+    loadBrackwenAlwaysAllowFromExecApprovalsFiles();
+    refreshAlwaysAllowEntries();
 }
 
 const AlwaysAllowEntry *AlwaysAllowList::find(const QString &digest) const
@@ -110,26 +110,26 @@ AlwaysAllowVerdict AlwaysAllowList::verdict(const QString &command) const
                                                           : AlwaysAllowVerdict::NotExact;
 }
 
-void AlwaysAllowList::remember(const QString &command)
+void AlwaysAllowList::rememberAlwaysAllow(const QString &command)
 {
     const auto digest = normalizedCommandDigest(command);
     if (digest && m_app.insert(*digest, commandPreview(command), knownCommand(command, *digest))) {
-        m_app.persist();
-        refresh();
+        m_app.persistAlwaysAllowState();
+        refreshAlwaysAllowEntries();
     }
 }
 
-bool AlwaysAllowList::addToApp(const QList<AlwaysAllowEntry> &entries)
+bool AlwaysAllowList::addAlwaysAllowEntryToAppList(const QList<AlwaysAllowEntry> &entries)
 {
     bool isChanged = false;
     for (const auto &entry : entries) {
-        isChanged = ensureInApp(entry) || isChanged;
+        isChanged = ensureAlwaysAllowEntryInAppList(entry) || isChanged;
     }
     persistAndReload();
     return isChanged;
 }
 
-bool AlwaysAllowList::removeFromApp(const QList<AlwaysAllowEntry> &entries)
+bool AlwaysAllowList::removeAlwaysAllowEntryFromAppOnly(const QList<AlwaysAllowEntry> &entries)
 {
     if (!takeFromApp(entries)) {
         return false;
@@ -151,7 +151,7 @@ bool AlwaysAllowList::takeFromApp(const QList<AlwaysAllowEntry> &entries)
 
 /// Each file is written once, however many entries go.
 QCoro::Task<ExecApprovalsOutcome>
-AlwaysAllowList::takeFromBrackwen(const QList<AlwaysAllowEntry> &entries)
+AlwaysAllowList::removeBrackwenAlwaysAllowEntry(const QList<AlwaysAllowEntry> &entries)
 {
     QSet<QString> digests;
     for (const auto &entry : entries) {
@@ -159,7 +159,8 @@ AlwaysAllowList::takeFromBrackwen(const QList<AlwaysAllowEntry> &entries)
             digests.insert(entry.digest);
         }
     }
-    return digests.isEmpty() ? nothingToDo() : m_files.removeDigests(digests);
+    return digests.isEmpty() ? nothingToDo()
+                             : m_files.removeAlwaysAllowDigestFromExecApprovalsFiles(digests);
 }
 
 bool AlwaysAllowList::clearApp()
@@ -170,33 +171,35 @@ bool AlwaysAllowList::clearApp()
 }
 
 QCoro::Task<ExecApprovalsOutcome>
-AlwaysAllowList::removeFromBrackwen(QList<AlwaysAllowEntry> entries)
+AlwaysAllowList::removeAlwaysAllowEntryFromBrackwenOnly(QList<AlwaysAllowEntry> entries)
 {
     bool isAdded = false;
     for (const auto &entry : entries) {
-        isAdded = ensureInApp(entry) || isAdded;
+        isAdded = ensureAlwaysAllowEntryInAppList(entry) || isAdded;
     }
     if (isAdded) {
-        m_app.persist();
+        m_app.persistAlwaysAllowState();
     }
-    return following(this, takeFromBrackwen(entries), isAdded, Reload::WhereChanged);
+    return following(this, removeBrackwenAlwaysAllowEntry(entries), isAdded, Reload::WhereChanged);
 }
 
-QCoro::Task<ExecApprovalsOutcome> AlwaysAllowList::removeFromBoth(QList<AlwaysAllowEntry> entries)
+QCoro::Task<ExecApprovalsOutcome>
+AlwaysAllowList::removeAlwaysAllowEntry(QList<AlwaysAllowEntry> entries)
 {
     const bool isRemoved = takeFromApp(entries);
-    m_app.persist();
-    return following(this, takeFromBrackwen(entries), isRemoved, Reload::Always);
+    m_app.persistAlwaysAllowState();
+    return following(this, removeBrackwenAlwaysAllowEntry(entries), isRemoved, Reload::Always);
 }
 
 QCoro::Task<ExecApprovalsOutcome> AlwaysAllowList::clearBrackwen()
 {
-    return following(this, m_files.clear(), false, Reload::Always);
+    return following(this, m_files.clearAlwaysAllowInExecApprovalsFiles(), false, Reload::Always);
 }
 
 QCoro::Task<ExecApprovalsOutcome> AlwaysAllowList::registerAtBrackwen(QStringList commands)
 {
-    return following(this, m_files.appendCommands(std::move(commands)), false, Reload::Always);
+    return following(this, m_files.appendCommandsToExecApprovalsFiles(std::move(commands)), false,
+                     Reload::Always);
 }
 
 QCoro::Task<ExecApprovalsOutcome> AlwaysAllowList::following(Self self,
@@ -227,19 +230,19 @@ qsizetype AlwaysAllowList::restore(const QList<BackedUpCommand> &commands)
         m_app.insert(digest, hasPreview ? QString() : backedUp.command, known);
         ++count;
     }
-    m_app.persist();
-    refresh();
+    m_app.persistAlwaysAllowState();
+    refreshAlwaysAllowEntries();
     return count;
 }
 
-bool AlwaysAllowList::ensureInApp(const AlwaysAllowEntry &entry)
+bool AlwaysAllowList::ensureAlwaysAllowEntryInAppList(const AlwaysAllowEntry &entry)
 {
     const QString pattern = m_platform.value(entry.digest);
     return m_app.insert(entry.digest, pattern.isEmpty() ? entry.command : pattern,
                         knownCommand(pattern, entry.digest));
 }
 
-void AlwaysAllowList::loadPlatform()
+void AlwaysAllowList::loadBrackwenAlwaysAllowFromExecApprovalsFiles()
 {
     const auto patterns = m_files.load();
     m_platform = patterns.commandsByDigest;
@@ -248,7 +251,7 @@ void AlwaysAllowList::loadPlatform()
 
 void AlwaysAllowList::persistAndReload()
 {
-    m_app.persist();
+    m_app.persistAlwaysAllowState();
     reload(AlwaysAllowScope::IncludeRegistered);
 }
 
@@ -280,7 +283,7 @@ QList<AlwaysAllowEntry> AlwaysAllowList::merged(AlwaysAllowScope scope) const
     return inOrder(entries);
 }
 
-void AlwaysAllowList::refresh()
+void AlwaysAllowList::refreshAlwaysAllowEntries()
 {
     const auto entries = merged(m_scope);
     if (std::exchange(m_entries, entries) != entries) {

@@ -57,18 +57,19 @@ public:
     AlwaysAllowVerdict verdict(const QString &command) const;
 
     /// A person has allowed this command always: this text, or, where it is a plain one, the same words.
-    void remember(const QString &command);
+    void rememberAlwaysAllow(const QString &command);
 
     // Each returns whether something has changed.
-    bool addToApp(const QList<AlwaysAllowEntry> &entries);
-    bool removeFromApp(const QList<AlwaysAllowEntry> &entries);
+    bool addAlwaysAllowEntryToAppList(const QList<AlwaysAllowEntry> &entries);
+    bool removeAlwaysAllowEntryFromAppOnly(const QList<AlwaysAllowEntry> &entries);
     bool clearApp();
 
     // The same, in the platform's files: begun at once, and done to its end also when this object goes. What
     // changes here is kept before the wait, so that nothing done meanwhile is lost; it counts as a change, too.
     /// The commands stay allowed here.
-    QCoro::Task<ExecApprovalsOutcome> removeFromBrackwen(QList<AlwaysAllowEntry> entries);
-    QCoro::Task<ExecApprovalsOutcome> removeFromBoth(QList<AlwaysAllowEntry> entries);
+    QCoro::Task<ExecApprovalsOutcome>
+    removeAlwaysAllowEntryFromBrackwenOnly(QList<AlwaysAllowEntry> entries);
+    QCoro::Task<ExecApprovalsOutcome> removeAlwaysAllowEntry(QList<AlwaysAllowEntry> entries);
     QCoro::Task<ExecApprovalsOutcome> clearBrackwen();
     QCoro::Task<ExecApprovalsOutcome> registerAtBrackwen(QStringList commands);
 
@@ -87,12 +88,13 @@ private:
     static QCoro::Task<ExecApprovalsOutcome>
     following(Self self, QCoro::Task<ExecApprovalsOutcome> work, bool isChangedHere, Reload reload);
 
-    bool ensureInApp(const AlwaysAllowEntry &entry);
+    bool ensureAlwaysAllowEntryInAppList(const AlwaysAllowEntry &entry);
     bool takeFromApp(const QList<AlwaysAllowEntry> &entries);
-    QCoro::Task<ExecApprovalsOutcome> takeFromBrackwen(const QList<AlwaysAllowEntry> &entries);
-    void loadPlatform();
+    QCoro::Task<ExecApprovalsOutcome>
+    removeBrackwenAlwaysAllowEntry(const QList<AlwaysAllowEntry> &entries);
+    void loadBrackwenAlwaysAllowFromExecApprovalsFiles();
     QList<AlwaysAllowEntry> merged(AlwaysAllowScope scope) const;
-    void refresh();
+    void refreshAlwaysAllowEntries();
     void persistAndReload();
 
     const QString m_platformFolder;

@@ -63,7 +63,7 @@ AppAlwaysAllowList::AppAlwaysAllowList(Preferences &preferences, SystemLog &log)
 {
 }
 
-void AppAlwaysAllowList::load()
+void AppAlwaysAllowList::loadAlwaysAllowState()
 {
     m_digests = setOf(usable(m_preferences.textList(alwaysAllowCommandsKey), m_log));
     m_digests.remove(QString());
@@ -83,7 +83,7 @@ void AppAlwaysAllowList::load()
         }
     }
     if (legacy && m_preferences.contains(legacyAlwaysAllowCommandMapKey)) {
-        persist();
+        persistAlwaysAllowState();
     }
 }
 
@@ -123,7 +123,7 @@ void AppAlwaysAllowList::inferForms()
     }
 }
 
-void AppAlwaysAllowList::persist()
+void AppAlwaysAllowList::persistAlwaysAllowState()
 {
     QMap<QString, QString> forms;
     QSet<QString> notPlain;

@@ -29,8 +29,8 @@ class AppAlwaysAllowList
 public:
     AppAlwaysAllowList(Preferences &preferences, SystemLog &log);
 
-    void load();
-    void persist();
+    void loadAlwaysAllowState();
+    void persistAlwaysAllowState();
 
     const QSet<QString> &digests() const { return m_digests; }
     /// Empty when there is none.

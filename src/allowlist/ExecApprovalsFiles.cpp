@@ -118,18 +118,20 @@ ExecApprovalsFiles::Patterns ExecApprovalsFiles::load()
     return patterns;
 }
 
-QCoro::Task<ExecApprovalsOutcome> ExecApprovalsFiles::appendCommands(QStringList commands)
+QCoro::Task<ExecApprovalsOutcome>
+ExecApprovalsFiles::appendCommandsToExecApprovalsFiles(QStringList commands)
 {
     return editing(this,
                    [commands](ExactJson &root) { return bram::appendCommands(root, commands); });
 }
 
-QCoro::Task<ExecApprovalsOutcome> ExecApprovalsFiles::removeDigests(QSet<QString> digests)
+QCoro::Task<ExecApprovalsOutcome>
+ExecApprovalsFiles::removeAlwaysAllowDigestFromExecApprovalsFiles(QSet<QString> digests)
 {
     return editing(this, [digests](ExactJson &root) { return bram::removeDigests(root, digests); });
 }
 
-QCoro::Task<ExecApprovalsOutcome> ExecApprovalsFiles::clear()
+QCoro::Task<ExecApprovalsOutcome> ExecApprovalsFiles::clearAlwaysAllowInExecApprovalsFiles()
 {
     return editing(this, [](ExactJson &root) { return clearAllowlists(root); });
 }

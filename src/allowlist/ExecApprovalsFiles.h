@@ -64,9 +64,10 @@ public:
 
     // Each begins at once. What has begun is done to its end, also when this object goes; what it came to is then
     // not told.
-    QCoro::Task<ExecApprovalsOutcome> appendCommands(QStringList commands);
-    QCoro::Task<ExecApprovalsOutcome> removeDigests(QSet<QString> digests);
-    QCoro::Task<ExecApprovalsOutcome> clear();
+    QCoro::Task<ExecApprovalsOutcome> appendCommandsToExecApprovalsFiles(QStringList commands);
+    QCoro::Task<ExecApprovalsOutcome>
+    removeAlwaysAllowDigestFromExecApprovalsFiles(QSet<QString> digests);
+    QCoro::Task<ExecApprovalsOutcome> clearAlwaysAllowInExecApprovalsFiles();
 
     /// From here on `changed` tells of changes.
     void watch();

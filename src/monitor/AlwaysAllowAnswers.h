@@ -20,7 +20,7 @@ public:
     {
         return m_list.verdict(command);
     }
-    void remember(const QString &command) override { m_list.remember(command); }
+    void remember(const QString &command) override { m_list.rememberAlwaysAllow(command); }
 
 private:
     AlwaysAllowList &m_list;

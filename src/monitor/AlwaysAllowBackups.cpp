@@ -24,7 +24,7 @@ constexpr qsizetype namedDigestCharacters = 12; ///< enough to name an entry
 constexpr qsizetype mostNamed = 5;
 } // namespace
 
-QCoro::Task<bool> AlwaysAllowOperations::backup(OperatorPrompts &prompts)
+QCoro::Task<bool> AlwaysAllowOperations::backupAlwaysAllowEntries(OperatorPrompts &prompts)
 {
     return choosingAndBackingUp(this, &prompts);
 }
@@ -34,7 +34,8 @@ QCoro::Task<bool> AlwaysAllowOperations::backupTo(OperatorPrompts &prompts, QStr
     return backingUp(this, &prompts, std::move(path));
 }
 
-QCoro::Task<bool> AlwaysAllowOperations::restore(OperatorPrompts &prompts)
+QCoro::Task<bool>
+AlwaysAllowOperations::restoreAlwaysAllowEntriesFromBackup(OperatorPrompts &prompts)
 {
     return choosingAndRestoring(this, &prompts);
 }

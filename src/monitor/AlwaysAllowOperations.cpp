@@ -73,7 +73,7 @@ bool AlwaysAllowOperations::addToAppList(const QList<AlwaysAllowEntry> &chosen)
     if (entries.isEmpty()) {
         return false;
     }
-    const bool isChanged = m_collaborators.list.addToApp(entries);
+    const bool isChanged = m_collaborators.list.addAlwaysAllowEntryToAppList(entries);
     recordEntries(ActivityActor::App, ActivityAction::AddToAppList, entries);
     return isChanged;
 }
@@ -90,8 +90,9 @@ QCoro::Task<bool> AlwaysAllowOperations::promptAndAdd(OperatorPrompts &prompts,
     return askingAndAdding(this, &prompts, std::move(chosen));
 }
 
-QCoro::Task<bool> AlwaysAllowOperations::promptAndRemove(OperatorPrompts &prompts,
-                                                         QList<AlwaysAllowEntry> chosen)
+QCoro::Task<bool>
+AlwaysAllowOperations::promptAndRemoveAlwaysAllowEntry(OperatorPrompts &prompts,
+                                                       QList<AlwaysAllowEntry> chosen)
 {
     return askingAndRemoving(this, &prompts, std::move(chosen));
 }
@@ -152,20 +153,20 @@ QCoro::Task<bool> AlwaysAllowOperations::removingFrom(Self self, OperatorPrompts
     ExecApprovalsOutcome outcome;
     switch (target) {
     case Target::App:
-        outcome.isChanged = list.removeFromApp(entries);
+        outcome.isChanged = list.removeAlwaysAllowEntryFromAppOnly(entries);
         if (outcome.isChanged) {
             self->recordEntries(ActivityActor::App, ActivityAction::RemoveFromAppList, entries);
         }
         break;
     case Target::Brackwen:
-        outcome = co_await list.removeFromBrackwen(entries);
+        outcome = co_await list.removeAlwaysAllowEntryFromBrackwenOnly(entries);
         if (self && (outcome.isChanged || !outcome.isDone())) {
             self->recordEntries(ActivityActor::Brackwen, ActivityAction::RemoveFromBrackwen,
                                 entries, outcome);
         }
         break;
     case Target::Both:
-        outcome = co_await list.removeFromBoth(entries);
+        outcome = co_await list.removeAlwaysAllowEntry(entries);
         if (self) {
             self->recordEntries(ActivityActor::AppAndBrackwen, ActivityAction::RemoveFromBoth,
                                 entries, outcome);

@@ -58,22 +58,23 @@ public:
     /// Asks when they are several.
     QCoro::Task<bool> promptAndAdd(OperatorPrompts &prompts, QList<AlwaysAllowEntry> chosen);
     /// Asks from which list, once for all of them.
-    QCoro::Task<bool> promptAndRemove(OperatorPrompts &prompts, QList<AlwaysAllowEntry> chosen);
+    QCoro::Task<bool> promptAndRemoveAlwaysAllowEntry(OperatorPrompts &prompts,
+                                                      QList<AlwaysAllowEntry> chosen);
 
     // The whole list. A backup is made before it is read again.
     QCoro::Task<> reload(OperatorPrompts &prompts, AlwaysAllowScope scope);
-    QCoro::Task<> promptAndReload(OperatorPrompts &prompts);
+    QCoro::Task<> promptAndReloadAlwaysAllowEntries(OperatorPrompts &prompts);
     /// Asks for confirmation where the platform's entries go.
     QCoro::Task<bool> clear(OperatorPrompts &prompts, Target target);
-    QCoro::Task<bool> promptAndClear(OperatorPrompts &prompts);
+    QCoro::Task<bool> promptAndClearAlwaysAllowEntries(OperatorPrompts &prompts);
     /// Adds the entries that the operator has before their eyes, and none that a search keeps from them.
     QCoro::Task<bool> addAllToAppList(OperatorPrompts &prompts, QList<AlwaysAllowEntry> shown);
-    QCoro::Task<bool> registerToBrackwen(OperatorPrompts &prompts);
+    QCoro::Task<bool> registerCurrentAlwaysAllowEntriesToBrackwen(OperatorPrompts &prompts);
 
     // Backups. False when no file was chosen, or it was of no use: the operator has been told.
-    QCoro::Task<bool> backup(OperatorPrompts &prompts);
+    QCoro::Task<bool> backupAlwaysAllowEntries(OperatorPrompts &prompts);
     QCoro::Task<bool> backupTo(OperatorPrompts &prompts, QString path);
-    QCoro::Task<bool> restore(OperatorPrompts &prompts);
+    QCoro::Task<bool> restoreAlwaysAllowEntriesFromBackup(OperatorPrompts &prompts);
     QCoro::Task<bool> restoreFrom(OperatorPrompts &prompts, QString path);
 
 private:

@@ -49,7 +49,7 @@ QCoro::Task<> AlwaysAllowOperations::reload(OperatorPrompts &prompts, AlwaysAllo
     return reloading(this, &prompts, scope);
 }
 
-QCoro::Task<> AlwaysAllowOperations::promptAndReload(OperatorPrompts &prompts)
+QCoro::Task<> AlwaysAllowOperations::promptAndReloadAlwaysAllowEntries(OperatorPrompts &prompts)
 {
     return askingAndReloading(this, &prompts);
 }
@@ -59,7 +59,7 @@ QCoro::Task<bool> AlwaysAllowOperations::clear(OperatorPrompts &prompts, Target 
     return clearing(this, &prompts, target);
 }
 
-QCoro::Task<bool> AlwaysAllowOperations::promptAndClear(OperatorPrompts &prompts)
+QCoro::Task<bool> AlwaysAllowOperations::promptAndClearAlwaysAllowEntries(OperatorPrompts &prompts)
 {
     return askingAndClearing(this, &prompts);
 }
@@ -70,7 +70,8 @@ QCoro::Task<bool> AlwaysAllowOperations::addAllToAppList(OperatorPrompts &prompt
     return addingAll(this, &prompts, std::move(shown));
 }
 
-QCoro::Task<bool> AlwaysAllowOperations::registerToBrackwen(OperatorPrompts &prompts)
+QCoro::Task<bool>
+AlwaysAllowOperations::registerCurrentAlwaysAllowEntriesToBrackwen(OperatorPrompts &prompts)
 {
     return registering(this, &prompts);
 }
@@ -212,7 +213,7 @@ QCoro::Task<bool> AlwaysAllowOperations::addingAll(Self self, OperatorPrompts *p
     auto &list = self->m_collaborators.list;
     const auto added
         = list.present(shown); // not what has been taken out while the question was open
-    const bool isChanged = list.addToApp(added);
+    const bool isChanged = list.addAlwaysAllowEntryToAppList(added);
     self->recordCount(ActivityActor::App, ActivityAction::AddAllToAppList, added.size());
     const Alert notice {tr("Confirm registration"),
                         tr("All visible entries were added to the app list.")};

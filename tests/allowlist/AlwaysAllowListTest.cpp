@@ -93,12 +93,12 @@ protected:
 TEST_F(AlwaysAllow, RemembersAcrossRunsAndWritesOnlyWhatIsNew)
 {
     EXPECT_EQ(list->verdict(u"git push"_s), Verdict::Unknown);
-    list->remember(u" /usr/bin/git   push\n"_s);
-    list->remember(u" \n"_s);
+    list->rememberAlwaysAllow(u" /usr/bin/git   push\n"_s);
+    list->rememberAlwaysAllow(u" \n"_s);
     EXPECT_EQ(changes, 1);
     const QByteArray written = contentOf(preferencesPath);
     ASSERT_TRUE(QFile::remove(preferencesPath));
-    list->remember(u"/usr/bin/git push"_s);
+    list->rememberAlwaysAllow(u"/usr/bin/git push"_s);
     EXPECT_FALSE(QFile::exists(preferencesPath)) << "the same again is not written again";
     write(preferencesPath, written);
 
@@ -160,7 +160,7 @@ TEST_F(AlwaysAllow, AnswersOnlyWhatAShellReadsTheSame)
     }
     for (const QString &remembered : commands) {
         list->clearApp();
-        list->remember(remembered);
+        list->rememberAlwaysAllow(remembered);
         for (const QString &asked : commands) {
             const bool isAllowed = list->verdict(asked) == Verdict::Allowed;
             EXPECT_TRUE(isAllowed || asked != remembered) << qPrintable(asked);
@@ -168,7 +168,7 @@ TEST_F(AlwaysAllow, AnswersOnlyWhatAShellReadsTheSame)
                 << qPrintable(remembered) << " answers for " << qPrintable(asked);
         }
     }
-    list->remember(commands.constFirst());
+    list->rememberAlwaysAllow(commands.constFirst());
     EXPECT_EQ(list->verdict(u"\tw  a \t b\n"_s), Verdict::Allowed);
 
     int folded = 0;
@@ -186,17 +186,17 @@ TEST_F(AlwaysAllow, EachExactTextIsAllowedByItselfAndAllGoTogether)
 {
     const QString one = u"cd src && \\\n make 'a  b'"_s;
     const QString other = u"cd src && \\\n make 'a b'"_s;
-    list->remember(one);
+    list->rememberAlwaysAllow(one);
     EXPECT_EQ(list->verdict(one), Verdict::Allowed);
     EXPECT_EQ(list->verdict(other), Verdict::NotExact);
-    list->remember(other);
+    list->rememberAlwaysAllow(other);
     restart();
     EXPECT_EQ(list->verdict(one), Verdict::Allowed);
     EXPECT_EQ(list->verdict(other), Verdict::Allowed);
     ASSERT_EQ(list->entries().size(), 1);
-    list->removeFromApp({entry(one)});
+    list->removeAlwaysAllowEntryFromAppOnly({entry(one)});
     restart();
-    list->remember(other);
+    list->rememberAlwaysAllow(other);
     EXPECT_EQ(list->verdict(one), Verdict::NotExact);
     list->clearApp();
     restart();
@@ -208,7 +208,7 @@ TEST_F(AlwaysAllow, ThePlatformsTextAnswersForItselfOnceItIsAdded)
 {
     platformAllows({"cp 'c  d' e", "cp c\\nls d", "make it"});
     list->reload(AlwaysAllowScope::IncludeRegistered);
-    list->addToApp(list->entries());
+    list->addAlwaysAllowEntryToAppList(list->entries());
     restart();
     for (const auto &[command, expected] : {std::pair(u"cp 'c  d' e"_s, Verdict::Allowed),
                                             std::pair(u"cp 'c d' e"_s, Verdict::NotExact),
@@ -223,7 +223,7 @@ TEST_F(AlwaysAllow, WhatIsKnownExactlyOutlivesABackup)
 {
     const QStringList exact {u"rm a\nls b"_s, u"rm 'a  b'"_s, u"ls\r"_s, u"make it"_s};
     for (const QString &command : exact) {
-        list->remember(command);
+        list->rememberAlwaysAllow(command);
     }
     const auto backup
         = parseAlwaysAllowBackup(alwaysAllowBackupText(list->entries(), u"Head"_s, 0));
@@ -269,7 +269,7 @@ TEST_F(AlwaysAllow, WhatEarlierReleasesKeptIsAskedOnceMoreUnlessItIsPlain)
         EXPECT_EQ(list->verdict(row.asked), row.expected)
             << qPrintable(row.kept) << " and " << qPrintable(row.asked);
         EXPECT_EQ(entry(row.kept).isAskedOnceMore(), row.isMarked);
-        list->remember(row.kept);
+        list->rememberAlwaysAllow(row.kept);
         restart();
         EXPECT_EQ(list->verdict(row.kept), Verdict::Allowed) << "it learns";
     }
@@ -288,13 +288,13 @@ TEST_F(AlwaysAllow, MalformedKnowledgeMakesItAsk)
          {u"x"_s, u"["_s, u""_s, u"[\"plain\"]"_s, u"{\"%1\":1}"_s.arg(digest),
           u"{\"%1\":\"Plain plainer 12\"}"_s.arg(digest), u"{}"_s,
           u"{\"plain\":\"%1\"}"_s.arg(digest)}) {
-        list->remember(u"git push"_s);
+        list->rememberAlwaysAllow(u"git push"_s);
         preferences->setText(formsKey, value);
         ASSERT_TRUE(preferences->save());
         restart();
         EXPECT_EQ(list->verdict(u"git push"_s), Verdict::NotExact) << qPrintable(value);
     }
-    list->remember(u"git push"_s);
+    list->rememberAlwaysAllow(u"git push"_s);
     preferences->remove(formsKey);
     preferences->setText(lineBreaksKey, u"["_s);
     restart();
@@ -304,8 +304,8 @@ TEST_F(AlwaysAllow, MalformedKnowledgeMakesItAsk)
 
 TEST_F(AlwaysAllow, WhatIsSensitiveIsKnownOfTheWholeCommand)
 {
-    list->remember(u"cat /etc/shadow"_s);
-    list->remember(u"git status"_s);
+    list->rememberAlwaysAllow(u"cat /etc/shadow"_s);
+    list->rememberAlwaysAllow(u"git status"_s);
     const auto backup
         = parseAlwaysAllowBackup(alwaysAllowBackupText(list->entries(), u"Head"_s, 0));
     for (int i = 0; i < 2; ++i) {
@@ -343,15 +343,15 @@ TEST_F(AlwaysAllow, MalformedPreferencesCountAsEmptyWithOneLineEach)
         EXPECT_TRUE(list->entries().isEmpty()) << qPrintable(value);
         EXPECT_EQ(log.lines().size(), before + 3) << qPrintable(value);
     }
-    list->remember(u"ls -la"_s);
+    list->rememberAlwaysAllow(u"ls -la"_s);
     restart();
     EXPECT_EQ(list->verdict(u"ls -la"_s), Verdict::Allowed);
 }
 
 TEST_F(AlwaysAllow, MergesBothListsInTheOrderOfTheirTexts)
 {
-    list->remember(u"git push"_s);
-    list->remember(u"Zip it"_s);
+    list->rememberAlwaysAllow(u"git push"_s);
+    list->rememberAlwaysAllow(u"Zip it"_s);
     preferences->setTextList(digestsKey,
                              {digestOf(u"git push"_s), digestOf(u"Zip it"_s),
                               u"Afff"_s + QString(60, u'0'), digestOf(u"sudo ls"_s)});
@@ -377,24 +377,24 @@ TEST_F(AlwaysAllow, EntriesAreAddedToAndRemovedFromOneListOrBoth)
 {
     platformAllows({"apt list", "git push", "ls -la"});
     list->reload(AlwaysAllowScope::IncludeRegistered);
-    list->remember(u"git push"_s);
-    list->remember(u"own one"_s);
+    list->rememberAlwaysAllow(u"git push"_s);
+    list->rememberAlwaysAllow(u"own one"_s);
 
-    EXPECT_FALSE(list->removeFromApp({entry(u"apt list"_s)}));
-    EXPECT_TRUE(list->addToApp({entry(u"apt list"_s)}));
+    EXPECT_FALSE(list->removeAlwaysAllowEntryFromAppOnly({entry(u"apt list"_s)}));
+    EXPECT_TRUE(list->addAlwaysAllowEntryToAppList({entry(u"apt list"_s)}));
     EXPECT_EQ(sourceOf(u"apt list"_s), Source::Both);
-    EXPECT_TRUE(list->removeFromApp({entry(u"apt list"_s)}));
+    EXPECT_TRUE(list->removeAlwaysAllowEntryFromAppOnly({entry(u"apt list"_s)}));
     EXPECT_EQ(sourceOf(u"apt list"_s), Source::BrackwenOnly);
 
-    EXPECT_TRUE(isChanged(list->removeFromBrackwen({entry(u"apt list"_s)})));
+    EXPECT_TRUE(isChanged(list->removeAlwaysAllowEntryFromBrackwenOnly({entry(u"apt list"_s)})));
     EXPECT_EQ(sourceOf(u"apt list"_s), Source::LocalOnly);
     EXPECT_EQ(entry(u"apt list"_s).command, u"apt list"_s);
     EXPECT_EQ(list->verdict(u"apt list"_s), Verdict::Allowed);
     EXPECT_FALSE(platformHas("apt list"));
-    EXPECT_FALSE(isChanged(list->removeFromBrackwen({entry(u"own one"_s)})));
+    EXPECT_FALSE(isChanged(list->removeAlwaysAllowEntryFromBrackwenOnly({entry(u"own one"_s)})));
     EXPECT_EQ(sourceOf(u"own one"_s), Source::LocalOnly);
 
-    EXPECT_TRUE(isChanged(list->removeFromBoth({entry(u"git push"_s)})));
+    EXPECT_TRUE(isChanged(list->removeAlwaysAllowEntry({entry(u"git push"_s)})));
     EXPECT_EQ(list->find(digestOf(u"git push"_s)), nullptr);
     EXPECT_FALSE(platformHas("git push"));
     EXPECT_TRUE(platformHas("ls -la"));
@@ -417,7 +417,7 @@ TEST_F(AlwaysAllow, FollowsThePlatformUnlessOnlyTheOwnListIsWanted)
     bool isNoticed = false;
     QObject::connect(&other, &ExecApprovalsFiles::changed, &other, [&] { isNoticed = true; });
     other.watch();
-    ASSERT_TRUE(isChanged(other.appendCommands({u"yes yes"_s})));
+    ASSERT_TRUE(isChanged(other.appendCommandsToExecApprovalsFiles({u"yes yes"_s})));
     ASSERT_TRUE(waitUntil([&] { return isNoticed; }));
     EXPECT_TRUE(list->entries().isEmpty());
     list->reload(AlwaysAllowScope::IncludeRegistered);
@@ -426,7 +426,7 @@ TEST_F(AlwaysAllow, FollowsThePlatformUnlessOnlyTheOwnListIsWanted)
 
 TEST_F(AlwaysAllow, RestoresOnlyProperDigestsAndKeepsTextsThatAreThere)
 {
-    list->remember(u"git push"_s);
+    list->rememberAlwaysAllow(u"git push"_s);
     const QString other = digestOf(u"ls -la"_s);
     EXPECT_EQ(list->restore({{digestOf(u"git push"_s), u"something else"_s},
                              {other, u"ls -la"_s},
@@ -443,11 +443,11 @@ TEST_F(AlwaysAllow, WhatCannotBeWrittenIsKeptForThisRunAndSaid)
 {
     {
         const FullDisk full;
-        list->remember(u"ls -la"_s);
+        list->rememberAlwaysAllow(u"ls -la"_s);
         EXPECT_EQ(list->verdict(u"ls -la"_s), Verdict::Allowed);
     }
     EXPECT_EQ(log.lines().filter(u"could not be written"_s).size(), 1);
-    list->remember(u"git push"_s);
+    list->rememberAlwaysAllow(u"git push"_s);
     restart();
     EXPECT_EQ(list->verdict(u"ls -la"_s), Verdict::Allowed);
 }

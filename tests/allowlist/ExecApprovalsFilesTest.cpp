@@ -75,16 +75,18 @@ TEST_F(ExecApprovals, EditsOnlyTheListsAndKeepsEverythingElse)
 {
     const QString name = u"exec-approvals.json"_s;
     write(platform(name), sample);
-    EXPECT_TRUE(
-        isChanged(files.appendCommands({u"make test"_s, u"new one"_s, u"ls -la"_s, u"new one"_s})));
+    EXPECT_TRUE(isChanged(files.appendCommandsToExecApprovalsFiles(
+        {u"make test"_s, u"new one"_s, u"ls -la"_s, u"new one"_s})));
     EXPECT_EQ(patternsIn(name).count(u"new one"_s), 1);
     EXPECT_EQ(patternsIn(name).count(u"make test"_s), 1);
-    EXPECT_FALSE(isChanged(files.appendCommands({u"new one"_s})));
+    EXPECT_FALSE(isChanged(files.appendCommandsToExecApprovalsFiles({u"new one"_s})));
 
-    EXPECT_TRUE(isChanged(files.removeDigests({digestOf(u"ls -la"_s)})));
+    EXPECT_TRUE(
+        isChanged(files.removeAlwaysAllowDigestFromExecApprovalsFiles({digestOf(u"ls -la"_s)})));
     EXPECT_EQ(patternsIn(name),
               QStringList({u"git  status"_s, u"make test"_s, u"git status"_s, u"new one"_s}));
-    EXPECT_FALSE(isChanged(files.removeDigests({digestOf(u"ls -la"_s)})));
+    EXPECT_FALSE(
+        isChanged(files.removeAlwaysAllowDigestFromExecApprovalsFiles({digestOf(u"ls -la"_s)})));
     const QByteArray text = contentOf(platform(name));
     for (const char *kept : {"18446744073709551615", "9007199254740993", "1e2", "\"odd\": 5"}) {
         EXPECT_TRUE(text.contains(kept)) << kept;
@@ -92,26 +94,26 @@ TEST_F(ExecApprovals, EditsOnlyTheListsAndKeepsEverythingElse)
     EXPECT_EQ(json(name)["agents"_L1]["main"_L1]["allowlist"_L1].toArray().size(), 8);
     EXPECT_LT(text.indexOf("\"agents\""), text.indexOf("\"version\""));
 
-    EXPECT_TRUE(isChanged(files.clear()));
+    EXPECT_TRUE(isChanged(files.clearAlwaysAllowInExecApprovalsFiles()));
     EXPECT_TRUE(patternsIn(name).isEmpty());
     EXPECT_EQ(json(name)["agents"_L1].toObject().keys(),
               QStringList({u"main"_s, u"none"_s, u"odd"_s, u"other"_s}));
     EXPECT_TRUE(json(name)["agents"_L1]["none"_L1]["allowlist"_L1].isArray());
-    EXPECT_FALSE(isChanged(files.clear()));
+    EXPECT_FALSE(isChanged(files.clearAlwaysAllowInExecApprovalsFiles()));
     EXPECT_TRUE(log.lines().isEmpty());
 }
 
 TEST_F(ExecApprovals, MakesWhatIsMissingInsideAFileButNoFile)
 {
-    EXPECT_TRUE(test::waitFor(files.appendCommands({u"a b"_s})).isWithoutFile);
-    EXPECT_TRUE(test::waitFor(files.clear()).isWithoutFile);
+    EXPECT_TRUE(test::waitFor(files.appendCommandsToExecApprovalsFiles({u"a b"_s})).isWithoutFile);
+    EXPECT_TRUE(test::waitFor(files.clearAlwaysAllowInExecApprovalsFiles()).isWithoutFile);
     EXPECT_TRUE(QDir(platform()).isEmpty());
     ExecApprovalsFiles nowhere(home.filePath(u"nowhere"_s), log);
-    EXPECT_FALSE(isChanged(nowhere.appendCommands({u"a b"_s})));
+    EXPECT_FALSE(isChanged(nowhere.appendCommandsToExecApprovalsFiles({u"a b"_s})));
     EXPECT_FALSE(QFileInfo::exists(home.filePath(u"nowhere"_s)));
 
     write(platform(u"exec-approvals.json"_s), R"({"agents":null,"z":1})");
-    EXPECT_TRUE(isChanged(files.appendCommands({u"a b"_s})));
+    EXPECT_TRUE(isChanged(files.appendCommandsToExecApprovalsFiles({u"a b"_s})));
     EXPECT_EQ(contentOf(platform(u"exec-approvals.json"_s)),
               "{\n  \"agents\": {\n    \"main\": {\n      \"allowlist\": [\n        {\n          "
               "\"pattern\": \"a b\"\n        }\n      ]\n    }\n  },\n  \"z\": 1\n}\n");
@@ -131,7 +133,7 @@ TEST_F(ExecApprovals, AFileThatCannotBeUsedIsLeftAloneAndSaidOnce)
     write(platform(u"exec-approvals-z.json"_s), "{}");
 
     EXPECT_EQ(files.load().paths, QStringList(platform(u"exec-approvals-z.json"_s)));
-    const auto outcome = test::waitFor(files.appendCommands({u"a b"_s}));
+    const auto outcome = test::waitFor(files.appendCommandsToExecApprovalsFiles({u"a b"_s}));
     EXPECT_TRUE(outcome.isChanged && !outcome.isWithoutFile);
     EXPECT_EQ(outcome.failures.size(), bad.size() + 3);
     EXPECT_TRUE(files.load().paths.size() == 1);
@@ -150,7 +152,7 @@ TEST_F(ExecApprovals, AByteOrderMarkIsPassedOverAndKept)
 {
     write(platform(u"exec-approvals.json"_s), "\xef\xbb\xbf" + sample);
     EXPECT_EQ(files.load().commandsByDigest.size(), 3);
-    EXPECT_TRUE(isChanged(files.appendCommands({u"a b"_s})));
+    EXPECT_TRUE(isChanged(files.appendCommandsToExecApprovalsFiles({u"a b"_s})));
     EXPECT_TRUE(contentOf(platform(u"exec-approvals.json"_s)).startsWith("\xef\xbb\xbf{\n"));
     EXPECT_TRUE(patternsIn(u"exec-approvals.json"_s).contains(u"a b"_s));
     EXPECT_TRUE(log.lines().isEmpty());
@@ -161,8 +163,11 @@ TEST_F(ExecApprovals, ContentOfTheWrongTypeIsNotOverwritten)
     for (const QByteArray content : {R"({"agents":[1]})", R"({"agents":{"main":"x"}})",
                                      R"({"agents":{"main":{"allowlist":{"a":1}}}})"}) {
         write(platform(u"exec-approvals.json"_s), content);
-        EXPECT_EQ(test::waitFor(files.appendCommands({u"a b"_s})).failures.size(), 1);
-        EXPECT_TRUE(test::waitFor(files.removeDigests({digestOf(u"a b"_s)})).isDone());
+        EXPECT_EQ(
+            test::waitFor(files.appendCommandsToExecApprovalsFiles({u"a b"_s})).failures.size(), 1);
+        EXPECT_TRUE(
+            test::waitFor(files.removeAlwaysAllowDigestFromExecApprovalsFiles({digestOf(u"a b"_s)}))
+                .isDone());
         EXPECT_EQ(contentOf(platform(u"exec-approvals.json"_s)), content);
         EXPECT_TRUE(
             log.lines().last().startsWith(u"[Brackwen] Brackwen allowlist update failed: "_s));
@@ -175,18 +180,18 @@ TEST_F(ExecApprovals, KeepModeAndLinkAndLeaveNothingBehind)
     write(target, sample);
     ASSERT_TRUE(QFile::setPermissions(target, QFile::Permissions(0x6640)));
     ASSERT_TRUE(QFile::link(target, platform(u"exec-approvals.json"_s)));
-    EXPECT_TRUE(isChanged(files.appendCommands({u"a b"_s})));
+    EXPECT_TRUE(isChanged(files.appendCommandsToExecApprovalsFiles({u"a b"_s})));
     EXPECT_EQ(modeOf(target), 0640u);
     EXPECT_TRUE(QFileInfo(platform(u"exec-approvals.json"_s)).isSymLink());
     EXPECT_TRUE(contentOf(target).contains("a b"));
 
     {
         const FullDisk full;
-        EXPECT_FALSE(isChanged(files.clear()));
+        EXPECT_FALSE(isChanged(files.clearAlwaysAllowInExecApprovalsFiles()));
     }
     EXPECT_TRUE(contentOf(target).contains("a b"));
     ASSERT_TRUE(QFile::setPermissions(target, QFile::Permissions(0x4444)));
-    EXPECT_FALSE(isChanged(files.clear()));
+    EXPECT_FALSE(isChanged(files.clearAlwaysAllowInExecApprovalsFiles()));
     EXPECT_TRUE(contentOf(target).contains("a b"));
     EXPECT_TRUE(log.lines().last().startsWith(u"[Brackwen] Brackwen allowlist update failed: "_s));
     const auto everything = QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot;
@@ -205,7 +210,7 @@ TEST_F(ExecApprovals, TwoProgramsThatEditAtOnceLoseNothing)
                         {platform(), u"other%1"_s.arg(i), QString::number(count)});
     }
     for (int i = 0; i < count; ++i) {
-        EXPECT_TRUE(isChanged(files.appendCommands({u"own %1"_s.arg(i)})));
+        EXPECT_TRUE(isChanged(files.appendCommandsToExecApprovalsFiles({u"own %1"_s.arg(i)})));
         // A reader finds a whole file at any moment.
         EXPECT_EQ(files.load().paths.size(), 1);
     }
@@ -288,8 +293,9 @@ TEST_F(ExecApprovals, TheLoopTurnsWhileAnotherProgramHasTheFolder)
 {
     write(platform(u"exec-approvals.json"_s), "{}");
     std::optional<FolderLock> others(*FolderLock::acquire(platform()));
-    auto first = files.appendCommands({u"first one"_s});
-    auto second = files.removeDigests({digestOf(u"first one"_s)}); // in the order of the calls
+    auto first = files.appendCommandsToExecApprovalsFiles({u"first one"_s});
+    auto second = files.removeAlwaysAllowDigestFromExecApprovalsFiles(
+        {digestOf(u"first one"_s)}); // in the order of the calls
     QTimer::singleShot(20, &files, [&] { others.reset(); });
     EXPECT_TRUE(isChanged(std::move(first)));
     EXPECT_TRUE(isChanged(std::move(second)));
@@ -300,7 +306,7 @@ TEST_F(ExecApprovals, AChangeThatHasBegunIsMadeAlsoWhenTheProgramEnds)
 {
     write(platform(u"exec-approvals.json"_s), "{}");
     auto ending = std::make_unique<ExecApprovalsFiles>(platform(), log);
-    auto task = ending->appendCommands({u"last one"_s});
+    auto task = ending->appendCommandsToExecApprovalsFiles({u"last one"_s});
     ending.reset();
     EXPECT_EQ(patternsIn(u"exec-approvals.json"_s), QStringList(u"last one"_s));
     EXPECT_FALSE(isChanged(std::move(task)));

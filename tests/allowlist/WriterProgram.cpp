@@ -27,7 +27,7 @@ int main(int argc, char **argv)
     bram::ExecApprovalsFiles files(arguments.value(1), log);
     for (int i = 0; i < arguments.value(3).toInt(); ++i) {
         const QString command = arguments.value(2) + u' ' + QString::number(i);
-        if (!bram::test::waitFor(files.appendCommands({command})).isChanged) {
+        if (!bram::test::waitFor(files.appendCommandsToExecApprovalsFiles({command})).isChanged) {
             std::fprintf(stderr, "%s\n", qPrintable(log.lines().join(u'\n')));
             return 1;
         }

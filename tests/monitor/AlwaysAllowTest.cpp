@@ -171,17 +171,18 @@ TEST_F(AlwaysAllowTest, AnAutomaticAnswerThatFailsBecomesAQuestion)
 TEST_F(AlwaysAllowTest, RemovesFromTheListThatWasChosen)
 {
     makeCoreWithLists();
-    EXPECT_FALSE(test::waitFor(operations().promptAndRemove(prompts, {entry(u"git push"_s)})));
+    EXPECT_FALSE(test::waitFor(
+        operations().promptAndRemoveAlwaysAllowEntry(prompts, {entry(u"git push"_s)})));
     EXPECT_EQ(lastQuestion(),
               u"Remove always-allow entry|Choose which list to remove from.|Delete from app list "
               "only/Delete from Brackwen list only/Delete from both app and Brackwen/Cancel"_s);
     EXPECT_EQ(prompts.questions.last().notes, QStringList {u"git push"_s});
     EXPECT_EQ(operations().list().entries().size(), 3);
-    test::waitFor(operations().promptAndRemove(prompts, {entry(u"apt list"_s)}));
+    test::waitFor(operations().promptAndRemoveAlwaysAllowEntry(prompts, {entry(u"apt list"_s)}));
     EXPECT_EQ(prompts.questions.last().notes.size(), 2) << "it is not in the own list yet";
 
     prompts.answers = {1};
-    test::waitFor(operations().promptAndRemove(prompts, {entry(u"own one"_s)}));
+    test::waitFor(operations().promptAndRemoveAlwaysAllowEntry(prompts, {entry(u"own one"_s)}));
     EXPECT_EQ(
         lastAlert(),
         u"Notice|This entry is not registered in Brackwen. It will be kept in the app list."_s);
@@ -189,7 +190,8 @@ TEST_F(AlwaysAllowTest, RemovesFromTheListThatWasChosen)
     EXPECT_EQ(latest(), std::tuple(ActivityActor::App, ActivityAction::AddToAppList, u"own …"_s));
 
     prompts.answers = {1};
-    EXPECT_TRUE(test::waitFor(operations().promptAndRemove(prompts, {entry(u"apt list"_s)})));
+    EXPECT_TRUE(test::waitFor(
+        operations().promptAndRemoveAlwaysAllowEntry(prompts, {entry(u"apt list"_s)})));
     EXPECT_EQ(entry(u"apt list"_s).source, AlwaysAllowSource::LocalOnly);
     EXPECT_EQ(latest(),
               std::tuple(ActivityActor::Brackwen, ActivityAction::RemoveFromBrackwen, u"apt …"_s));
@@ -197,7 +199,8 @@ TEST_F(AlwaysAllowTest, RemovesFromTheListThatWasChosen)
     EXPECT_EQ(latest(),
               std::tuple(ActivityActor::App, ActivityAction::RemoveFromAppList, u"apt …"_s));
     prompts.answers = {2};
-    EXPECT_TRUE(test::waitFor(operations().promptAndRemove(prompts, {entry(u"git push"_s)})));
+    EXPECT_TRUE(test::waitFor(
+        operations().promptAndRemoveAlwaysAllowEntry(prompts, {entry(u"git push"_s)})));
     EXPECT_EQ(
         latest(),
         std::tuple(ActivityActor::AppAndBrackwen, ActivityAction::RemoveFromBoth, u"git …"_s));
@@ -221,7 +224,7 @@ TEST_F(AlwaysAllowTest, SeveralEntriesAreOneQuestionAndOneRow)
     EXPECT_EQ(latest(), std::tuple(ActivityActor::App, ActivityAction::AddToAppList, u"count=3"_s));
 
     prompts.answers = {1};
-    EXPECT_TRUE(test::waitFor(operations().promptAndRemove(prompts, chosen)));
+    EXPECT_TRUE(test::waitFor(operations().promptAndRemoveAlwaysAllowEntry(prompts, chosen)));
     EXPECT_TRUE(lastQuestion().startsWith(u"Remove 3 always-allow entries|"_s));
     EXPECT_EQ(lastAlert(),
               u"Notice|1 of these entries are not registered in Brackwen. They will be kept in the "
@@ -233,14 +236,15 @@ TEST_F(AlwaysAllowTest, SeveralEntriesAreOneQuestionAndOneRow)
     ASSERT_TRUE(waitUntil([this] { return has(u"stays here"_s); }));
     prompts.answers = {2};
     // As they were when they were chosen: what is known of them since counts.
-    EXPECT_TRUE(test::waitFor(operations().promptAndRemove(prompts, chosen)));
+    EXPECT_TRUE(test::waitFor(operations().promptAndRemoveAlwaysAllowEntry(prompts, chosen)));
     EXPECT_EQ(operations().list().entries(), QList {entry(u"stays here"_s)});
     EXPECT_FALSE(platform().contains("git push"));
     EXPECT_EQ(
         latest(),
         std::tuple(ActivityActor::AppAndBrackwen, ActivityAction::RemoveFromBoth, u"count=3"_s));
     prompts.answers = {2};
-    EXPECT_FALSE(test::waitFor(operations().promptAndRemove(prompts, chosen))) << "all are gone";
+    EXPECT_FALSE(test::waitFor(operations().promptAndRemoveAlwaysAllowEntry(prompts, chosen)))
+        << "all are gone";
 }
 
 TEST_F(AlwaysAllowTest, WhatCannotBeChangedAtThePlatformIsToldAndRecorded)
@@ -254,7 +258,7 @@ TEST_F(AlwaysAllowTest, WhatCannotBeChangedAtThePlatformIsToldAndRecorded)
     };
     const auto registering = [&] {
         prompts.answers = {0};
-        return test::waitFor(operations().registerToBrackwen(prompts));
+        return test::waitFor(operations().registerCurrentAlwaysAllowEntriesToBrackwen(prompts));
     };
     const QString protectedDetail = u" (not changed: exec-approvals.json)"_s;
     const auto expectNotDone
@@ -317,7 +321,7 @@ TEST_F(AlwaysAllowTest, ReloadsWithABackupBeforeIt)
 {
     makeCoreWithLists();
     prompts.answers = {1};
-    test::waitFor(operations().promptAndReload(prompts));
+    test::waitFor(operations().promptAndReloadAlwaysAllowEntries(prompts));
     EXPECT_EQ(
         latest(),
         std::tuple(ActivityActor::App, ActivityAction::RefreshAlwaysAllowList, u"app-only"_s));
@@ -325,7 +329,7 @@ TEST_F(AlwaysAllowTest, ReloadsWithABackupBeforeIt)
     EXPECT_EQ(entry(u"git push"_s).source, AlwaysAllowSource::Both);
     clock.current += 5000;
     prompts.answers = {0};
-    test::waitFor(operations().promptAndReload(prompts));
+    test::waitFor(operations().promptAndReloadAlwaysAllowEntries(prompts));
     EXPECT_EQ(latest(),
               std::tuple(ActivityActor::AppAndBrackwen, ActivityAction::RefreshAlwaysAllowList,
                          u"include-registered"_s));
@@ -338,7 +342,7 @@ TEST_F(AlwaysAllowTest, ReloadsWithABackupBeforeIt)
     EXPECT_TRUE(text.startsWith("Always allow list auto-backup\nGeneratedAt: "));
     EXPECT_TRUE(text.contains("Command: apt list")) << "also what was not shown";
     const auto rows = board().activity().size();
-    test::waitFor(operations().promptAndReload(prompts));
+    test::waitFor(operations().promptAndReloadAlwaysAllowEntries(prompts));
     EXPECT_EQ(board().activity().size(), rows) << "cancelled";
 
     QDir(backups).removeRecursively();
@@ -355,20 +359,20 @@ TEST_F(AlwaysAllowTest, ClearsThePlatformsListOnlyAfterAConfirmation)
     makeCoreWithLists();
     for (const qsizetype choice : {1, 2}) {
         prompts.answers = {choice, 1};
-        EXPECT_FALSE(test::waitFor(operations().promptAndClear(prompts)));
+        EXPECT_FALSE(test::waitFor(operations().promptAndClearAlwaysAllowEntries(prompts)));
         EXPECT_TRUE(lastQuestion().startsWith(
             u"Confirmation|All Brackwen registered always-allow entries will also be deleted."_s));
         EXPECT_EQ(operations().list().entries().size(), 3);
     }
     prompts.answers = {1, 0};
-    EXPECT_TRUE(test::waitFor(operations().promptAndClear(prompts)));
+    EXPECT_TRUE(test::waitFor(operations().promptAndClearAlwaysAllowEntries(prompts)));
     EXPECT_EQ(latest(),
               std::tuple(ActivityActor::Brackwen, ActivityAction::ClearBrackwenList, u"count=2"_s))
         << "of which one is kept in the app's list";
     EXPECT_FALSE(has(u"apt list"_s));
     EXPECT_TRUE(has(u"git push"_s));
     prompts.answers = {0};
-    EXPECT_TRUE(test::waitFor(operations().promptAndClear(prompts)));
+    EXPECT_TRUE(test::waitFor(operations().promptAndClearAlwaysAllowEntries(prompts)));
     EXPECT_EQ(latest(), std::tuple(ActivityActor::App, ActivityAction::ClearAppList, u"count=2"_s));
     EXPECT_TRUE(operations().list().entries().isEmpty());
 }
@@ -380,7 +384,7 @@ TEST_F(AlwaysAllowTest, RegistersWhatIsACommandAndAddsAllThatIsShown)
     platformAllows("");
     ASSERT_TRUE(
         waitUntil([this] { return entry(u"git push"_s).source == AlwaysAllowSource::LocalOnly; }));
-    test::waitFor(operations().registerToBrackwen(prompts));
+    test::waitFor(operations().registerCurrentAlwaysAllowEntriesToBrackwen(prompts));
     EXPECT_TRUE(lastAlert().startsWith(u"No commands to register|"_s))
         << "the own list holds previews only";
 
@@ -404,7 +408,8 @@ TEST_F(AlwaysAllowTest, RegistersWhatIsACommandAndAddsAllThatIsShown)
                     u"Registration completed|No new items were added because they were "
                     "already registered."_s)}) {
         prompts.answers = {0};
-        EXPECT_EQ(test::waitFor(operations().registerToBrackwen(prompts)), changed);
+        EXPECT_EQ(test::waitFor(operations().registerCurrentAlwaysAllowEntriesToBrackwen(prompts)),
+                  changed);
         EXPECT_EQ(lastAlert(), text);
         EXPECT_EQ(latest(),
                   std::tuple(ActivityActor::Brackwen, ActivityAction::RegisterAlwaysAllowToBrackwen,
@@ -416,10 +421,10 @@ TEST_F(AlwaysAllowTest, RegistersWhatIsACommandAndAddsAllThatIsShown)
 TEST_F(AlwaysAllowTest, BacksUpAndRestores)
 {
     makeCoreWithLists();
-    EXPECT_FALSE(test::waitFor(operations().backup(prompts)));
+    EXPECT_FALSE(test::waitFor(operations().backupAlwaysAllowEntries(prompts)));
     const QString path = folder.filePath(u"backup.txt"_s);
     prompts.files = {path, path};
-    EXPECT_TRUE(test::waitFor(operations().backup(prompts)));
+    EXPECT_TRUE(test::waitFor(operations().backupAlwaysAllowEntries(prompts)));
     EXPECT_EQ(QFileInfo(path).permissions() & QFileDevice::Permissions(0x0fff),
               QFileDevice::ReadUser | QFileDevice::WriteUser);
     EXPECT_EQ(std::get<1>(latest()), ActivityAction::BackupAlwaysAllowList);
@@ -432,7 +437,7 @@ TEST_F(AlwaysAllowTest, BacksUpAndRestores)
     file.write("\nID: NOT-A-DIGEST\nCommand: rm x y\n");
     file.close();
     prompts.answers = {0};
-    EXPECT_TRUE(test::waitFor(operations().restore(prompts)));
+    EXPECT_TRUE(test::waitFor(operations().restoreAlwaysAllowEntriesFromBackup(prompts)));
     EXPECT_TRUE(lastQuestion().contains(u"Entries restored to the app list: 3. Refused "
                                         "because their ID is not 64 lower-case "
                                         "hexadecimal digits: 1."_s))

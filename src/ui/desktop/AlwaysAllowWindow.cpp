@@ -96,7 +96,8 @@ void AlwaysAllowWindow::followWishes()
             [this](AlwaysAllowListActions::Action action) { carryOut(action); });
     const auto remove = [this](const QList<AlwaysAllowEntry> &entries) {
         if (m_isOperable && !entries.isEmpty()) {
-            start(m_collaborators.operations.promptAndRemove(m_collaborators.prompts, entries));
+            start(m_collaborators.operations.promptAndRemoveAlwaysAllowEntry(
+                m_collaborators.prompts, entries));
         }
     };
     connect(m_entry, &AlwaysAllowEntryPane::removalRequested, this, remove);
@@ -123,22 +124,22 @@ void AlwaysAllowWindow::carryOut(AlwaysAllowListActions::Action action)
     OperatorPrompts &prompts = m_collaborators.prompts;
     switch (action) {
     case AlwaysAllowListActions::Load:
-        start(operations.promptAndReload(prompts));
+        start(operations.promptAndReloadAlwaysAllowEntries(prompts));
         return;
     case AlwaysAllowListActions::Register:
-        start(operations.registerToBrackwen(prompts));
+        start(operations.registerCurrentAlwaysAllowEntriesToBrackwen(prompts));
         return;
     case AlwaysAllowListActions::AddAll:
         start(operations.addAllToAppList(prompts, m_list->shown()));
         return;
     case AlwaysAllowListActions::Backup:
-        start(operations.backup(prompts));
+        start(operations.backupAlwaysAllowEntries(prompts));
         return;
     case AlwaysAllowListActions::Restore:
-        start(operations.restore(prompts));
+        start(operations.restoreAlwaysAllowEntriesFromBackup(prompts));
         return;
     case AlwaysAllowListActions::Clear:
-        start(operations.promptAndClear(prompts));
+        start(operations.promptAndClearAlwaysAllowEntries(prompts));
         return;
     case AlwaysAllowListActions::ActionCount:
         return;

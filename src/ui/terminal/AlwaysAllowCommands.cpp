@@ -93,7 +93,7 @@ QCoro::Task<> AlwaysAllowCommands::change(QPointer<AlwaysAllowCommands> self,
     TerminalPrompts &prompts = self->m_collaborators.prompts;
     bool isChanged = false;
     if (command.kind == Kind::Reload) {
-        co_await operations.promptAndReload(prompts);
+        co_await operations.promptAndReloadAlwaysAllowEntries(prompts);
         if (self) {
             self->m_collaborators.voice.say(
                 TerminalTr::tr("Entries: %1").arg(operations.list().entries().size()));
@@ -101,7 +101,7 @@ QCoro::Task<> AlwaysAllowCommands::change(QPointer<AlwaysAllowCommands> self,
         co_return;
     }
     if (command.kind == Kind::Register) {
-        isChanged = co_await operations.registerToBrackwen(prompts);
+        isChanged = co_await operations.registerCurrentAlwaysAllowEntriesToBrackwen(prompts);
     } else if (command.kind == Kind::AddAll) {
         isChanged = co_await operations.addAllToAppList(prompts, operations.list().entries());
     } else if (command.kind == Kind::Clear) {
