@@ -6,6 +6,7 @@
 #include "system/NextTurn.h"
 #include "system/SystemLog.h"
 
+#include <QElapsedTimer>
 #include <QPointer>
 
 #include <algorithm>
@@ -20,6 +21,9 @@ namespace
 {
 /// From this many requests on, a list that shrinks to a tenth was a burst.
 constexpr qsizetype burstSize = 1000;
+constexpr int longPublicationMs = 2;
+constexpr int restsPerPublication = 4;
+constexpr int longestRestMs = 250;
 } // namespace
 
 QList<ApprovalItem> deriveDisplayItems(const PopupQueue &popups, const PendingApprovals &pending,
@@ -50,6 +54,12 @@ ApprovalBoard::ApprovalBoard(const Clock &clock, SystemLog &log, const MonitorPo
     , m_log(log)
     , m_ports(ports)
 {
+    m_publishRest.setSingleShot(true);
+    connect(&m_publishRest, &QTimer::timeout, this, [this] {
+        if (m_publishScheduled) {
+            publishAtRest();
+        }
+    });
 }
 
 const ApprovalItem *ApprovalBoard::find(const QString &approvalId) const
@@ -280,9 +290,8 @@ void ApprovalBoard::dismissPopups()
 void ApprovalBoard::refreshDerivedDisplays()
 {
     m_displayStale = true;
-    if (!m_publishScheduled) {
-        m_publishScheduled = true;
-        inNextTurn(this, [this] { publish(); });
+    if (!std::exchange(m_publishScheduled, true) && !m_publishRest.isActive()) {
+        inNextTurn(this, [this] { publishAtRest(); });
     }
 }
 
@@ -332,6 +341,18 @@ void ApprovalBoard::onPopupAnswered(const QString &approvalId,
     askLeftOutWhenThereIsRoom();
     refreshDerivedDisplays();
     presentNextPopupIfNeeded();
+}
+
+/// Every surface looks at the whole list then, so that thousands of requests that go one by one would take the
+/// square of their number: a publication that has taken long is given a rest, a few times as long.
+void ApprovalBoard::publishAtRest()
+{
+    QElapsedTimer taken;
+    taken.start();
+    publish();
+    if (const auto ms = static_cast<int>(taken.elapsed()); ms >= longPublicationMs) {
+        m_publishRest.start(std::min(ms * restsPerPublication, longestRestMs));
+    }
 }
 
 void ApprovalBoard::publish()

@@ -16,6 +16,7 @@
 #include <QList>
 #include <QObject>
 #include <QSet>
+#include <QTimer>
 
 namespace bram
 {
@@ -33,7 +34,7 @@ QList<ApprovalItem> deriveDisplayItems(const PopupQueue &popups, const PendingAp
 /// signals.
 ///
 /// The derived list is recomputed when it is read after a change, and published once a turn of the
-/// event loop: a burst of requests costs one recomputation, not one each.
+/// event loop, or less often when that takes long: a burst of requests costs one recomputation, not one each.
 class ApprovalBoard final : public QObject
 {
     Q_OBJECT
@@ -48,6 +49,8 @@ public:
     /// See `deriveDisplayItems`; up to date at every call.
     const QList<ApprovalItem> &displayItems() const;
     qsizetype menuBadgeCount() const { return displayItems().size(); }
+    /// The count that views were told last, which costs nothing to ask for.
+    qsizetype publishedCount() const { return m_publishedItems.size(); }
     const std::optional<ApprovalItem> &activePopupItem() const { return m_popups.activeItem(); }
     const QList<ApprovalHistoryEntry> &history() const { return m_history.entries(); }
     /// The history's row for this request; null when there is none.
@@ -111,6 +114,7 @@ private:
     void presentNextPopupIfNeeded();
     void presentActive();
     void onPopupAnswered(const QString &approvalId, std::optional<ApprovalDecision> decision);
+    void publishAtRest();
     void publish();
     void returnMemoryAfterBurst();
 
@@ -131,6 +135,7 @@ private:
     mutable bool m_displayStale = false; ///< to be derived anew when next read
     QList<ApprovalItem> m_publishedItems;
     bool m_publishScheduled = false;
+    QTimer m_publishRest; ///< while it runs nothing is published
     qsizetype m_mostPublished = 0; ///< since memory was last given back
 };
 

@@ -35,7 +35,7 @@ void MenuStateLog::writeIfChanged()
     const auto &active = m_board.activePopupItem();
     const QString snapshot = "conn="_L1 % rawText(m_status.lines().connectionIndicator)
         % " token="_L1 % rawText(tokenIndicator(m_status.lines().tokenState)) % " pending="_L1
-        % QString::number(m_board.menuBadgeCount()) % " active="_L1
+        % QString::number(m_board.publishedCount()) % " active="_L1
         % (active ? active->approvalId : u"none"_s);
     if (snapshot == m_lastSnapshot) {
         return;

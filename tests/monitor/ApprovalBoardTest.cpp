@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "monitor/MonitorFixture.h"
 
+#include <QElapsedTimer>
+#include <QThread>
+
 #include <ctime>
 
 using namespace bram;
@@ -253,4 +256,25 @@ TEST(ApprovalBoardSignals, PublishedOncePerTurnAndOnlyOnRealChange)
     QMetaObject::invokeMethod(&board, [&] { turned = true; }, Qt::QueuedConnection);
     ASSERT_TRUE(waitUntil([&] { return turned; }));
     EXPECT_EQ(lists, 1);
+}
+
+TEST(ApprovalBoardSignals, APublicationThatTakesLongIsFollowedByARest)
+{
+    ManualClock clock;
+    RecordingLog log;
+    ApprovalBoard board(clock, log, {});
+    int lists = 0;
+    QObject::connect(&board, &ApprovalBoard::displayItemsChanged, &board, [&] {
+        ++lists;
+        QThread::msleep(20);
+    });
+    QElapsedTimer timer;
+    timer.start();
+    for (int i = 0; i < 20; ++i) {
+        board.add({.approvalId = QString::number(i), .command = {}, .agentId = {}});
+        QCoreApplication::processEvents();
+    }
+    EXPECT_LE(lists, 1 + timer.elapsed() / 80);
+    const int before = lists;
+    EXPECT_TRUE(waitUntil([&] { return lists > before; })) << "the last change is published, too";
 }
