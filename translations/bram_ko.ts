@@ -1792,6 +1792,57 @@ Security Critical: %4</source>
     </message>
 </context>
 <context>
+    <name>bram::BulkAllow</name>
+    <message>
+        <source>Always allow %1</source>
+        <translation>%1개 영구 승인</translation>
+    </message>
+    <message>
+        <source>Allow %1 once</source>
+        <translation>%1개 일시 승인</translation>
+    </message>
+    <message>
+        <source>Always allow all %1, also of high risk</source>
+        <translation>고위험 포함 %1개 모두 영구 승인</translation>
+    </message>
+    <message>
+        <source>Allow all %1 once, also of high risk</source>
+        <translation>고위험 포함 %1개 모두 일시 승인</translation>
+    </message>
+    <message>
+        <source>Requests: %1</source>
+        <translation>요청: %1개</translation>
+    </message>
+    <message>
+        <source>Of high risk: %1</source>
+        <translation>고위험: %1개</translation>
+    </message>
+    <message>
+        <source>With misleading characters: %1</source>
+        <translation>혼동을 주는 문자 포함: %1개</translation>
+    </message>
+    <message>
+        <source>Not yet shown whole in the popup or a window: %1</source>
+        <translation>팝업이나 창에 아직 전체가 표시되지 않음: %1개</translation>
+    </message>
+    <message>
+        <source>Always allow all pending requests?</source>
+        <translation>대기 중인 모든 요청을 영구 승인할까요?</translation>
+    </message>
+    <message>
+        <source>Allow all pending requests once?</source>
+        <translation>대기 중인 모든 요청을 일시 승인할까요?</translation>
+    </message>
+    <message>
+        <source>Also those of high risk (%1)</source>
+        <translation>고위험 요청도 포함 (%1개)</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>취소</translation>
+    </message>
+</context>
+<context>
     <name>bram::CommandTextView</name>
     <message>
         <source>Command</source>

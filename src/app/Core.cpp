@@ -86,6 +86,7 @@ Core::Core(const World &world)
                      .clock = world.clock,
                      .log = world.log,
                      .homeFolder = world.places.account.homeFolder})
+    , m_bulkAllow({.monitor = m_monitor, .alwaysAllow = m_alwaysAllow})
 {
     QObject::connect(&m_monitor, &ApprovalMonitor::started, &m_telegram,
                      &TelegramBridgeSupervisor::start);

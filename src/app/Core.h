@@ -14,6 +14,7 @@
 #include "monitor/AlwaysAllowAnswers.h"
 #include "monitor/AlwaysAllowOperations.h"
 #include "monitor/ApprovalMonitor.h"
+#include "monitor/BulkAllow.h"
 #include "monitor/RecordOperations.h"
 #include "monitor/ReliabilityExercises.h"
 #include "monitor/RemoteDecisions.h"
@@ -56,6 +57,7 @@ public:
 
     ApprovalMonitor &monitor() { return m_monitor; }
     AlwaysAllowOperations &alwaysAllow() { return m_alwaysAllow; }
+    BulkAllow &bulkAllow() { return m_bulkAllow; }
     BackgroundTasks &tasks() { return m_tasks; }
     AuditLogStore &audit() { return m_audit; }
     RecordOperations &record() { return m_record; }
@@ -105,6 +107,7 @@ private:
     RecordOperations m_record;
     ReliabilityExercises m_exercises;
     AlwaysAllowOperations m_alwaysAllow;
+    BulkAllow m_bulkAllow;
 };
 
 } // namespace bram

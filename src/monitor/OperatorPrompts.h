@@ -28,6 +28,10 @@ struct Question {
     qsizetype harmless = 0;
     /// What the question is about, below the text and each on a line of its own. May be from outside.
     QStringList notes {};
+    /// A box to tick, off at first. While it is on, `needsTick` is the only answer beside the harmless one;
+    /// while it is off, that one is none. Where there are no boxes, all are offered: their words say it.
+    QString tick {};
+    qsizetype needsTick = noButton;
 };
 
 /// Which file or folder an operation is about.

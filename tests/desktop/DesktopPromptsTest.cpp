@@ -5,6 +5,7 @@
 #include "system/Preferences.h"
 
 #include <QApplication>
+#include <QCheckBox>
 #include <QFile>
 #include <QFileDialog>
 #include <QLabel>
@@ -108,6 +109,27 @@ TEST_F(DesktopPromptsTest, everyButtonIsItsAnswerAndTurningAwayIsTheHarmlessOne)
     shown<QMessageBox>()->close();
     ASSERT_TRUE(waitUntil([&] { return answer.has_value(); }));
     EXPECT_EQ(*answer, 2);
+}
+
+TEST_F(DesktopPromptsTest, anAnswerThatNeedsATickTakesThePlaceOfTheOthers)
+{
+    auto asked = question();
+    asked.tick = u"Both"_s;
+    asked.needsTick = 0;
+    std::optional<qsizetype> answer;
+    const auto task = keep(prompts.ask(asked), &answer);
+    const auto *box = shown<QMessageBox>();
+    const auto isEnabled = [box](int button) { return box->buttons().at(button)->isEnabled(); };
+    ASSERT_TRUE(waitUntil([&] { return isEnabled(1); }));
+    EXPECT_FALSE(isEnabled(0));
+    box->checkBox()->click();
+    EXPECT_TRUE(isEnabled(0) && !isEnabled(1) && isEnabled(2));
+    box->checkBox()->click();
+    EXPECT_FALSE(isEnabled(0));
+    box->checkBox()->click();
+    press(*box, u"Both"_s);
+    ASSERT_TRUE(waitUntil([&] { return answer.has_value(); }));
+    EXPECT_EQ(*answer, 0);
 }
 
 TEST_F(DesktopPromptsTest, turningAwayCanBeNoneOfTheAnswers)

@@ -8,6 +8,7 @@
 #include "ui/desktop/BringToFront.h"
 
 #include <QApplication>
+#include <QCheckBox>
 #include <QCursor>
 #include <QDir>
 #include <QFileDialog>
@@ -95,6 +96,7 @@ QMessageBox *makeQuestionBox(const Question &question)
 {
     QMessageBox *box = makeMessageBox(question.title, withNotes(question));
     box->setIcon(QMessageBox::Question);
+    QList<QPushButton *> others;
     for (qsizetype i = 0; i < question.buttons.size(); ++i) {
         QPushButton *button = box->addButton(question.buttons.at(i), QMessageBox::ActionRole);
         button->setAutoDefault(false);
@@ -103,11 +105,25 @@ QMessageBox *makeQuestionBox(const Question &question)
             box->setEscapeButton(button);
             box->setDefaultButton(button);
         } else if (question.harmless != Question::noButton) {
+            others.append(button);
             button->setEnabled(false);
-            QTimer::singleShot(QApplication::doubleClickInterval(), button,
-                               [button] { button->setEnabled(true); });
         }
     }
+    const auto enable = [others, needsTick = question.needsTick](bool isTicked) {
+        for (QPushButton *button : others) {
+            const bool isOfTick = button->property(positionProperty).toLongLong() == needsTick;
+            button->setEnabled(isOfTick == isTicked);
+        }
+    };
+    if (question.needsTick != Question::noButton) {
+        auto *tick = new QCheckBox(question.tick, box);
+        box->setCheckBox(tick);
+        QObject::connect(tick, &QCheckBox::toggled, box, enable);
+        tick->setEnabled(false);
+        QTimer::singleShot(QApplication::doubleClickInterval(), tick,
+                           [tick] { tick->setEnabled(true); });
+    }
+    QTimer::singleShot(QApplication::doubleClickInterval(), box, [enable] { enable(false); });
     if (question.harmless == Question::noButton) {
         // Without a button for it, a message box can neither be closed nor left by Escape.
         QPushButton *none = box->addButton(QMessageBox::Cancel);

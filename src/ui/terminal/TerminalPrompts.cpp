@@ -236,6 +236,13 @@ void TerminalPrompts::enqueue(const OpenQuestion &question)
     }
 }
 
+void TerminalPrompts::recall()
+{
+    if (isAsking()) {
+        showFirst();
+    }
+}
+
 void TerminalPrompts::showFirst()
 {
     m_voice.readWaiting();

@@ -35,6 +35,8 @@ public:
     QCoro::Task<std::optional<QString>> askForFile(FileQuestion question) override;
     /// There is nothing here to open it with: says where it is.
     QCoro::Task<bool> openFile(QString path) override;
+    /// Shows the open question again.
+    void recall() override;
 
     /// A text that is not shown while it is typed, blanks around it removed; nothing for an empty line. The next
     /// line is the answer, whenever it was begun, also before one to a question.
