@@ -25,14 +25,16 @@ void TerminalSession::start(Core &core, OperatorChat *practiceChat)
 {
     m_dialogue = std::make_unique<TerminalFrontEnd>(
         TerminalFrontEnd::Collaborators {.monitor = core.monitor(),
+                                         .bulkAllow = core.bulkAllow(),
                                          .exercises = core.exercises(),
                                          .record = core.record(),
                                          .alwaysAllow = core.alwaysAllow(),
                                          .telegram = core.telegram(),
                                          .practiceChat = practiceChat,
                                          .language = core.language(),
-                                         .sharedPolling = core.sharedPolling(),
                                          .allowPartlyShown = core.allowPartlyShown(),
+                                         .unencryptedGateway = core.unencryptedGateway(),
+                                         .sharedPolling = core.sharedPolling(),
                                          .tasks = core.tasks(),
                                          .clock = m_clock,
                                          .input = *m_input,

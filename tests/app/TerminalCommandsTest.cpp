@@ -88,6 +88,9 @@ TEST_F(TerminalCommands, TheChoiceOfAgentIsKeptAndDecidesWhatCanBeDecided)
     EXPECT_EQ(preference(u"approvals.selected-agent-unrestricted-explicit"_s), u"true"_s);
     EXPECT_EQ(preference(u"approvals.selected-agent-unrestricted-confirmed"_s), u"true"_s);
     bram->send(u"allow-once all"_s);
+    ASSERT_TRUE(bram->says(u"Answer with the number"_s));
+    ASSERT_TRUE(bram->says(u"\n"_s));
+    bram->send(u"1"_s);
     ASSERT_TRUE(gateway->says(u"decision aaa-1 allow-once accepted"_s)
                 || gateway->output().contains(u"decision aaa-1 allow-once accepted"_s));
     ASSERT_TRUE(waitUntil(

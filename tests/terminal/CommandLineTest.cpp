@@ -73,6 +73,10 @@ TEST(CommandLine, ReadsEveryCommand)
         {u"allow-once all"_s, DecideAllCommand {ApprovalDecision::AllowOnce}},
         {u"allow-always all"_s, DecideAllCommand {ApprovalDecision::AllowAlways}},
         {u" deny  all "_s, DecideAllCommand {ApprovalDecision::Deny}},
+        {u"undo"_s, PlainCommand::Undo},
+        {u"settings"_s, PlainCommand::Settings},
+        {u"setting a-b on"_s, SettingCommand {u"a-b"_s, true}},
+        {u"setting a-b  off"_s, SettingCommand {u"a-b"_s, false}},
     };
     for (const Row &row : rows) {
         const auto command = parseCommandLine(row.line);
@@ -121,6 +125,8 @@ TEST(CommandLine, SaysOnOneShortLineWhatIsWrong)
         {u"always-allow backup"_s, u"Write it so: always-allow backup FILE"_s},
         {u"language"_s, u"Say which language: language eng|kor"_s},
         {u"shared-polling yes"_s, u"Say on or off: shared-polling on|off"_s},
+        {u"setting a yes"_s, u"Write it so: setting NAME on|off"_s},
+        {u"setting on"_s, u"Write it so: setting NAME on|off"_s},
         {u"language Kor"_s, u"Say which language: language eng|kor"_s},
         {u"language eng kor"_s, u"Say which language: language eng|kor"_s},
         {u"allow-always all 2"_s, u"Say which request: allow-always ID|all"_s},

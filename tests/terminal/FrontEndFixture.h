@@ -64,14 +64,16 @@ protected:
         makeCore();
         frontEnd = std::make_unique<TerminalFrontEnd>(
             TerminalFrontEnd::Collaborators {.monitor = monitor(),
+                                             .bulkAllow = core->bulkAllow(),
                                              .exercises = core->exercises(),
                                              .record = core->record(),
                                              .alwaysAllow = core->alwaysAllow(),
                                              .telegram = core->telegram(),
                                              .practiceChat = &chat,
                                              .language = core->language(),
-                                             .sharedPolling = core->sharedPolling(),
                                              .allowPartlyShown = core->allowPartlyShown(),
+                                             .unencryptedGateway = core->unencryptedGateway(),
+                                             .sharedPolling = core->sharedPolling(),
                                              .tasks = core->tasks(),
                                              .clock = clock,
                                              .input = input,

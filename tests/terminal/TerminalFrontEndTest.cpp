@@ -66,7 +66,9 @@ TEST_F(FrontEnd, WhatWasTypedBeforeARequestAppearedNeverAnswersIt)
     input.waiting = QStringList {u"allow-once 3"_s, u"allow-once c-3"_s, u"allow-once all"_s};
     announceAndSee("c-3", u"Request #3"_s);
     EXPECT_TRUE(says(u"Left out, because they arrived after the line was begun: #3\n"_s));
-    EXPECT_TRUE(says(u"#2 allowed once."_s)); // that one was there
+    EXPECT_TRUE(says(u"  1) Allow 1 once\n"_s)); // that one was there
+    EXPECT_TRUE(says(u"its words.\n"_s));
+    typeAndHear(u"1"_s, u"#2 allowed once."_s);
 
     // A request that changes under its id has not been seen either.
     ApprovalItem changed = item("c-3", "rm -rf /");
@@ -95,7 +97,44 @@ TEST_F(FrontEnd, WhatIsAnnouncedIntoAFullOutputIsNotSeenAndStopsNothing)
     EXPECT_TRUE(says(u"Left out, because they arrived after the line was begun: #2\n"_s));
     EXPECT_TRUE(says(u"Not decided: #2 arrived after the line was begun"_s));
     EXPECT_EQ(received.size(), 1);
-    typeAndHear(u"allow-once all"_s, u"#2 allowed once."_s);
+    typeAndHear(u"allow-once all"_s, u"  1) Allow 1 once\n"_s);
+    EXPECT_TRUE(says(u"its words.\n"_s));
+    typeAndHear(u"1"_s, u"#2 allowed once."_s);
+}
+
+TEST_F(FrontEnd, AllIsAllowedOnlyWhenAgreedAndCanBeUndone)
+{
+    const QString howToAnswer = u"Answer with the number of a choice or its words.\n"_s;
+    announceAndSee("a-1", u"Request #1"_s, "make");
+    announceAndSee("b-2", u"Request #2"_s, "sudo reboot");
+    typeAndHear(u"undo"_s, u"There is nothing to undo."_s);
+    typeAndHear(u"allow-always all"_s,
+                u"Always allow all pending requests?\n  Requests: 2\n  Of high risk: 1\n"
+                "  1) Always allow 1\n  2) Always allow all 2, also of high risk\n  3) Cancel\n"_s);
+    EXPECT_TRUE(says(howToAnswer));
+    typeAndHear(u"allow-always all"_s, howToAnswer);
+    input.type(u"cancel"_s);
+    allSaid();
+    EXPECT_TRUE(received.isEmpty());
+
+    typeAndHear(u"allow-always all"_s, howToAnswer);
+    typeAndHear(u"1"_s, u"#1 allowed always.\n"_s);
+    EXPECT_TRUE(says(u"Added to the always-allow list: 1. `undo` takes that back.\n"_s));
+    EXPECT_EQ(core->alwaysAllow().list().entries().size(), 1);
+    typeAndHear(u"undo"_s, u"Taken out of the always-allow list again: 1.\n"_s);
+    EXPECT_TRUE(core->alwaysAllow().list().entries().isEmpty());
+    EXPECT_EQ(received.size(), 1);
+    typeAndHear(u"deny all"_s, u"#2 denied.\n"_s);
+}
+
+TEST_F(FrontEnd, SettingsAreListedAndTakeEffectAtOnce)
+{
+    typeAndHear(u"setting allow-partly-shown on"_s, u"allow-partly-shown on\n"_s);
+    EXPECT_TRUE(core->allowPartlyShown().isOn());
+    typeAndHear(u"settings"_s, u"allow-partly-shown   on   offers allow also"_s);
+    EXPECT_TRUE(says(u"unencrypted-gateway  off  allows"_s));
+    typeAndHear(u"setting other on"_s,
+                u"No setting has this name (`settings` lists them): other"_s);
 }
 
 TEST_F(FrontEnd, AGiantCommandIsAllowedOnlyOnceAllOfItWasShown)

@@ -37,6 +37,8 @@ constexpr std::array plainCommands {
     PlainRow {u"clear-pending", PlainCommand::ClearPending},
     PlainRow {u"clear-history", PlainCommand::ClearHistory},
     PlainRow {u"cancel-report", PlainCommand::CancelReport},
+    PlainRow {u"undo", PlainCommand::Undo},
+    PlainRow {u"settings", PlainCommand::Settings},
     PlainRow {u"help", PlainCommand::Help},
     PlainRow {u"quit", PlainCommand::Quit},
 };
@@ -229,6 +231,12 @@ std::expected<TerminalCommand, LineFault> parseCommandLine(QStringView line)
         return isAllowed || rest == "off"_L1
             ? Parsed(SharedPollingCommand {isAllowed})
             : fault(TerminalTr::tr("Say on or off: shared-polling on|off"));
+    }
+    if (word == "setting"_L1) {
+        const bool isOn = words.value(2) == "on"_L1;
+        return words.size() == 3 && (isOn || words.at(2) == "off"_L1)
+            ? Parsed(SettingCommand {words.at(1), isOn})
+            : fault(TerminalTr::tr("Write it so: %1").arg(u"setting NAME on|off"_s));
     }
     if (word == "always-allow"_L1) {
         return parseAlwaysAllow(rest);

@@ -29,6 +29,8 @@ enum class PlainCommand {
     ClearPending,
     ClearHistory,
     CancelReport,
+    Undo,
+    Settings,
     Help,
     Quit,
 };
@@ -83,6 +85,14 @@ struct SharedPollingCommand {
     bool isAllowed = false;
 
     bool operator==(const SharedPollingCommand &) const = default;
+};
+
+/// `setting NAME on|off`
+struct SettingCommand {
+    QString name;
+    bool isOn = false;
+
+    bool operator==(const SettingCommand &) const = default;
 };
 
 /// A command about a file or a folder, whose path is all that stands after the word
@@ -145,7 +155,7 @@ struct ChatCommand {
 
 using TerminalCommand
     = std::variant<PlainCommand, ShowCommand, SaveCommand, DecideCommand, DecideAllCommand,
-                   AgentCommand, LanguageCommand, SharedPollingCommand, FileCommand,
+                   AgentCommand, LanguageCommand, SharedPollingCommand, SettingCommand, FileCommand,
                    AlwaysAllowCommand, TelegramCommand, ChatCommand>;
 
 /// What is wrong with a line, in one line and in the operator's language. It may repeat what was typed as it was.

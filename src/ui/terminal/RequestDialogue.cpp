@@ -4,6 +4,7 @@
 #include "config/StoredSwitch.h"
 #include "model/HonestDisplay.h"
 #include "monitor/ApprovalMonitor.h"
+#include "monitor/BulkAllow.h"
 #include "system/BackgroundTasks.h"
 #include "system/Clock.h"
 #include "system/Files.h"
@@ -30,6 +31,7 @@ constexpr QLatin1StringView everything("all"); ///< in place of an id
 
 RequestDialogue::RequestDialogue(const Collaborators &collaborators)
     : m_monitor(collaborators.monitor)
+    , m_bulkAllow(collaborators.bulkAllow)
     , m_prompts(collaborators.prompts)
     , m_tasks(collaborators.tasks)
     , m_voice(collaborators.voice)
@@ -45,6 +47,7 @@ void RequestDialogue::start()
     connect(&board, &ApprovalBoard::requestRemoved, this, &RequestDialogue::onRemoved);
     connect(&m_monitor.decisions(), &DecisionResolver::decisionSettled, this,
             &RequestDialogue::onSettled);
+    connect(&m_bulkAllow, &BulkAllow::entriesAdded, this, &RequestDialogue::onEntriesAdded);
 }
 
 std::optional<ApprovalItem> RequestDialogue::find(const QString &target, DialogueMoment begunAt)
@@ -175,7 +178,7 @@ void RequestDialogue::decide(const DecideCommand &command, DialogueMoment begunA
 
 void RequestDialogue::decideAll(ApprovalDecision decision, DialogueMoment begunAt)
 {
-    QStringList ids;
+    QList<ApprovalItem> items;
     QStringList later;
     QStringList changed;
     QStringList inPart;
@@ -188,7 +191,7 @@ void RequestDialogue::decideAll(ApprovalDecision decision, DialogueMoment begunA
         }
         switch (answerability(item, decision, begunAt)) {
         case Answerability::Answerable:
-            ids.append(item.approvalId);
+            items.append(item);
             break;
         case Answerability::ShownInPart:
             inPart.append(u"#%1"_s.arg(m_numbers.give(item.approvalId)));
@@ -226,11 +229,42 @@ void RequestDialogue::decideAll(ApprovalDecision decision, DialogueMoment begunA
                 .arg(notShownCount),
             LineStyle::Warning);
     }
-    if (ids.isEmpty()) {
+    if (items.isEmpty()) {
         m_voice.say(TerminalTr::tr("There is nothing to decide."));
-        return;
+    } else if (decision == ApprovalDecision::Deny) {
+        QStringList ids;
+        for (const ApprovalItem &item : items) {
+            ids.append(item.approvalId);
+        }
+        m_monitor.decisions().resolveListed(ids, decision);
+    } else {
+        m_tasks.spawn(m_bulkAllow.allow(m_prompts, items, decision), u"bulk decision"_s);
     }
-    m_monitor.decisions().resolveListed(ids, decision);
+}
+
+void RequestDialogue::onEntriesAdded(const QStringList &digests)
+{
+    m_added = digests;
+    m_voice.say(TerminalTr::tr("Added to the always-allow list: %1. `undo` takes that back.")
+                    .arg(digests.size()));
+}
+
+void RequestDialogue::undo()
+{
+    if (m_added.isEmpty()) {
+        m_voice.say(TerminalTr::tr("There is nothing to undo."));
+    } else {
+        m_tasks.spawn(undoing(this, std::exchange(m_added, {})), u"undo"_s);
+    }
+}
+
+QCoro::Task<> RequestDialogue::undoing(QPointer<RequestDialogue> self, QStringList digests)
+{
+    const qsizetype count = co_await self->m_bulkAllow.takeBack(self->m_prompts, digests);
+    if (self) {
+        self->m_voice.say(
+            TerminalTr::tr("Taken out of the always-allow list again: %1.").arg(count));
+    }
 }
 
 void RequestDialogue::list()
@@ -382,7 +416,11 @@ void RequestDialogue::showRequests(const QList<ApprovalItem> &items, RequestOcca
         return; // not seen
     }
     for (const ApprovalItem &item : items) {
-        m_numbers.show(item, m_voice.given(), shownExtent(item, occasion));
+        const ShownExtent extent = shownExtent(item, occasion);
+        m_numbers.show(item, m_voice.given(), extent);
+        if (extent == ShownExtent::Whole) {
+            m_bulkAllow.markRead(item);
+        }
     }
 }
 

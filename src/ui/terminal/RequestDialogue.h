@@ -19,6 +19,7 @@ namespace bram
 
 class ApprovalMonitor;
 class BackgroundTasks;
+class BulkAllow;
 class Clock;
 class StoredSwitch;
 class TerminalPrompts;
@@ -39,6 +40,7 @@ public:
 
     struct Collaborators {
         ApprovalMonitor &monitor;
+        BulkAllow &bulkAllow;
         TerminalPrompts &prompts;
         BackgroundTasks &tasks;
         TerminalVoice &voice;
@@ -63,7 +65,10 @@ public:
     /// Writes the command of a request into a file, as it is shown here.
     void save(const SaveCommand &command, DialogueMoment begunAt);
     void decide(const DecideCommand &command, DialogueMoment begunAt);
+    /// To allow asks first.
     void decideAll(ApprovalDecision decision, DialogueMoment begunAt);
+    /// Takes out of the own list what the last `allow-always all` has added.
+    void undo();
     void list();
     void clearPending();
 
@@ -80,6 +85,8 @@ private:
     static QCoro::Task<> write(QPointer<RequestDialogue> self, ApprovalItem item, QString path);
     Answerability answerability(const ApprovalItem &item, ApprovalDecision decision,
                                 DialogueMoment begunAt) const;
+    static QCoro::Task<> undoing(QPointer<RequestDialogue> self, QStringList digests);
+    void onEntriesAdded(const QStringList &digests);
     std::optional<ApprovalItem> find(const QString &target, DialogueMoment begunAt);
     void forgetVanished();
     void onRemoved(const QString &approvalId, ApprovalHistoryState state);
@@ -89,12 +96,14 @@ private:
     void showRequests(const QList<ApprovalItem> &items, RequestOccasion occasion);
 
     ApprovalMonitor &m_monitor;
+    BulkAllow &m_bulkAllow;
     TerminalPrompts &m_prompts;
     BackgroundTasks &m_tasks;
     TerminalVoice &m_voice;
     const StoredSwitch &m_allowPartlyShown;
     const Clock &m_clock;
     Worker m_worker;
+    QStringList m_added; ///< digests that can be taken back
     RequestNumbers m_numbers;
     QSet<QString> m_summarised; ///< ids that were counted in one line instead of being shown
     QList<Leaving> m_leaving; ///< removed, and not yet said why

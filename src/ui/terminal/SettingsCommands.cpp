@@ -2,6 +2,7 @@
 #include "ui/terminal/SettingsCommands.h"
 
 #include "config/SharedPollingSetting.h"
+#include "config/StoredSwitch.h"
 #include "monitor/AgentSelection.h"
 #include "system/BackgroundTasks.h"
 #include "ui/language/LanguageChoice.h"
@@ -81,6 +82,38 @@ void SettingsCommands::setSharedPolling(bool isAllowed)
                   : TerminalTr::tr(
                         "Messages of a Telegram bot that the platform uses too are left to it."));
     sayUnlessKept(isKept);
+}
+
+QList<SettingsCommands::NamedSwitch> SettingsCommands::switches() const
+{
+    return {{u"allow-partly-shown"_s, m_collaborators.allowPartlyShown,
+             TerminalTr::tr("offers allow also where a command is not shown whole")},
+            {u"unencrypted-gateway"_s, m_collaborators.unencryptedGateway,
+             TerminalTr::tr("allows an unencrypted gateway (ws://) on another machine")}};
+}
+
+void SettingsCommands::list()
+{
+    for (const auto &[name, setting, meaning] : switches()) {
+        m_collaborators.voice.say(u"%1 %2  %3"_s.arg(name, -20)
+                                      .arg(setting.isOn() ? u"on"_s : u"off"_s, -3)
+                                      .arg(meaning));
+    }
+}
+
+void SettingsCommands::set(const QString &name, bool isOn)
+{
+    for (const auto &[known, setting, meaning] : switches()) {
+        if (known == name) {
+            const bool isKept = setting.setOn(isOn);
+            m_collaborators.voice.say(u"%1 %2"_s.arg(name, isOn ? u"on"_s : u"off"_s));
+            sayUnlessKept(isKept);
+            return;
+        }
+    }
+    m_collaborators.voice.say(TerminalTr::tr("No setting has this name (`settings` lists them): ")
+                                  + beginningOfTyped(name),
+                              LineStyle::Warning);
 }
 
 void SettingsCommands::sayUnlessKept(bool isKept)

@@ -4,6 +4,7 @@
 #include "model/MenuLanguage.h"
 
 #include <QCoro/QCoroTask>
+#include <QList>
 #include <QObject>
 #include <QPointer>
 #include <QString>
@@ -16,6 +17,7 @@ class BackgroundTasks;
 class LanguageChoice;
 class OperatorPrompts;
 class SharedPollingSetting;
+class StoredSwitch;
 class TerminalVoice;
 
 /// The commands that set for whom and in which language the program works. Main thread.
@@ -28,6 +30,8 @@ public:
         AgentSelection &agents;
         LanguageChoice &language;
         SharedPollingSetting &sharedPolling;
+        StoredSwitch &allowPartlyShown;
+        StoredSwitch &unencryptedGateway;
         OperatorPrompts &prompts;
         BackgroundTasks &tasks;
         TerminalVoice &voice;
@@ -39,9 +43,18 @@ public:
     void chooseAgent(const QString &agentId);
     void chooseLanguage(MenuLanguage language);
     void setSharedPolling(bool isAllowed);
+    /// The settings that are on or off, and what each means.
+    void list();
+    void set(const QString &name, bool isOn);
 
 private:
     static QCoro::Task<> choose(QPointer<SettingsCommands> self, QString agentId);
+    struct NamedSwitch {
+        QString name;
+        StoredSwitch &setting;
+        QString meaning;
+    };
+    QList<NamedSwitch> switches() const;
     void sayAgent();
     void sayUnlessKept(bool isKept);
 

@@ -30,6 +30,7 @@ TerminalFrontEnd::TerminalFrontEnd(const Collaborators &collaborators)
     , m_prompts(m_voice)
     , m_gatewayNews(collaborators.monitor.gatewayStatus(), m_voice)
     , m_requests({.monitor = collaborators.monitor,
+                  .bulkAllow = collaborators.bulkAllow,
                   .prompts = m_prompts,
                   .tasks = collaborators.tasks,
                   .voice = m_voice,
@@ -38,6 +39,8 @@ TerminalFrontEnd::TerminalFrontEnd(const Collaborators &collaborators)
     , m_settings({.agents = collaborators.monitor.agents(),
                   .language = collaborators.language,
                   .sharedPolling = collaborators.sharedPolling,
+                  .allowPartlyShown = collaborators.allowPartlyShown,
+                  .unencryptedGateway = collaborators.unencryptedGateway,
                   .prompts = m_prompts,
                   .tasks = collaborators.tasks,
                   .voice = m_voice})
@@ -115,6 +118,7 @@ void TerminalFrontEnd::carryOut(const TerminalCommand &command, DialogueMoment b
             [&](const AgentCommand &wish) { m_settings.chooseAgent(wish.agentId); },
             [&](const LanguageCommand &wish) { m_settings.chooseLanguage(wish.language); },
             [&](const SharedPollingCommand &wish) { m_settings.setSharedPolling(wish.isAllowed); },
+            [&](const SettingCommand &wish) { m_settings.set(wish.name, wish.isOn); },
             [&](const FileCommand &wish) { m_record.carryOut(wish); },
             [&](const AlwaysAllowCommand &wish) { m_alwaysAllow.carryOut(wish); },
             [&](TelegramCommand wish) { m_telegram.carryOut(wish); },
@@ -180,6 +184,12 @@ void TerminalFrontEnd::run(PlainCommand command)
         break;
     case PlainCommand::CancelReport:
         m_record.cancel();
+        break;
+    case PlainCommand::Undo:
+        m_requests.undo();
+        break;
+    case PlainCommand::Settings:
+        m_settings.list();
         break;
     case PlainCommand::Help:
         m_voice.print(helpLines(columns));

@@ -28,14 +28,16 @@ class TerminalFrontEnd final : public QObject
 public:
     struct Collaborators {
         ApprovalMonitor &monitor;
+        BulkAllow &bulkAllow;
         ReliabilityExercises &exercises;
         RecordOperations &record;
         AlwaysAllowOperations &alwaysAllow;
         TelegramBridgeSupervisor &telegram;
         OperatorChat *practiceChat = nullptr; ///< only in practice
         LanguageChoice &language;
-        SharedPollingSetting &sharedPolling;
         StoredSwitch &allowPartlyShown;
+        StoredSwitch &unencryptedGateway;
+        SharedPollingSetting &sharedPolling;
         BackgroundTasks &tasks;
         const Clock &clock;
         LineSource &input;

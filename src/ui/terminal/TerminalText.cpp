@@ -355,6 +355,7 @@ TerminalLines helpLines(int columns)
         TerminalTr::tr("allow-once ID|all       let the command run this time"),
         TerminalTr::tr("allow-always ID|all     let it run, now and in future"),
         TerminalTr::tr("deny ID|all             refuse it"),
+        TerminalTr::tr("undo                    take back what `allow-always all` has added last"),
         TerminalTr::tr("history                 what became of earlier requests, newest first"),
         TerminalTr::tr("activity                what was done here, newest first"),
         TerminalTr::tr("status                  the gateway connection"),
@@ -400,6 +401,8 @@ TerminalLines helpLines(int columns)
         TerminalTr::tr("language eng|kor        the language of these texts"),
         TerminalTr::tr(
             "shared-polling on|off   fetch messages of a Telegram bot the platform uses too"),
+        TerminalTr::tr("settings                what is on and off, and what it means"),
+        TerminalTr::tr("setting NAME on|off     turn one of them on or off"),
         TerminalTr::tr("help                    these lines"),
         TerminalTr::tr("quit                    end the program (so does the end of input)"),
         TerminalTr::tr("ID is a request's number (3 or #3), its id or the beginning of its id."),
