@@ -120,6 +120,8 @@ public:
     std::vector<double> drawnMenuTimes(int count)
     {
         bram::DesktopActions actions({.monitor = m_core.monitor(),
+                                      .bulkAllow = m_core.bulkAllow(),
+                                      .allowPartlyShown = m_core.allowPartlyShown(),
                                       .record = m_core.record(),
                                       .prompts = m_session.prompts(),
                                       .tasks = m_core.tasks(),

@@ -121,6 +121,8 @@ bool measureWindows(Core &core, OperatorPrompts &prompts, const Clock &clock, Sy
                     int count)
 {
     DesktopActions actions({.monitor = core.monitor(),
+                            .bulkAllow = core.bulkAllow(),
+                            .allowPartlyShown = core.allowPartlyShown(),
                             .record = core.record(),
                             .prompts = prompts,
                             .tasks = core.tasks(),
@@ -182,7 +184,9 @@ bool measureWindows(Core &core, OperatorPrompts &prompts, const Clock &clock, Sy
             .tasks = core.tasks(),
             .notificationService = service,
             .notifications = notifications,
-            .settings = {.sharedPolling = core.sharedPolling(),
+            .settings = {.allowPartlyShown = core.allowPartlyShown(),
+                         .unencryptedGateway = core.unencryptedGateway(),
+                         .sharedPolling = core.sharedPolling(),
                          .telegram = core.telegram(),
                          .loginStart = nullptr,
                          .opener = opener,

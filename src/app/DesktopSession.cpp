@@ -54,6 +54,7 @@ void DesktopSession::start(Core &core, OperatorChat *practiceChat)
     }
     m_frontEnd = std::make_unique<DesktopFrontEnd>(DesktopFrontEnd::Collaborators {
         .monitor = core.monitor(),
+        .bulkAllow = core.bulkAllow(),
         .exercises = core.exercises(),
         .record = core.record(),
         .alwaysAllow = core.alwaysAllow(),
@@ -67,12 +68,13 @@ void DesktopSession::start(Core &core, OperatorChat *practiceChat)
         .environment = core.environment(),
         .clock = m_clock,
         .log = m_log,
-        .settings = {.sharedPolling = core.sharedPolling(),
+        .settings = {.allowPartlyShown = core.allowPartlyShown(),
+                     .unencryptedGateway = core.unencryptedGateway(),
+                     .sharedPolling = core.sharedPolling(),
                      .telegram = core.telegram(),
                      .loginStart = m_loginStart ? &*m_loginStart : nullptr,
                      .opener = m_opener,
                      .places = [&core] { return filePlaces(core); }},
-        .allowPartlyShown = core.allowPartlyShown(),
         .practiceChat = practiceChat,
         .simulationEntry = m_simulationEntry,
     });

@@ -90,6 +90,8 @@ protected:
         OperatorPrompts &used = otherPrompts != nullptr ? *otherPrompts : prompts;
         actions = std::make_unique<DesktopActions>(
             DesktopActions::Collaborators {.monitor = monitor(),
+                                           .bulkAllow = core->bulkAllow(),
+                                           .allowPartlyShown = core->allowPartlyShown(),
                                            .record = core->record(),
                                            .prompts = used,
                                            .tasks = core->tasks(),

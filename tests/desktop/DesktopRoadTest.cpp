@@ -144,8 +144,8 @@ TEST_F(DesktopRoad, popupNotificationAndMenuEachTakeADecisionToTheGateway)
 
     ASSERT_TRUE(waitUntil([&] { return bram->errors().contains(u"requested id=notice-3"_s); }));
     ASSERT_TRUE(waitUntil([] { return shownNotifications() == 1; }));
-    chooseInNotification(u"Allow once"_s);
-    ASSERT_TRUE(gateway->says(u"decision notice-3 allow-once accepted"_s));
+    ASSERT_TRUE(decidesBy(*gateway, u"decision notice-3 allow-once accepted"_s,
+                          [] { chooseInNotification(u"Allow once"_s); }));
     EXPECT_TRUE(waitUntil(
         [&] { return tray.labels({u"Pending approvals"_s}).join(u'|').contains(u"echo"_s); }));
 
@@ -254,8 +254,8 @@ TEST_F(DesktopRoad, survivesThatDaemonAndPanelDieAndReturn)
     EXPECT_TRUE(waitUntil(
         [&] { return tray.labels().join(u'|').contains(u"Notifications: enabled"_s); }, 8000));
     ASSERT_TRUE(waitUntil([] { return shownNotifications() == 1; }));
-    chooseInNotification(u"Always allow"_s);
-    EXPECT_TRUE(gateway->says(u"decision after-2 allow-always accepted"_s));
+    EXPECT_TRUE(decidesBy(*gateway, u"decision after-2 allow-always accepted"_s,
+                          [] { chooseInNotification(u"Always allow"_s); }));
     bram->signal(SIGTERM);
     EXPECT_EQ(bram->ends(), 0);
 }

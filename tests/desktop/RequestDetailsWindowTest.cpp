@@ -9,6 +9,7 @@
 #include <QGuiApplication>
 #include <QLabel>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QTest>
 
 #include <gmock/gmock.h>
@@ -86,6 +87,49 @@ TEST(RequestDetailsWindow, ShowsARequestOrARowOfTheHistoryWhole)
     QTest::keyClick(&window, Qt::Key_Escape);
     EXPECT_FALSE(window.isVisible());
     EXPECT_EQ(window.details(), RequestDetails()) << "it may have been megabytes";
+}
+
+TEST(RequestDetailsWindow, AllowsAPendingRequestOnceItsEndHasBeenInView)
+{
+    RequestDetailsWindow window;
+    QList<ApprovalDecision> chosen;
+    qsizetype readCount = 0;
+    QObject::connect(
+        &window, &RequestDetailsWindow::decisionChosen, &window,
+        [&](const ApprovalItem &, ApprovalDecision decision) { chosen.append(decision); });
+    QObject::connect(&window, &RequestDetailsWindow::read, &window, [&] { ++readCount; });
+    const auto button = [&window](const QString &text) {
+        const auto buttons = window.findChildren<QPushButton *>();
+        return *std::ranges::find(buttons, text, &QPushButton::text);
+    };
+    const auto open = [&window](const QString &command) {
+        window.open(RequestDetails::of(ApprovalItem {u"id"_s, command, std::nullopt}));
+    };
+    const auto isAllowable = [&] { return button(u"Allow Once"_s)->isEnabled(); };
+
+    open(u"ls"_s);
+    EXPECT_FALSE(isAllowable()) << "not in the first moment";
+    EXPECT_TRUE(button(u"Deny"_s)->isEnabled());
+    ASSERT_TRUE(test::waitUntil(isAllowable));
+    EXPECT_EQ(readCount, 1);
+
+    open(u"make\n"_s.repeated(200) + u"find ~ -delete"_s);
+    EXPECT_FALSE(test::waitUntil(isAllowable, 1500));
+    EXPECT_THAT(wordsOf(window),
+                testing::Contains(u"It can be allowed once its end has been in view."_s));
+    auto &command = *window.findChild<CommandTextView *>();
+    command.verticalScrollBar()->setValue(command.verticalScrollBar()->maximum());
+    ASSERT_TRUE(test::waitUntil(isAllowable));
+    command.verticalScrollBar()->setValue(0);
+    push(window, u"Always Allow"_s);
+    EXPECT_EQ(chosen, QList {ApprovalDecision::AllowAlways});
+    EXPECT_EQ(readCount, 2);
+    window.setOver();
+    EXPECT_FALSE(isAllowable() || button(u"Deny"_s)->isEnabled());
+
+    window.open(RequestDetails::of(
+        ApprovalHistoryEntry {u"id"_s, u"id"_s, u"ls"_s, ApprovalHistoryState::Deny, {}}));
+    EXPECT_FALSE(button(u"Deny"_s)->isVisible()) << "what has ended cannot be decided";
 }
 
 } // namespace bram

@@ -54,24 +54,28 @@ protected:
         prompts = std::make_unique<DesktopPrompts>(core->preferences(), opener);
         actions = std::make_unique<DesktopActions>(
             DesktopActions::Collaborators {.monitor = monitor(),
+                                           .bulkAllow = core->bulkAllow(),
+                                           .allowPartlyShown = core->allowPartlyShown(),
                                            .record = core->record(),
                                            .prompts = *prompts,
                                            .tasks = core->tasks(),
                                            .language = core->language(),
                                            .environment = core->environment(),
                                            .surface = [] { return SurfaceFacts(); }});
-        windows = std::make_unique<UtilityWindows>(
-            UtilityWindows::Collaborators {.actions = *actions,
-                                           .agents = monitor().agents(),
-                                           .language = core->language(),
-                                           .tasks = core->tasks(),
-                                           .notificationService = service,
-                                           .notifications = notifications,
-                                           .settings = {.sharedPolling = core->sharedPolling(),
-                                                        .telegram = core->telegram(),
-                                                        .loginStart = &loginStart,
-                                                        .opener = opener,
-                                                        .places = [this] { return places; }}});
+        windows = std::make_unique<UtilityWindows>(UtilityWindows::Collaborators {
+            .actions = *actions,
+            .agents = monitor().agents(),
+            .language = core->language(),
+            .tasks = core->tasks(),
+            .notificationService = service,
+            .notifications = notifications,
+            .settings = {.allowPartlyShown = core->allowPartlyShown(),
+                         .unencryptedGateway = core->unencryptedGateway(),
+                         .sharedPolling = core->sharedPolling(),
+                         .telegram = core->telegram(),
+                         .loginStart = &loginStart,
+                         .opener = opener,
+                         .places = [this] { return places; }}});
         windows->showSettings();
     }
     void TearDown() override
@@ -240,6 +244,16 @@ TEST_F(Settings, languageAndSwitchesTakeEffectAtOnceAndAreOnTheDisk)
     login->click();
     EXPECT_FALSE(login->isChecked());
     EXPECT_TRUE(says(u"Not changed: "_s));
+}
+
+TEST_F(Settings, whatIsAllowedAtOnesOwnRiskIsSwitchedOn)
+{
+    named<QCheckBox>(u"Offer allow also where a command is not shown whole"_s)->click();
+    EXPECT_TRUE(core->allowPartlyShown().isOn());
+    EXPECT_EQ(preference(allowPartlyShownKey.data()), u"true"_s);
+    auto *gateway = named<QCheckBox>(u"Allow an unencrypted gateway on another machine"_s);
+    core->unencryptedGateway().setOn(true); // at the terminal of the same program, say
+    EXPECT_TRUE(gateway->isChecked());
 }
 
 TEST_F(Settings, aTestNotificationSaysWhatBecameOfIt)

@@ -3,8 +3,10 @@
 #include "monitor/MonitorFixture.h"
 #include "support/ScriptedPrompts.h"
 #include "system/NotificationService.h"
+#include "ui/desktop/CommandTextView.h"
 #include "ui/desktop/DesktopActions.h"
 #include "ui/desktop/DesktopSurface.h"
+#include "ui/desktop/PendingPane.h"
 
 #include <QClipboard>
 #include <QDir>
@@ -12,6 +14,10 @@
 #include <QGuiApplication>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QListView>
+#include <QPointer>
+#include <QPushButton>
+#include <QScrollBar>
 
 namespace bram
 {
@@ -30,6 +36,8 @@ protected:
         makeConnectedCore();
         actions = std::make_unique<DesktopActions>(DesktopActions::Collaborators {
             .monitor = monitor(),
+            .bulkAllow = core->bulkAllow(),
+            .allowPartlyShown = core->allowPartlyShown(),
             .record = core->record(),
             .prompts = prompts,
             .tasks = core->tasks(),
@@ -253,6 +261,7 @@ TEST_F(StatusMenuTest, decidesOnlyWhatWasRead)
             == QStringList {u"HIGH RISK · main: rm -rf /"_s, u"HIGH RISK · main: rm -rf /"_s};
     }));
     Q_EMIT statusMenu->menu().aboutToShow();
+    prompts.answers = {0}; // both are of high risk
     entry(*submenu("All Pending"), "Approve All")->trigger();
     ASSERT_TRUE(waitSettled(2));
     EXPECT_EQ(received.size(), 2);
@@ -279,11 +288,99 @@ TEST_F(StatusMenuTest, whatComesAfterTheOpeningIsInNoBulkAction)
     update();
     QAction *approveAll = entry(*submenu("All Pending"), "Approve All");
     EXPECT_EQ(approveAll->text(), u"Approve All Pending (1)"_s);
+    prompts.answers = {0};
     approveAll->trigger();
     ASSERT_TRUE(waitSettled(1));
     EXPECT_EQ(received.size(), 1);
     EXPECT_EQ(received.constFirst().approvalId, u"seen"_s);
     EXPECT_TRUE(monitor().decisions().isIdle());
+}
+
+TEST_F(StatusMenuTest, aBulkRowIsAboutTheRequestsThatItCounts)
+{
+    requestAndShow(item("counted", "harmless"));
+    const QMenu &bulk = *submenu("All Pending");
+    const auto rows = [&bulk] { return bulk.actions().first(3); };
+    const QPointer<QAction> before = rows().constFirst();
+    EXPECT_EQ(texts(bulk).first(3),
+              QStringList({u"Approve All Pending (1)"_s, u"Always Allow All Pending (1)"_s,
+                           u"Deny All pending (1)"_s}));
+    requestAndShow(item("later", "rm -rf /"));
+    EXPECT_EQ(texts(bulk).constFirst(), u"Approve All Pending (2)"_s);
+    EXPECT_TRUE(test::waitUntil([&] { return before.isNull(); }))
+        << "a panel that has not read the menu anew clicks on nothing";
+    const QList<QAction *> same = rows();
+    update();
+    EXPECT_EQ(rows(), same) << "as long as nothing changes, what was read can be clicked";
+
+    Q_EMIT statusMenu->menu().aboutToShow();
+    requestAndShow(item("latest", "ls"));
+    entry(bulk, "Deny All")->trigger();
+    ASSERT_TRUE(waitSettled(2));
+    EXPECT_EQ(board().displayItems().size(), 1);
+    EXPECT_TRUE(prompts.questions.isEmpty()) << "to deny needs no question";
+}
+
+TEST_F(StatusMenuTest, offersAllowOnlyBesideACommandThatItShowsWhole)
+{
+    const auto decisions = [this] {
+        QStringList found;
+        for (const QString &text : texts(*requestMenu(0))) {
+            if (text.startsWith(u"Allow"_s) || text.startsWith(u"Always"_s)
+                || text.startsWith(u"Deny"_s) || text.startsWith(u"To Allow"_s)) {
+                found.append(text);
+            }
+        }
+        return found;
+    };
+    const QStringList all {u"Allow Once"_s, u"Always Allow"_s, u"Deny"_s};
+    const QStringList cautious {u"To Allow It, Show It Whole…"_s, u"Deny"_s};
+    const struct {
+        QString command;
+        QStringList decisions;
+    } rows[] {
+        {u"make "_s + QString(100, u'a'), all},
+        {u"echo "_s + QString(900, u'a') + u" ; find ~ -delete"_s, cautious},
+        {u"# tidy up\nfind ~ -delete"_s, cautious},
+    };
+    for (const auto &row : rows) {
+        auto wanted = item("one");
+        wanted.command = row.command;
+        monitor().handleGatewayEvent(ApprovalRequested {wanted});
+        update();
+        EXPECT_EQ(decisions(), row.decisions) << qPrintable(row.command);
+    }
+    core->allowPartlyShown().setOn(true);
+    EXPECT_EQ(decisions(), all);
+}
+
+TEST_F(StatusMenuTest, theListInTheWindowAllowsWhatWasReadToItsEnd)
+{
+    request(item("long", QByteArray("make\n").repeated(200).constData()));
+    PendingPane pane(*actions);
+    pane.setItems(board().displayItems());
+    pane.show();
+    auto &list = *pane.findChild<QListView *>();
+    list.setCurrentIndex(list.model()->index(0, 0));
+    const auto buttons = pane.findChildren<QPushButton *>();
+    const auto isEnabled = [&buttons](const QString &text) {
+        return (*std::ranges::find(buttons, text, &QPushButton::text))->isEnabled();
+    };
+    EXPECT_FALSE(test::waitUntil([&] { return isEnabled(u"Always Allow"_s); }, 1200));
+    EXPECT_TRUE(isEnabled(u"Deny"_s));
+    auto &bar = *pane.findChild<CommandTextView *>()->verticalScrollBar();
+    bar.setValue(bar.maximum());
+    EXPECT_TRUE(test::waitUntil([&] { return isEnabled(u"Always Allow"_s); }));
+}
+
+TEST_F(StatusMenuTest, whatWasAlwaysAllowedInBulkCanBeUndone)
+{
+    requestAndShow(item("one", "make"));
+    prompts.answers = {0, 0}; // to the question, and to the offer
+    entry(*submenu("All Pending"), "Always Allow All")->trigger();
+    ASSERT_TRUE(test::waitUntil([this] { return prompts.questions.size() == 2; }));
+    EXPECT_EQ(prompts.questions.constLast().title, u"Added to the always-allow list: 1"_s);
+    EXPECT_TRUE(test::waitUntil([this] { return core->alwaysAllow().list().entries().isEmpty(); }));
 }
 
 TEST_F(StatusMenuTest, isUpToDateWhenOpenedAgainThoughNobodySaidThatItWasClosed)

@@ -69,6 +69,11 @@ void ApprovalPopupPresenter::build()
     });
     connect(&m_view->commandView(), &CommandTextView::wholeChanged, this,
             [this] { m_watch->setReady(m_view->commandView().isWhole()); });
+    connect(&m_view->commandView(), &CommandTextView::endSeen, this, [this] {
+        if (m_shown && m_view->commandView().isEndSeen()) {
+            Q_EMIT read(ApprovalItem(m_shown->item));
+        }
+    });
     connect(m_view, &ApprovalPopupView::contentChanged, this, [this] {
         if (m_shown) {
             m_window->setContentSize(fittingSize());

@@ -59,6 +59,10 @@ public:
     /// How many requests wait beside the one that is shown.
     void setWaitingCount(qsizetype count);
 
+Q_SIGNALS:
+    /// The end of the request's command has been in view.
+    void read(const bram::ApprovalItem &item);
+
 private:
     struct Presentation {
         ApprovalItem item;

@@ -3,6 +3,7 @@
 
 #include "config/Environment.h"
 #include "monitor/ApprovalMonitor.h"
+#include "monitor/BulkAllow.h"
 #include "monitor/OperatorPrompts.h"
 #include "system/BackgroundTasks.h"
 #include "ui/language/LanguageChoice.h"
@@ -11,6 +12,8 @@
 #include <QDesktopServices>
 #include <QGuiApplication>
 #include <QUrl>
+
+#include <algorithm>
 
 namespace bram
 {
@@ -31,6 +34,10 @@ DesktopActions::DesktopActions(const Collaborators &collaborators)
                 .language = collaborators.language,
                 .surface = collaborators.surface})
 {
+    connect(&collaborators.bulkAllow, &BulkAllow::entriesAdded, this,
+            [this](const QStringList &digests) {
+                m_collaborators.tasks.spawn(offeringToTakeBack(this, digests), u"undo"_s);
+            });
 }
 
 bool DesktopActions::isAsShown(const ApprovalItem &shown) const
@@ -49,22 +56,46 @@ void DesktopActions::decide(const ApprovalItem &shown, ApprovalDecision decision
                                                 ActivityTracking::Record);
 }
 
-void DesktopActions::decideAll(const QList<ApprovalItem> &shown, ApprovalDecision decision)
+void DesktopActions::allowAll(const QList<ApprovalItem> &shown, ApprovalDecision decision)
 {
-    QStringList ids;
-    for (const ApprovalItem &item : shown) {
-        if (isAsShown(item)) {
-            ids.append(item.approvalId);
-        }
-    }
-    if (!ids.isEmpty()) {
-        m_collaborators.monitor.decisions().resolveListed(ids, decision);
+    QList<ApprovalItem> present = shown;
+    present.removeIf([this](const ApprovalItem &item) { return !isAsShown(item); });
+    if (!present.isEmpty()) {
+        m_collaborators.tasks.spawn(
+            m_collaborators.bulkAllow.allow(m_collaborators.prompts, present, decision),
+            u"bulk decision"_s);
     }
 }
 
-void DesktopActions::denyAll()
+void DesktopActions::denyAll(const QList<ApprovalItem> &shown)
 {
-    m_collaborators.monitor.decisions().denyAllPendingAndDismissPopups();
+    QStringList ids;
+    for (const ApprovalItem &item : shown) {
+        ids.append(item.approvalId);
+    }
+    const auto isShown = [&ids](const ApprovalItem &item) { return ids.contains(item.approvalId); };
+    if (std::ranges::all_of(m_collaborators.monitor.board().displayItems(), isShown)) {
+        m_collaborators.monitor.decisions().denyAllPendingAndDismissPopups();
+    } else {
+        m_collaborators.monitor.decisions().resolveListed(ids, ApprovalDecision::Deny);
+    }
+}
+
+void DesktopActions::markRead(const ApprovalItem &item)
+{
+    m_collaborators.bulkAllow.markRead(item);
+}
+
+QCoro::Task<> DesktopActions::offeringToTakeBack(QPointer<DesktopActions> self, QStringList digests)
+{
+    const Question question {.title = tr("Added to the always-allow list: %1").arg(digests.size()),
+                             .text = tr("From now on these commands run without a question."),
+                             .buttons = {tr("Undo"), tr("Close")},
+                             .harmless = 1};
+    const auto choice = co_await self->m_collaborators.prompts.ask(question);
+    if (self && choice == 0) {
+        co_await self->m_collaborators.bulkAllow.takeBack(self->m_collaborators.prompts, digests);
+    }
 }
 
 void DesktopActions::clearPending()

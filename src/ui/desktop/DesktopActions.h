@@ -15,8 +15,10 @@ namespace bram
 {
 
 class ApprovalMonitor;
+class BulkAllow;
 class Environment;
 class OperatorChat;
+class StoredSwitch;
 
 /// What the operator can do from the menu and the windows, once for all of them. Main thread.
 ///
@@ -28,6 +30,8 @@ class DesktopActions final : public QObject
 public:
     struct Collaborators {
         ApprovalMonitor &monitor;
+        BulkAllow &bulkAllow;
+        const StoredSwitch &allowPartlyShown;
         RecordOperations &record;
         OperatorPrompts &prompts;
         BackgroundTasks &tasks;
@@ -39,11 +43,17 @@ public:
 
     explicit DesktopActions(const Collaborators &collaborators);
 
+    /// Whether the request is still pending and asks what was shown.
+    bool isAsShown(const ApprovalItem &shown) const;
     void decide(const ApprovalItem &shown, ApprovalDecision decision);
-    /// Decides those of the requests that are still as they were shown, and leaves later ones alone.
-    void decideAll(const QList<ApprovalItem> &shown, ApprovalDecision decision);
-    /// Denies everything that is pending now and takes the popup off the screen.
-    void denyAll();
+    /// Asks, allows those of the requests that are still as they were shown, and leaves later ones alone.
+    void allowAll(const QList<ApprovalItem> &shown, ApprovalDecision decision);
+    /// Denies the requests. Where no other is pending, this takes the popup off the screen.
+    void denyAll(const QList<ApprovalItem> &shown);
+    /// The request has been before the operator's eyes whole.
+    void markRead(const ApprovalItem &item);
+    /// Whether *allow* is offered also where a command is not shown whole.
+    const StoredSwitch &allowPartlyShown() const { return m_collaborators.allowPartlyShown; }
     void clearPending();
     void clearHistory();
 
@@ -78,7 +88,8 @@ Q_SIGNALS:
 
 private:
     static QCoro::Task<> choosingAllAgents(QPointer<DesktopActions> self);
-    bool isAsShown(const ApprovalItem &shown) const;
+    /// Tells what was always-allowed in bulk, and takes it back when that is wished.
+    static QCoro::Task<> offeringToTakeBack(QPointer<DesktopActions> self, QStringList digests);
 
     Collaborators m_collaborators;
     RecordActions m_record;

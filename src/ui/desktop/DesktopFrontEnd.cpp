@@ -46,6 +46,8 @@ QString beginningOf(const QString &command)
 DesktopFrontEnd::DesktopFrontEnd(const Collaborators &collaborators)
     : m_collaborators(collaborators)
     , m_actions({.monitor = collaborators.monitor,
+                 .bulkAllow = collaborators.bulkAllow,
+                 .allowPartlyShown = collaborators.settings.allowPartlyShown,
                  .record = collaborators.record,
                  .prompts = collaborators.prompts,
                  .tasks = collaborators.tasks,
@@ -107,7 +109,7 @@ void DesktopFrontEnd::followMonitor()
             });
     connect(&m_collaborators.notifications, &ApprovalNotifications::showRequested, this,
             &DesktopFrontEnd::showDetails);
-    m_collaborators.notifications.setAllowPartlyShown(m_collaborators.allowPartlyShown);
+    m_collaborators.notifications.setAllowPartlyShown(m_collaborators.settings.allowPartlyShown);
     connect(&m_collaborators.monitor.decisions(), &DecisionResolver::decisionSettled, this,
             &DesktopFrontEnd::onSettled);
     connect(&m_collaborators.settings.telegram, &TelegramBridgeSupervisor::statusChanged, this,
@@ -126,6 +128,8 @@ void DesktopFrontEnd::followWishes()
     connect(&m_menu, &StatusMenu::aboutToOpen, this, &DesktopFrontEnd::refresh);
     connect(&m_tray, &TrayIcon::hostedChanged, this, &DesktopFrontEnd::onTrayHosted);
     connect(&m_tray, &TrayIcon::activated, this, &DesktopFrontEnd::showWindow);
+    connect(&m_collaborators.popup, &ApprovalPopupPresenter::read, &m_actions,
+            &DesktopActions::markRead);
     connect(&m_actions, &DesktopActions::windowRequested, this, &DesktopFrontEnd::showWindow);
     connect(&m_actions, &DesktopActions::detailsRequested, this, &DesktopFrontEnd::showDetails);
     connect(&m_actions, &DesktopActions::changedSinceShown, this,
@@ -201,6 +205,11 @@ void DesktopFrontEnd::refresh()
     m_menu.update(now);
     if (m_window && m_window->isVisible()) {
         m_window->update(now);
+    }
+    if (m_details && m_details->isVisible()
+        && m_details->details().state == ApprovalHistoryState::Pending
+        && !m_actions.isAsShown(m_details->details().item)) {
+        m_details->setOver();
     }
 }
 
@@ -285,6 +294,19 @@ void DesktopFrontEnd::showWindow()
     bringToFront(window());
 }
 
+std::unique_ptr<RequestDetailsWindow> DesktopFrontEnd::makeDetails()
+{
+    auto details = std::make_unique<RequestDetailsWindow>();
+    details->setAllowPartlyShown(m_collaborators.settings.allowPartlyShown);
+    connect(details.get(), &RequestDetailsWindow::read, &m_actions, &DesktopActions::markRead);
+    connect(details.get(), &RequestDetailsWindow::decisionChosen, this,
+            [this](const ApprovalItem &item, ApprovalDecision decision) {
+                m_details->close();
+                m_actions.decide(item, decision);
+            });
+    return details;
+}
+
 void DesktopFrontEnd::showDetails(const QString &approvalId)
 {
     const ApprovalBoard &board = m_collaborators.monitor.board();
@@ -298,7 +320,7 @@ void DesktopFrontEnd::showDetails(const QString &approvalId)
         ? RequestDetails::of(*pending, board.askReason(approvalId))
         : RequestDetails::of(*row);
     if (!m_details) {
-        m_details = std::make_unique<RequestDetailsWindow>();
+        m_details = makeDetails();
     }
     m_details->open(details);
 }

@@ -19,10 +19,10 @@ namespace bram
 {
 
 class ApprovalPopupPresenter;
+class BulkAllow;
 class ReliabilityExercises;
 class RequestDetailsWindow;
 class StatusWindow;
-class StoredSwitch;
 
 /// Joins the coordinator with everything on the desktop: tray icon and menu, popup, notifications and the
 /// windows, which are made when first opened. Main thread.
@@ -35,6 +35,7 @@ class DesktopFrontEnd final : public QObject
 public:
     struct Collaborators {
         ApprovalMonitor &monitor;
+        BulkAllow &bulkAllow;
         ReliabilityExercises &exercises;
         RecordOperations &record;
         AlwaysAllowOperations &alwaysAllow;
@@ -49,7 +50,6 @@ public:
         const Clock &clock;
         SystemLog &log;
         SettingsParts settings;
-        StoredSwitch &allowPartlyShown;
         OperatorChat *practiceChat = nullptr; ///< only in practice
         SimulationEntry simulationEntry = SimulationEntry::Hidden;
     };
@@ -77,6 +77,7 @@ private:
     void onChangedSinceShown(const QString &approvalId);
     void showWindow();
     void showDetails(const QString &approvalId);
+    std::unique_ptr<RequestDetailsWindow> makeDetails();
     StatusWindow &window();
 
     Collaborators m_collaborators;

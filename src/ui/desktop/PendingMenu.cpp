@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ui/desktop/PendingMenu.h"
 
+#include "config/StoredSwitch.h"
 #include "model/HonestDisplay.h"
 #include "ui/desktop/DesktopActions.h"
 
@@ -92,8 +93,15 @@ void PendingMenu::fill(QMenu &menu, const ApprovalItem &item)
                        [this, id = item.approvalId] { Q_EMIT m_actions.detailsRequested(id); });
     }
     menu.addSeparator();
-    addDecision(menu, tr("Allow Once"), item, ApprovalDecision::AllowOnce);
-    addDecision(menu, tr("Always Allow"), item, ApprovalDecision::AllowAlways);
+    // A row that was broken for want of room looks like a line that ends.
+    const bool isShownAsItIs = command.isWhole && !item.command.contains(u'\n');
+    if (isShownAsItIs || m_actions.allowPartlyShown().isOn()) {
+        addDecision(menu, tr("Allow Once"), item, ApprovalDecision::AllowOnce);
+        addDecision(menu, tr("Always Allow"), item, ApprovalDecision::AllowAlways);
+    } else {
+        menu.addAction(tr("To Allow It, Show It Whole…"), this,
+                       [this, id = item.approvalId] { Q_EMIT m_actions.detailsRequested(id); });
+    }
     addDecision(menu, tr("Deny"), item, ApprovalDecision::Deny);
     menu.addSeparator();
     menu.addAction(tr("Show Details…"), this,

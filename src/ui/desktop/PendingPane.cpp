@@ -3,6 +3,7 @@
 
 #include "model/CommandRules.h"
 #include "model/HonestDisplay.h"
+#include "ui/desktop/AllowGate.h"
 #include "ui/desktop/CommandTextView.h"
 #include "ui/desktop/DesktopActions.h"
 #include "ui/desktop/WarningColours.h"
@@ -25,13 +26,21 @@ PendingPane::PendingPane(DesktopActions &actions, QWidget *parent)
     , m_facts(new QLabel(this))
     , m_warning(new QLabel(this))
     , m_command(new CommandTextView(this))
+    , m_hint(new QLabel(this))
     , m_allowOnce(new QPushButton(this))
     , m_alwaysAllow(new QPushButton(this))
     , m_deny(new QPushButton(this))
     , m_copyDetails(new QPushButton(this))
     , m_copyId(new QPushButton(this))
+    , m_gate(new AllowGate(*m_command, {m_allowOnce, m_alwaysAllow}, *m_hint, this))
 {
     build();
+    m_gate->setAllowPartlyShown(actions.allowPartlyShown());
+    connect(m_command, &CommandTextView::endSeen, this, [this] {
+        if (m_shown && m_command->isEndSeen()) {
+            m_actions.markRead(*m_shown);
+        }
+    });
     retranslate();
     connect(m_list->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             &PendingPane::showSelected);
@@ -99,6 +108,7 @@ QWidget *PendingPane::makeDetails()
     layout->addWidget(m_facts);
     layout->addWidget(m_warning);
     layout->addWidget(m_command, 1);
+    layout->addWidget(m_hint);
     layout->addLayout(decisions);
     return details;
 }
@@ -118,6 +128,7 @@ void PendingPane::retranslate()
     m_deny->setText(tr("Deny"));
     m_copyDetails->setText(tr("Copy Details"));
     m_copyId->setText(tr("Copy ID"));
+    m_gate->retranslate();
     setItems(QList<ApprovalItem>(m_model.items()));
     m_shown.reset();
     showSelected();
@@ -133,14 +144,16 @@ std::optional<ApprovalItem> PendingPane::selected() const
 void PendingPane::showSelected()
 {
     const auto item = selected();
-    for (QPushButton *button : {m_allowOnce, m_alwaysAllow, m_deny, m_copyDetails, m_copyId}) {
+    for (QPushButton *button : {m_deny, m_copyDetails, m_copyId}) {
         button->setEnabled(item.has_value());
     }
-    if (item && item == m_shown) {
+    if (item && m_shown && isSameQuestion(*item, *m_shown)) {
+        m_shown = item;
         return; // another one came or went: the place where the reader is stays
     }
     m_shown = item;
     if (!item) {
+        m_gate->close();
         m_facts->setText(m_model.items().isEmpty() ? tr("Requests for approval appear here.")
                                                    : tr("Select a request to read it whole."));
         m_command->setCommand({});
@@ -153,6 +166,7 @@ void PendingPane::showSelected()
     }
     m_facts->setText(facts.join(u" · "_s));
     m_command->setCommand(item->command);
+    m_gate->begin();
 
     QStringList warnings;
     if (commandRiskLevel(item->command) == CommandRisk::High) {

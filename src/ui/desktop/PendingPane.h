@@ -14,6 +14,7 @@
 namespace bram
 {
 
+class AllowGate;
 class CommandTextView;
 class DesktopActions;
 
@@ -49,11 +50,13 @@ private:
     QLabel *m_facts;
     QLabel *m_warning;
     CommandTextView *m_command;
+    QLabel *m_hint;
     QPushButton *m_allowOnce;
     QPushButton *m_alwaysAllow;
     QPushButton *m_deny;
     QPushButton *m_copyDetails;
     QPushButton *m_copyId;
+    AllowGate *m_gate;
 };
 
 } // namespace bram

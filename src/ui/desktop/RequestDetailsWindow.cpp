@@ -3,6 +3,7 @@
 
 #include "model/CommandRules.h"
 #include "model/HonestDisplay.h"
+#include "ui/desktop/AllowGate.h"
 #include "ui/desktop/CommandTextView.h"
 #include "ui/desktop/ElidedLabel.h"
 #include "ui/desktop/WarningColours.h"
@@ -83,21 +84,45 @@ void RequestDetailsWindow::build()
     column->addWidget(m_warning);
     m_command = new CommandTextView(this);
     column->addWidget(m_command, 1);
+    m_hint = new QLabel(this);
+    column->addWidget(m_hint);
 
     auto *buttons = new QHBoxLayout;
     column->addLayout(buttons);
-    for (QPushButton **button : {&m_copyDetails, &m_copyId, &m_close}) {
-        if (button == &m_close) {
-            buttons->addStretch(1);
-        }
+    for (QPushButton **button : {&m_copyDetails, &m_copyId}) {
         *button = new QPushButton(this);
         buttons->addWidget(*button);
     }
+    buttons->addStretch(1);
+    buildDecisions(*buttons);
+    m_close = new QPushButton(this);
+    buttons->addWidget(m_close);
     connect(m_copyDetails, &QPushButton::clicked, this, [this] {
         copy(m_details.item.pretty() + (m_details.isCut ? u"\n("_s + cutNote() + u')' : QString()));
     });
     connect(m_copyId, &QPushButton::clicked, this, [this] { copy(m_details.item.approvalId); });
     connect(m_close, &QPushButton::clicked, this, &QWidget::close);
+}
+
+void RequestDetailsWindow::buildDecisions(QLayout &row)
+{
+    const auto add = [&](QPushButton *&button, ApprovalDecision decision) {
+        button = new QPushButton(this);
+        button->setAutoDefault(false);
+        row.addWidget(button);
+        connect(button, &QPushButton::clicked, this, [this, decision] {
+            Q_EMIT decisionChosen(ApprovalItem(m_details.item), decision);
+        });
+    };
+    add(m_allowOnce, ApprovalDecision::AllowOnce);
+    add(m_alwaysAllow, ApprovalDecision::AllowAlways);
+    add(m_deny, ApprovalDecision::Deny);
+    m_gate = new AllowGate(*m_command, {m_allowOnce, m_alwaysAllow}, *m_hint, this);
+    connect(m_command, &CommandTextView::endSeen, this, [this] {
+        if (m_details.state == ApprovalHistoryState::Pending && m_command->isEndSeen()) {
+            Q_EMIT read(ApprovalItem(m_details.item));
+        }
+    });
 }
 
 ElidedLabel *RequestDetailsWindow::addRow(QFormLayout *form)
@@ -112,6 +137,16 @@ void RequestDetailsWindow::open(const RequestDetails &details)
     m_details = details;
     layout()->activate(); // so that the command is laid out for the width it gets
     m_command->setCommand(details.item.command);
+    const bool isPending = details.state == ApprovalHistoryState::Pending && !details.isCut;
+    for (QPushButton *button : {m_allowOnce, m_alwaysAllow, m_deny}) {
+        button->setVisible(isPending);
+    }
+    m_deny->setEnabled(isPending);
+    if (isPending) {
+        m_gate->begin();
+    } else {
+        m_gate->close();
+    }
     relabel();
     m_command->setFocus();
     if (isMinimized()) {
@@ -121,6 +156,17 @@ void RequestDetailsWindow::open(const RequestDetails &details)
     }
     raise();
     activateWindow();
+}
+
+void RequestDetailsWindow::setOver()
+{
+    m_gate->close();
+    m_deny->setEnabled(false);
+}
+
+void RequestDetailsWindow::setAllowPartlyShown(const StoredSwitch &allowPartlyShown)
+{
+    m_gate->setAllowPartlyShown(allowPartlyShown);
 }
 
 void RequestDetailsWindow::changeEvent(QEvent *event)
@@ -193,6 +239,10 @@ void RequestDetailsWindow::relabel()
     m_copyDetails->setText(tr("Copy details"));
     m_copyId->setText(tr("Copy ID"));
     m_close->setText(tr("Close"));
+    m_allowOnce->setText(tr("Allow Once"));
+    m_alwaysAllow->setText(tr("Always Allow"));
+    m_deny->setText(tr("Deny"));
+    m_gate->retranslate();
 }
 
 void RequestDetailsWindow::recolour()

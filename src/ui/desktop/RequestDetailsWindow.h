@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "model/ApprovalDecision.h"
 #include "model/ApprovalHistoryEntry.h"
 #include "model/ApprovalItem.h"
 #include "model/AskReason.h"
@@ -9,13 +10,16 @@
 
 class QFormLayout;
 class QLabel;
+class QLayout;
 class QPushButton;
 
 namespace bram
 {
 
+class AllowGate;
 class CommandTextView;
 class ElidedLabel;
+class StoredSwitch;
 
 /// What there is to know about a request: one that is pending, or a row of the history.
 struct RequestDetails {
@@ -32,8 +36,9 @@ struct RequestDetails {
     static RequestDetails of(const ApprovalHistoryEntry &entry);
 };
 
-/// Shows one request whole, beside the other windows, without deciding anything. Made when first needed and
-/// used again. Hidden it keeps nothing: a command may have megabytes.
+/// Shows one request whole, beside the other windows. One that is pending can be decided there, and allowed once
+/// it could be read (`AllowGate`). Made when first needed and used again. Hidden it keeps nothing: a command may
+/// have megabytes.
 class RequestDetailsWindow final : public QWidget
 {
     Q_OBJECT
@@ -44,6 +49,14 @@ public:
     /// In place of what it shows; in front.
     void open(const bram::RequestDetails &details);
     const RequestDetails &details() const { return m_details; }
+    /// The pending request that it shows has ended or changed: it goes on being shown, and cannot be decided.
+    void setOver();
+    void setAllowPartlyShown(const StoredSwitch &allowPartlyShown);
+
+Q_SIGNALS:
+    void decisionChosen(const bram::ApprovalItem &item, bram::ApprovalDecision decision);
+    /// The end of the pending request's command has been in view.
+    void read(const bram::ApprovalItem &item);
 
 protected:
     void changeEvent(QEvent *event) override;
@@ -52,6 +65,7 @@ protected:
 
 private:
     void build();
+    void buildDecisions(QLayout &row);
     ElidedLabel *addRow(QFormLayout *form);
     void relabel();
     void recolour();
@@ -65,6 +79,11 @@ private:
     ElidedLabel *m_expires = nullptr;
     QLabel *m_warning = nullptr;
     CommandTextView *m_command = nullptr;
+    QLabel *m_hint = nullptr;
+    QPushButton *m_allowOnce = nullptr;
+    QPushButton *m_alwaysAllow = nullptr;
+    QPushButton *m_deny = nullptr;
+    AllowGate *m_gate = nullptr;
     QPushButton *m_copyDetails = nullptr;
     QPushButton *m_copyId = nullptr;
     QPushButton *m_close = nullptr;

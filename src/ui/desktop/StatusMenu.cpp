@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ui/desktop/StatusMenu.h"
 
+#include "config/StoredSwitch.h"
+#include "system/NextTurn.h"
 #include "ui/desktop/DesktopActions.h"
 #include "ui/desktop/RecordActions.h"
 #include "ui/desktop/StatusDot.h"
@@ -32,6 +34,7 @@ StatusMenu::StatusMenu(DesktopActions &actions, const LanguageChoice &language, 
     , m_record(actions.record())
 {
     build();
+    takeBulkItems();
     labelRows();
     m_simulation.setVisible(simulationEntry == SimulationEntry::Shown);
     m_practiceChat.setVisible(actions.practiceChat() != nullptr);
@@ -43,6 +46,8 @@ StatusMenu::StatusMenu(DesktopActions &actions, const LanguageChoice &language, 
     m_closing.setInterval(clickMayFollowFor);
     connect(&m_closing, &QTimer::timeout, this, &StatusMenu::countAsClosed);
     connect(&m_menu, &QMenu::aboutToShow, this, &StatusMenu::onOpened);
+    connect(&actions.allowPartlyShown(), &StoredSwitch::changed, this,
+            [this] { m_pending.retranslate(m_drawing); });
     connect(&m_menu, &QMenu::aboutToHide, this, [this] { m_closing.start(); });
     update({});
 }
@@ -88,17 +93,9 @@ void StatusMenu::build()
 /// A submenu of their own keeps these one deliberate step away from a slip of the hand.
 void StatusMenu::buildBulkMenu()
 {
-    m_bulk.addActions({&m_approveAll, &m_alwaysAllowAll, &m_denyAll});
-    m_bulk.addSeparator();
+    m_bulk.addSeparator(); // the rows that decide come above it
     m_bulk.addAction(&m_copyAll);
     m_menu.addMenu(&m_bulk);
-    const auto decideAll = [this](QAction &action, ApprovalDecision decision) {
-        connect(&action, &QAction::triggered, this,
-                [this, decision] { m_actions.decideAll(m_bulkItems, decision); });
-    };
-    decideAll(m_approveAll, ApprovalDecision::AllowOnce);
-    decideAll(m_alwaysAllowAll, ApprovalDecision::AllowAlways);
-    connect(&m_denyAll, &QAction::triggered, &m_actions, &DesktopActions::denyAll);
     connect(&m_copyAll, &QAction::triggered, &m_actions.record(),
             &RecordActions::copyOrSaveAllPending);
 }
@@ -153,17 +150,40 @@ void StatusMenu::setDrawing(MenuDrawing drawing)
 
 void StatusMenu::takeBulkItems()
 {
-    m_bulkItems = m_content.pending;
+    if (m_bulkRows && m_bulkRows->items == m_content.pending) {
+        return;
+    }
+    if (m_bulkRows) {
+        for (QAction *action : m_bulkRows->actions()) {
+            m_bulk.removeAction(action);
+        }
+        inNextTurn(this, [old = m_bulkRows] { }); // one of them may be what calls this
+    }
+    m_bulkRows = std::make_shared<BulkRows>();
+    m_bulkRows->items = m_content.pending;
+    m_bulk.insertActions(m_bulk.actions().constFirst(), m_bulkRows->actions());
+    const QList<ApprovalItem> &items = m_bulkRows->items;
+    for (const auto &[action, decision] :
+         {std::pair(&m_bulkRows->approve, ApprovalDecision::AllowOnce),
+          std::pair(&m_bulkRows->alwaysAllow, ApprovalDecision::AllowAlways)}) {
+        connect(action, &QAction::triggered, this,
+                [this, items, decision] { m_actions.allowAll(items, decision); });
+    }
+    connect(&m_bulkRows->deny, &QAction::triggered, this,
+            [this, items] { m_actions.denyAll(items); });
     labelBulkRows();
 }
 
 void StatusMenu::labelBulkRows()
 {
-    const qsizetype count = m_bulkItems.size();
-    m_approveAll.setText(count == 0 ? tr("Approve All Pending")
-                                    : tr("Approve All Pending (%1)").arg(count));
-    m_alwaysAllowAll.setText(count == 0 ? tr("Always Allow All Pending")
-                                        : tr("Always Allow All Pending (%1)").arg(count));
+    const qsizetype count = m_bulkRows->items.size();
+    const auto label = [count](QAction &row, const QString &none, const QString &some) {
+        row.setText(count == 0 ? none : some.arg(count));
+    };
+    label(m_bulkRows->approve, tr("Approve All Pending"), tr("Approve All Pending (%1)"));
+    label(m_bulkRows->alwaysAllow, tr("Always Allow All Pending"),
+          tr("Always Allow All Pending (%1)"));
+    label(m_bulkRows->deny, tr("Deny All pending"), tr("Deny All pending (%1)"));
 }
 
 void StatusMenu::labelRows()
@@ -171,7 +191,6 @@ void StatusMenu::labelRows()
     m_reconnect.setText(tr("Reconnect Gateway"));
     m_reload.setText(tr("Reload Gateway Token"));
     m_bulk.setTitle(tr("All Pending Approvals"));
-    m_denyAll.setText(tr("Deny All pending"));
     m_copyAll.setText(tr("Copy all approval IDs and details"));
     m_history.menu().setTitle(tr("Recent History"));
     m_window.setText(tr("Open Window…"));
@@ -209,7 +228,7 @@ void StatusMenu::showPendingCount()
     const qsizetype count = m_content.pending.size();
     m_pending.menu().setTitle(count == 0 ? tr("Pending approvals")
                                          : tr("Pending approvals (%1)").arg(count));
-    for (QAction *action : {&m_approveAll, &m_alwaysAllowAll, &m_denyAll, &m_clearPending}) {
+    for (QAction *action : m_bulkRows->actions() + QList {&m_clearPending}) {
         action->setEnabled(count > 0);
     }
 }

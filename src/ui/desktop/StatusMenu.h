@@ -12,6 +12,7 @@
 #include <QTimer>
 
 #include <array>
+#include <memory>
 
 namespace bram
 {
@@ -68,6 +69,16 @@ private:
     void showPendingCount();
     void takeBulkItems();
     void labelBulkRows();
+    /// The rows about all requests, with the set of them that they name: whoever clicks on an older row, in a
+    /// panel that has not heard of the newer one, decides nothing.
+    struct BulkRows {
+        QList<ApprovalItem> items;
+        QAction approve;
+        QAction alwaysAllow;
+        QAction deny;
+
+        QList<QAction *> actions() { return {&approve, &alwaysAllow, &deny}; }
+    };
     void onOpened();
     void countAsClosed();
 
@@ -75,7 +86,6 @@ private:
     const LanguageChoice &m_language;
     MenuDrawing m_drawing;
     StatusMenuContent m_content;
-    QList<ApprovalItem> m_bulkItems; ///< what the bulk actions are labelled with, and about
     MenuState m_state = MenuState::Closed;
     QTimer m_closing; ///< from when the menu was closed until it counts as closed
     QTimer m_forgottenOpen; ///< a panel may fail to say that it has closed the menu
@@ -86,9 +96,7 @@ private:
     QAction m_reload;
     PendingMenu m_pending;
     QMenu m_bulk;
-    QAction m_approveAll;
-    QAction m_alwaysAllowAll;
-    QAction m_denyAll;
+    std::shared_ptr<BulkRows> m_bulkRows;
     QAction m_copyAll;
     HistoryMenu m_history;
     QAction m_window;

@@ -19,10 +19,13 @@ class NotificationService;
 class PracticeChatWindow;
 class SettingsWindow;
 class SharedPollingSetting;
+class StoredSwitch;
 class TelegramBridgeSupervisor;
 
 /// What the settings window sets and shows beside what the coordinator has.
 struct SettingsParts {
+    StoredSwitch &allowPartlyShown;
+    StoredSwitch &unencryptedGateway;
     SharedPollingSetting &sharedPolling;
     TelegramBridgeSupervisor &telegram;
     LoginStart *loginStart; ///< null where the program leaves the desktop's settings alone
