@@ -962,6 +962,42 @@
         <source>The platform&apos;s configuration cannot be read or names no agent: these are the agents and the choice from before.</source>
         <translation>플랫폼 설정을 읽을 수 없거나 에이전트가 없습니다. 이전의 에이전트 목록과 선택을 그대로 둡니다.</translation>
     </message>
+    <message>
+        <source>Added to the always-allow list: %1. `undo` takes that back.</source>
+        <translation>영구 승인 목록에 추가함: %1개. `undo`로 되돌립니다.</translation>
+    </message>
+    <message>
+        <source>There is nothing to undo.</source>
+        <translation>되돌릴 것이 없습니다.</translation>
+    </message>
+    <message>
+        <source>Taken out of the always-allow list again: %1.</source>
+        <translation>영구 승인 목록에서 다시 뺐습니다: %1개.</translation>
+    </message>
+    <message>
+        <source>offers allow also where a command is not shown whole</source>
+        <translation>명령 전체가 보이지 않는 곳에서도 승인을 제공</translation>
+    </message>
+    <message>
+        <source>allows an unencrypted gateway (ws://) on another machine</source>
+        <translation>다른 컴퓨터의 암호화되지 않은 게이트웨이(ws://) 허용</translation>
+    </message>
+    <message>
+        <source>No setting has this name (`settings` lists them): </source>
+        <translation>그런 이름의 설정이 없습니다 (`settings`로 확인): </translation>
+    </message>
+    <message>
+        <source>undo                    take back what `allow-always all` has added last</source>
+        <translation>undo                    마지막 `allow-always all`이 추가한 것을 되돌리기</translation>
+    </message>
+    <message>
+        <source>settings                what is on and off, and what it means</source>
+        <translation>settings                켜고 끌 수 있는 설정과 그 뜻</translation>
+    </message>
+    <message>
+        <source>setting NAME on|off     turn one of them on or off</source>
+        <translation>setting NAME on|off     그 설정을 켜거나 끄기</translation>
+    </message>
 </context>
 <context>
     <name>Words</name>
@@ -1274,6 +1310,13 @@
     <message>
         <source>The platform&apos;s configuration cannot be read or names no agent: these are the agents and the choice from before. Its file is watched.</source>
         <translation>플랫폼 설정을 읽을 수 없거나 에이전트가 없습니다. 이전의 에이전트 목록과 선택을 그대로 두며, 파일을 계속 지켜봅니다.</translation>
+    </message>
+</context>
+<context>
+    <name>bram::AllowGate</name>
+    <message>
+        <source>It can be allowed once its end has been in view.</source>
+        <translation>끝까지 보아야 승인할 수 있습니다.</translation>
     </message>
 </context>
 <context>
@@ -1854,6 +1897,25 @@ Security Critical: %4</source>
     </message>
 </context>
 <context>
+    <name>bram::DesktopActions</name>
+    <message>
+        <source>Added to the always-allow list: %1</source>
+        <translation>영구 승인 목록에 추가함: %1개</translation>
+    </message>
+    <message>
+        <source>From now on these commands run without a question.</source>
+        <translation>이제부터 이 명령은 묻지 않고 실행됩니다.</translation>
+    </message>
+    <message>
+        <source>Undo</source>
+        <translation>되돌리기</translation>
+    </message>
+    <message>
+        <source>Close</source>
+        <translation>닫기</translation>
+    </message>
+</context>
+<context>
     <name>bram::DesktopFrontEnd</name>
     <message>
         <source>A decision was not confirmed</source>
@@ -2080,6 +2142,10 @@ The request is still pending and can be decided again.</source>
     <message>
         <source>No pending approvals</source>
         <translation>대기 중인 승인 없음</translation>
+    </message>
+    <message>
+        <source>To Allow It, Show It Whole…</source>
+        <translation>승인하려면 전체 보기…</translation>
     </message>
 </context>
 <context>
@@ -2372,6 +2438,45 @@ Result, if there is one: %1</source>
         <source>Only the beginning of the command is kept.</source>
         <translation>명령의 앞부분만 보관되어 있습니다.</translation>
     </message>
+    <message>
+        <source>Allow Once</source>
+        <translation>일시 승인</translation>
+    </message>
+    <message>
+        <source>Always Allow</source>
+        <translation>영구 승인</translation>
+    </message>
+    <message>
+        <source>Deny</source>
+        <translation>거부</translation>
+    </message>
+</context>
+<context>
+    <name>bram::RequestSettingsPage</name>
+    <message>
+        <source>This could not be remembered; it lasts until the program ends.</source>
+        <translation>저장하지 못했습니다. 프로그램이 끝날 때까지만 적용됩니다.</translation>
+    </message>
+    <message>
+        <source>Re&amp;quests</source>
+        <translation>요청(&amp;Q)</translation>
+    </message>
+    <message>
+        <source>Offer allow also where a command is not sho&amp;wn whole</source>
+        <translation>명령 전체가 보이지 않는 곳에서도 승인 제공(&amp;W)</translation>
+    </message>
+    <message>
+        <source>Off, a notification or a menu that cuts a command, hides a line break or marks something in it lets you deny it and look at it, and a window allows it once its end has been in view. On, you can allow what you have not read.</source>
+        <translation>끄면, 명령을 자르거나 줄바꿈을 숨기거나 표시를 넣는 알림과 메뉴에서는 거부와 보기만 할 수 있고, 창에서는 끝까지 본 뒤에 승인할 수 있습니다. 켜면 읽지 않은 명령도 승인할 수 있습니다.</translation>
+    </message>
+    <message>
+        <source>Allow an &amp;unencrypted gateway on another machine</source>
+        <translation>다른 컴퓨터의 암호화되지 않은 게이트웨이 허용(&amp;U)</translation>
+    </message>
+    <message>
+        <source>Off, an address that begins with ws:// and leads to another machine is refused: everybody on the way there could read the token and decide in your place.</source>
+        <translation>끄면, ws://로 시작하고 다른 컴퓨터를 가리키는 주소는 거부합니다. 그 경로의 누구나 토큰을 읽고 대신 결정할 수 있기 때문입니다.</translation>
+    </message>
 </context>
 <context>
     <name>bram::SettingsWindow</name>
@@ -2481,6 +2586,10 @@ Result, if there is one: %1</source>
     <message>
         <source>Open Practice Chat…</source>
         <translation>연습 채팅 열기…</translation>
+    </message>
+    <message>
+        <source>Deny All pending (%1)</source>
+        <translation>대기 중 모두 거부 (%1)</translation>
     </message>
 </context>
 <context>

@@ -7,6 +7,7 @@
 #include "ui/desktop/DesktopActions.h"
 #include "ui/desktop/GeneralSettingsPage.h"
 #include "ui/desktop/PracticeChatWindow.h"
+#include "ui/desktop/RequestSettingsPage.h"
 #include "ui/desktop/SettingsWindow.h"
 #include "ui/desktop/TelegramSettingsPage.h"
 
@@ -57,6 +58,8 @@ std::unique_ptr<SettingsWindow> UtilityWindows::makeSettings() const
     }));
     window->addPage(
         std::make_unique<AgentSettingsPage>(m_collaborators.actions, m_collaborators.agents));
+    window->addPage(
+        std::make_unique<RequestSettingsPage>(parts.allowPartlyShown, parts.unencryptedGateway));
     window->addPage(std::make_unique<TelegramSettingsPage>(
         TelegramSettingsPage::Collaborators {.sharedPolling = parts.sharedPolling,
                                              .telegram = parts.telegram,
