@@ -1,12 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "monitor/MonitorFixture.h"
-
-#include "allowlist/CommandDigest.h"
+#include "monitor/AlwaysAllowFixture.h"
 #include "monitor/AlwaysAllowInquiry.h"
-#include "support/ScriptedPrompts.h"
 
-#include <QDir>
-#include <QFile>
 #include <QFileInfo>
 
 using namespace bram;
@@ -14,69 +9,6 @@ using namespace bram::test;
 using namespace Qt::StringLiterals;
 using testing::ElementsAre;
 using Target = AlwaysAllowOperations::Target;
-
-namespace
-{
-class AlwaysAllowTest : public MonitorFixture
-{
-protected:
-    AlwaysAllowTest() { EXPECT_TRUE(QDir(folder.path()).mkpath(u".brackwen"_s)); }
-
-    AlwaysAllowOperations &operations() { return core->alwaysAllow(); }
-    void platformAllows(const QByteArray &commands)
-    {
-        QFile file(platformFile);
-        ASSERT_TRUE(file.open(QFile::WriteOnly));
-        file.write(R"({"agents":{"main":{"allowlist":[)" + commands + "]}}}");
-    }
-    QByteArray platform() const
-    {
-        QFile file(platformFile);
-        return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray();
-    }
-    AlwaysAllowEntry entry(const QString &command)
-    {
-        return *operations().list().find(*normalizedCommandDigest(command));
-    }
-    bool has(const QString &command)
-    {
-        return operations().list().find(*normalizedCommandDigest(command)) != nullptr;
-    }
-    /// The newest row of the activity feed.
-    std::tuple<ActivityActor, ActivityAction, QString> latest()
-    {
-        const auto &row = board().activity().constFirst();
-        return {row.actor, row.action, row.detail};
-    }
-    /// With the platform's "apt list" and "git push" and the own "git push" and "own one".
-    void makeCoreWithLists()
-    {
-        platformAllows(R"("apt list","git push")");
-        makeConnectedCore();
-        core->start();
-        request(item("a", "git push"));
-        decide("a", ApprovalDecision::AllowAlways);
-        request(item("b", "own one"));
-        decide("b", ApprovalDecision::AllowAlways);
-        ASSERT_TRUE(waitSettled(2));
-        ASSERT_EQ(operations().list().entries().size(), 3);
-    }
-
-    QString lastAlert() const
-    {
-        const Alert alert = prompts.alerts.value(prompts.alerts.size() - 1);
-        return alert.title + u'|' + alert.text;
-    }
-    QString lastQuestion() const
-    {
-        const Question question = prompts.questions.value(prompts.questions.size() - 1);
-        return question.title + u'|' + question.text + u'|' + question.buttons.join(u'/');
-    }
-
-    const QString platformFile = folder.filePath(u".brackwen/exec-approvals.json"_s);
-    ScriptedPrompts prompts;
-};
-} // namespace
 
 TEST_F(AlwaysAllowTest, AnAutomaticAnswerIsOnRecordAsOne)
 {
@@ -245,76 +177,6 @@ TEST_F(AlwaysAllowTest, SeveralEntriesAreOneQuestionAndOneRow)
     prompts.answers = {2};
     EXPECT_FALSE(test::waitFor(operations().promptAndRemoveAlwaysAllowEntry(prompts, chosen)))
         << "all are gone";
-}
-
-TEST_F(AlwaysAllowTest, WhatCannotBeChangedAtThePlatformIsToldAndRecorded)
-{
-    makeCoreWithLists();
-    const QList<AlwaysAllowEntry> pushed {entry(u"git push"_s)};
-    const auto operation = [&](Target target, bool clears) {
-        prompts.answers = {0};
-        return test::waitFor(clears ? operations().clear(prompts, target)
-                                    : operations().remove(prompts, pushed, target));
-    };
-    const auto registering = [&] {
-        prompts.answers = {0};
-        return test::waitFor(operations().registerCurrentAlwaysAllowEntriesToBrackwen(prompts));
-    };
-    const QString protectedDetail = u" (not changed: exec-approvals.json)"_s;
-    const auto expectNotDone
-        = [&](const QString &title, const QString &reason, const QString &detail) {
-              EXPECT_TRUE(lastAlert().startsWith(title + u'|')) << qPrintable(lastAlert());
-              EXPECT_TRUE(lastAlert().contains(reason)) << qPrintable(lastAlert());
-              EXPECT_EQ(std::get<2>(latest()), detail);
-              prompts.alerts.clear();
-          };
-    const QString notChanged = u"Brackwen's list was not changed"_s;
-
-    ASSERT_TRUE(QFile::setPermissions(platformFile, QFile::ReadOwner | QFile::ReadUser));
-    const QByteArray before = platform();
-    const QString reason = platformFile + u": it is write-protected"_s;
-    EXPECT_TRUE(operation(Target::Brackwen, false)) << "the own list has its text now";
-    expectNotDone(notChanged, reason, u"git …"_s + protectedDetail);
-    EXPECT_FALSE(operation(Target::Brackwen, true));
-    expectNotDone(notChanged, reason, u"count=0"_s + protectedDetail);
-    EXPECT_TRUE(operation(Target::Both, false));
-    expectNotDone(notChanged, reason, u"git …"_s + protectedDetail);
-    EXPECT_TRUE(operation(Target::Both, true));
-    expectNotDone(notChanged, reason, u"count=1"_s + protectedDetail);
-    EXPECT_EQ(platform(), before);
-    EXPECT_FALSE(registering());
-    EXPECT_EQ(lastAlert(),
-              u"Registration completed|No new items were added because they were already "
-              "registered."_s)
-        << "true, whatever the file's mode is";
-    EXPECT_EQ(std::get<2>(latest()), u"count=2"_s);
-
-    ASSERT_TRUE(QFile::remove(platformFile));
-    platformAllows("");
-    const QString backup = folder.filePath(u"backup.txt"_s);
-    QFile file(backup);
-    ASSERT_TRUE(file.open(QFile::WriteOnly));
-    file.write("ID: " + normalizedCommandDigest(u"ls -la")->toUtf8() + "\nCommand: ls -la\n");
-    file.close();
-    const auto restoring = [&] {
-        prompts.answers = {0};
-        EXPECT_TRUE(test::waitFor(operations().restoreFrom(prompts, backup)));
-    };
-    ASSERT_TRUE(QFile::setPermissions(platformFile, QFile::ReadOwner | QFile::ReadUser));
-    restoring();
-    expectNotDone(notChanged, reason, u"count=0"_s + protectedDetail);
-    EXPECT_FALSE(registering());
-    expectNotDone(u"Registration failed"_s, reason, u"count=0"_s + protectedDetail);
-
-    ASSERT_TRUE(QFile::remove(platformFile));
-    const QString noFile = u"no exec-approvals file in "_s + folder.filePath(u".brackwen"_s);
-    const QString noFileDetail = u"count=0 (not changed: no exec-approvals file)"_s;
-    restoring();
-    expectNotDone(notChanged, noFile, noFileDetail);
-    EXPECT_FALSE(registering());
-    expectNotDone(u"Registration failed"_s, noFile, noFileDetail);
-    EXPECT_FALSE(operation(Target::Brackwen, true));
-    expectNotDone(notChanged, noFile, noFileDetail);
 }
 
 TEST_F(AlwaysAllowTest, ReloadsWithABackupBeforeIt)
