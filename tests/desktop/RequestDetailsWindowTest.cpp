@@ -14,6 +14,8 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+
 namespace bram
 {
 

@@ -19,6 +19,8 @@
 #include <QPushButton>
 #include <QScrollBar>
 
+#include <algorithm>
+
 namespace bram
 {
 namespace
