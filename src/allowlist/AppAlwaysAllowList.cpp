@@ -69,9 +69,13 @@ void AppAlwaysAllowList::loadAlwaysAllowState()
     m_digests.remove(QString());
     m_sensitive = setOf(usable(m_preferences.textList(sensitiveKey), m_log));
     m_previews = usable(m_preferences.textMap(alwaysAllowCommandPreviewMapKey), m_log);
-    m_previews.removeIf([](auto entry) {
-        entry.value() = entry.value().trimmed();
-        return entry.value().isEmpty();
+    bool hadValue = false;
+    m_previews.removeIf([&hadValue](auto entry) {
+        // Earlier releases kept the value of an assignment before the program, which can be a key.
+        const QString kept = entry.value().trimmed();
+        entry.value() = kept.contains(u'=') ? commandPreview(kept) : kept;
+        hadValue = hadValue || entry.value() != kept;
+        return kept.isEmpty();
     });
     loadForms();
 
@@ -82,7 +86,7 @@ void AppAlwaysAllowList::loadAlwaysAllowState()
             insert(digest, commandPreview(command), knownCommand(command, digest));
         }
     }
-    if (legacy && m_preferences.contains(legacyAlwaysAllowCommandMapKey)) {
+    if (hadValue || (legacy && m_preferences.contains(legacyAlwaysAllowCommandMapKey))) {
         persistAlwaysAllowState();
     }
 }

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "model/CommandRules.h"
 
+#include "model/LeadingAssignments.h"
+#include "model/TextRules.h"
+
 #include <QStringBuilder>
 
 #include <algorithm>
@@ -78,6 +81,27 @@ bool containsAny(QStringView text)
     }
     return false;
 }
+
+constexpr qsizetype mostNames = 3;
+constexpr qsizetype maxNameUnits = 40;
+constexpr qsizetype maxPreviewUnits = 200;
+
+/// The last path component of the first word. What stands behind a "=" in it is no program's name but a value.
+QString programOf(QStringView command)
+{
+    const auto blank = std::ranges::find_if(command, [](QChar c) { return c.isSpace(); });
+    const QStringView word = command.first(blank - command.begin());
+    const QStringView path = word.first(std::ranges::find(word, u'=') - word.begin());
+    QStringView program = path;
+    while (program.size() > 1 && program.endsWith(u'/')) {
+        program.chop(1);
+    }
+    if (program.size() > 1) {
+        program = program.sliced(program.lastIndexOf(u'/') + 1);
+    }
+    return program % (path.size() < word.size() ? u"=…"_s : QString())
+        % (blank != command.end() ? u" …"_s : QString());
+}
 } // namespace
 
 QString rawText(CommandRisk risk)
@@ -100,20 +124,13 @@ bool isSecuritySensitiveCommand(QStringView command)
 
 QString commandPreview(QStringView command)
 {
-    const QStringView trimmed = command.trimmed();
-    if (trimmed.isEmpty()) {
-        return {};
+    const auto [names, rest] = leadingAssignments(command.trimmed());
+    QString preview;
+    for (const QStringView name : names.first(std::min(names.size(), mostNames))) {
+        preview += shortened(name, maxNameUnits) % u"=… "_s;
     }
-    const auto blank = std::ranges::find_if(trimmed, [](QChar c) { return c.isSpace(); });
-    const bool hasArguments = blank != trimmed.end();
-    QStringView program = trimmed.first(blank - trimmed.begin());
-    while (program.size() > 1 && program.endsWith(u'/')) {
-        program.chop(1);
-    }
-    if (program.size() > 1) {
-        program = program.sliced(program.lastIndexOf(u'/') + 1);
-    }
-    return hasArguments ? program % u" …"_s : program.toString();
+    preview += rest ? programOf(*rest) : u"…"_s;
+    return shortened(QStringView(preview).trimmed(), maxPreviewUnits);
 }
 
 } // namespace bram

@@ -23,7 +23,9 @@ CommandRisk commandRiskLevel(QStringView command);
 bool isSecuritySensitiveCommand(QStringView command);
 
 /// The program's name, and " …" when arguments follow: never an argument, so that it may stand in
-/// audit records and lists. Empty for a blank command.
+/// audit records and lists. Assignments before it are shown without their values, as "NAME=…", since those are
+/// often keys; where a shell's reading of a value is not certain, nothing that follows is shown. Of at most 200
+/// UTF-16 units, and "…" for more. Empty for a blank command.
 QString commandPreview(QStringView command);
 
 } // namespace bram

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "model/TextRules.h"
 
+#include <QStringBuilder>
 #include <QTextBoundaryFinder>
 
 namespace bram
@@ -38,6 +39,15 @@ QString firstCharacters(const QString &text, qsizetype count)
             return found == count ? text.first(finder.position()) : text;
         }
     }
+}
+
+QString shortened(QStringView text, qsizetype maxUnits)
+{
+    if (text.size() <= maxUnits) {
+        return text.toString();
+    }
+    const bool splitsPair = maxUnits > 0 && text[maxUnits - 1].isHighSurrogate();
+    return text.first(splitsPair ? maxUnits - 1 : maxUnits) % u'…';
 }
 
 qsizetype characterCount(const QString &text)

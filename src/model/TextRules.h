@@ -16,6 +16,10 @@ std::optional<QString> trimmedOrAbsent(const std::optional<QString> &text);
 /// The first `count` characters as a reader counts them (grapheme clusters); all of a shorter text.
 QString firstCharacters(const QString &text, qsizetype count);
 
+/// All of `text` when it has at most `maxUnits` UTF-16 units; else as many, or one less where that would split a
+/// character, and "…".
+QString shortened(QStringView text, qsizetype maxUnits);
+
 /// How many characters a reader counts in `text`.
 qsizetype characterCount(const QString &text);
 

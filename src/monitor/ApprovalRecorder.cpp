@@ -22,6 +22,8 @@ using namespace Qt::StringLiterals;
 
 namespace
 {
+constexpr qsizetype shortestKey = 16;
+
 QString expiryNote(const ApprovalItem &item)
 {
     return u"expiredAtMs="_s + QString::number(item.expiresAtMs);
@@ -45,9 +47,13 @@ const QString automaticNote = u"auto-allow"_s;
 
 QString recordedPreview(const QString &command)
 {
-    // The first word is a program as a rule, but it may be an assignment.
+    // The first word is a program as a rule, but it may be a key that was pasted in the wrong place.
     const QString preview = commandPreview(command);
-    return preview.contains(u'=') || preview.contains(u':') ? redacted(preview) : preview;
+    const qsizetype program = preview.lastIndexOf(u"=… ") + 1;
+    const QStringView word = QStringView(preview).sliced(program);
+    return word.size() >= shortestKey || word.contains(u':')
+        ? QString(QStringView(preview).first(program) % redacted(word.toString()))
+        : preview;
 }
 
 ApprovalRecorder::ApprovalRecorder(const Collaborators &collaborators)

@@ -60,14 +60,18 @@ TEST_F(AlwaysAllow, MigratesWhatEarlierReleasesKept)
 {
     const QString known = digestOf(u"ls -la"_s);
     const QString old = digestOf(u"/bin/make test"_s);
-    preferences->setTextList(digestsKey, {known, QString()});
-    preferences->setTextMap(previewsKey, {{known, u" ls … \n"_s}, {old + u'0', u" "_s}});
+    const QString withKey = digestOf(u"KEY=a/b make"_s);
+    preferences->setTextList(digestsKey, {known, withKey, QString()});
+    preferences->setTextMap(
+        previewsKey, {{known, u" ls … \n"_s}, {old + u'0', u" "_s}, {withKey, u"KEY=a …"_s}});
     preferences->setTextMap(legacyKey, {{known, u"other"_s}, {old, u"/bin/make test"_s}});
     ASSERT_TRUE(preferences->save());
     restart();
-    EXPECT_EQ(texts(), QStringList({u"ls …"_s, u"make …"_s}));
+    EXPECT_EQ(texts(), QStringList({u"KEY=… …"_s, u"ls …"_s, u"make …"_s}));
     EXPECT_EQ(list->verdict(u"/bin/make test"_s), Verdict::Allowed);
-    EXPECT_FALSE(Preferences(preferencesPath).contains(legacyKey));
+    const Preferences written(preferencesPath);
+    EXPECT_FALSE(written.contains(legacyKey));
+    EXPECT_EQ(written.textMap(previewsKey).value().value(withKey), u"KEY=… …"_s);
 }
 
 TEST_F(AlwaysAllow, MalformedPreferencesCountAsEmptyWithOneLineEach)

@@ -101,9 +101,24 @@ TEST(CommandRules, PreviewNamesTheProgramOnly)
         {u"/"_s, u"/"_s},
         {u"// x"_s, u"/ …"_s},
         {u"./run.sh/ secret/path"_s, u"run.sh …"_s},
+        {u"OPENAI_API_KEY=sk-x python3 run.py"_s, u"OPENAI_API_KEY=… python3 …"_s},
+        {u"A=1 B='x y' /usr/bin/make"_s, u"A=… B=… make"_s},
+        {u"A=\"x $(cat 'a b') \\\" y\" B=`c d`$'it\\'s' C=${D:-e f} ls"_s, u"A=… B=… C=… ls"_s},
+        {u"K=a/b"_s, u"K=…"_s},
+        {u"K=(a b) x[1]+=y; ls -l"_s, u"K=… x=… ls …"_s},
+        {u"A=1 B=2 C=3 D=4 make all"_s, u"A=… B=… C=… make …"_s},
+        // What a shell makes of these is not certain, so that nothing that may be a value is shown.
+        {u"K='a b c"_s, u"K=… …"_s},
+        {u"K=$(x # '\n) b"_s, u"K=… …"_s},
+        {u"K=$(case a in a) b;; esac) c"_s, u"K=… …"_s},
+        {u"K=a <b c"_s, u"K=… …"_s},
+        {u"AWS-KEY=a/b ls"_s, u"AWS-KEY=… …"_s},
+        {u"/opt/run=x/y z"_s, u"run=… …"_s},
+        {QString(3'900'000, u'x'), QString(200, u'x') + u'…'},
     };
     for (const Row &row : rows) {
-        EXPECT_EQ(commandPreview(row.command), row.preview) << qPrintable(row.command);
+        EXPECT_EQ(commandPreview(row.command), row.preview) << qPrintable(row.command.left(80));
+        EXPECT_EQ(commandPreview(row.preview), row.preview) << "a preview that is kept";
     }
 }
 
