@@ -37,7 +37,13 @@ constexpr QStringView englishReadme
       u"\n"
       u"Note\n"
       u"- Tokens and passwords are redacted by default.\n"
-      u"- Review contents before sharing externally.";
+      u"- Review contents before sharing externally.\n"
+      u"- Redaction goes by rules: keys of well-known shapes, values of names such as TOKEN, "
+      u"SECRET,\n"
+      u"  PASSWORD or API_KEY, credentials in addresses and headers. It may mask more than that, "
+      u"and it\n"
+      u"  does not find a secret that looks like any other word.\n"
+      u"- logs/ is copied as it is. The audit log holds programs' names, not their arguments.";
 constexpr QStringView koreanReadme
     = u"BRAM 진단 번들\n"
       u"- snapshot.json: 실행 상태/설정/카운터 스냅샷\n"
@@ -47,7 +53,12 @@ constexpr QStringView koreanReadme
       u"\n"
       u"주의\n"
       u"- 민감정보 토큰/비밀번호는 기본적으로 마스킹됩니다.\n"
-      u"- 외부 공유 전 내용을 다시 확인하세요.";
+      u"- 외부 공유 전 내용을 다시 확인하세요.\n"
+      u"- 마스킹은 규칙에 따릅니다: 잘 알려진 형식의 키, TOKEN·SECRET·PASSWORD·API_KEY 같은 이름의 "
+      u"값,\n"
+      u"  주소와 헤더의 자격 증명. 그보다 더 가릴 수 있으며, 평범한 단어처럼 보이는 비밀은 찾지 "
+      u"못합니다.\n"
+      u"- logs/는 그대로 복사됩니다. 감사 로그에는 프로그램 이름만 있고 인수는 없습니다.";
 
 std::unexpected<Error> systemFailure(const QString &path)
 {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "audit/Redaction.h"
 
+#include "audit/SecretMask.h"
+
 #include <QRegularExpression>
 
 #include <array>
@@ -99,7 +101,7 @@ QString redacted(const QString &text)
         }
         result = *std::move(next);
     }
-    return result;
+    return withSecretsMasked(result);
 }
 
 } // namespace bram
