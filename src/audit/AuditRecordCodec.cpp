@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "audit/AuditRecordCodec.h"
 
+#include "model/TextRules.h"
 #include "system/PlainText.h"
 
+#include <QCryptographicHash>
 #include <QStringDecoder>
 #include <QStringView>
 
@@ -162,6 +164,43 @@ std::size_t maxLineBytes(const AuditEventRecord &record)
     return bytes;
 }
 
+constexpr qsizetype maxUnits = 200;
+constexpr qsizetype maxNoteUnits = 500;
+constexpr qsizetype hashDigits = 16;
+constexpr qsizetype maxUnitsBeforeHash = maxUnits - hashDigits - 2;
+
+bool fits(const AuditEventRecord &record)
+{
+    return std::ranges::all_of(textFields, [&record](const TextField &field) {
+        const auto &text = record.*field.member;
+        return !text || text->size() <= maxUnits
+            || (field.member == &AuditEventRecord::note && text->size() <= maxNoteUnits);
+    });
+}
+
+/// Two long ids that begin alike stay two.
+QString cappedId(const QString &id)
+{
+    const QByteArray hash = QCryptographicHash::hash(id.toUtf8(), QCryptographicHash::Sha256);
+    return shortened(id, maxUnitsBeforeHash) + u'#'
+        + QString::fromLatin1(hash.toHex().first(hashDigits));
+}
+
+AuditEventRecord capped(AuditEventRecord record)
+{
+    for (const TextField &field : textFields) {
+        auto &text = record.*field.member;
+        const bool isNote = field.member == &AuditEventRecord::note;
+        const bool isId = field.member == &AuditEventRecord::approvalId
+            || field.member == &AuditEventRecord::agentId;
+        const qsizetype most = isNote ? maxNoteUnits : maxUnits;
+        if (text && text->size() > most) {
+            text = isId ? cappedId(*text) : shortened(*text, most - 1);
+        }
+    }
+    return record;
+}
+
 /// Puts an optional text where it belongs. False when the value is neither a text nor null.
 bool readTextField(std::string_view key, simdjson::dom::element value, AuditEventRecord &record)
 {
@@ -180,6 +219,10 @@ bool readTextField(std::string_view key, simdjson::dom::element value, AuditEven
 
 void appendAuditLine(const AuditEventRecord &record, std::string &lines)
 {
+    if (!fits(record)) {
+        appendAuditLine(capped(record), lines);
+        return;
+    }
     const std::size_t before = lines.size();
     lines.resize_and_overwrite(before + maxLineBytes(record), [&](char *begin, std::size_t) {
         char *out = writeInteger(writeBytes(begin + before, timestampPrefix), record.timestampMs);

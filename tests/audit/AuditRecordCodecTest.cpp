@@ -69,7 +69,7 @@ TEST(AuditRecordCodec, everyTextSurvivesAndStaysOneLine)
         {loneHigh, u"a\ufffd"_s},
         {loneHigh + u"b"_s, u"a\ufffdb"_s},
         {loneLow, u"\ufffdb"_s},
-        {QString(100'000, QChar(1)), QString(100'000, QChar(1))},
+        {QString(500, QChar(1)), QString(500, QChar(1))},
     };
     AuditRecordDecoder decoder;
     for (const auto &row : rows) {
@@ -86,6 +86,32 @@ TEST(AuditRecordCodec, everyTextSurvivesAndStaysOneLine)
          {std::numeric_limits<qint64>::min(), std::numeric_limits<qint64>::max()}) {
         const AuditEventRecord record {.timestampMs = edge, .kind = u"k"_s, .latencyMs = edge};
         EXPECT_EQ(decoder.decode(encoded(record)), record);
+    }
+}
+
+TEST(AuditRecordCodec, longTextsAreCutAndIdsStayTold)
+{
+    AuditRecordDecoder decoder;
+    const auto written = [&decoder](const QString &text) {
+        auto record = fullRecord();
+        for (auto field :
+             {&AuditEventRecord::approvalId, &AuditEventRecord::agentId, &AuditEventRecord::actor,
+              &AuditEventRecord::commandPreview, &AuditEventRecord::note}) {
+            record.*field = text;
+        }
+        return decoder.decode(encoded(record)).value();
+    };
+    const QString fitting(200, u'x');
+    EXPECT_EQ(written(fitting).approvalId, fitting);
+    const QString longText = QString(198, u'x') + u"🚀"_s + QString(3'900'000, u'y');
+    const auto first = written(longText);
+    EXPECT_EQ(first.commandPreview, QString(198, u'x') + u'…');
+    EXPECT_EQ(first.note->size(), 500);
+    const auto second = written(longText + u'z');
+    for (auto id : {&AuditEventRecord::approvalId, &AuditEventRecord::agentId}) {
+        EXPECT_EQ((first.*id)->size(), 200);
+        EXPECT_NE(first.*id, second.*id);
+        EXPECT_EQ(first.*id, written(longText).*id);
     }
 }
 
