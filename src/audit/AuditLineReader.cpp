@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "audit/AuditLineReader.h"
 
+#include "system/SystemErrors.h"
+
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <utility>
 
 #include <unistd.h>
@@ -26,7 +27,7 @@ std::expected<std::size_t, Error> readSome(int descriptor, char *out, std::size_
             return static_cast<std::size_t>(got);
         }
         if (errno != EINTR) {
-            return std::unexpected(Error {QString::fromLocal8Bit(std::strerror(errno))});
+            return std::unexpected(Error {systemErrorText(errno)});
         }
     }
 }

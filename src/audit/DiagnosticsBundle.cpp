@@ -6,6 +6,7 @@
 #include "audit/WeeklyAuditReport.h"
 #include "model/UtcTime.h"
 #include "system/Files.h"
+#include "system/SystemErrors.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -63,7 +64,7 @@ constexpr QStringView koreanReadme
 std::unexpected<Error> systemFailure(const QString &path)
 {
     const int errorNumber = errno;
-    return std::unexpected(Error {u"%1: %2"_s.arg(path, qt_error_string(errorNumber))});
+    return std::unexpected(Error {u"%1: %2"_s.arg(path, systemErrorText(errorNumber))});
 }
 
 /// Makes a folder that was not there: what is in the bundle is for this user alone, whoever else may write to

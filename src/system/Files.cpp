@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "system/Files.h"
 
+#include "system/SystemErrors.h"
+
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
@@ -20,7 +22,7 @@ namespace
 {
 std::unexpected<Error> failure(const QString &what, const QString &path, int errorNumber)
 {
-    return std::unexpected(Error {u"%1 %2: %3"_s.arg(what, path, qt_error_string(errorNumber))});
+    return std::unexpected(Error {u"%1 %2: %3"_s.arg(what, path, systemErrorText(errorNumber))});
 }
 
 std::unexpected<Error> refusal(const QString &path, const QString &why)
@@ -37,6 +39,7 @@ std::expected<QByteArray, Error> readRegularFile(const QString &path, qint64 max
     if (descriptor < 0) {
         return failure(u"cannot open"_s, path, errno);
     }
+    const EnglishErrorTexts english;
     QFile file;
     if (!file.open(descriptor, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle)) {
         ::close(descriptor);
@@ -110,6 +113,7 @@ std::expected<void, Error> writeWholeFile(const QString &path, const QByteArray 
     if (existing.exists() && !existing.isFile()) {
         return failed(u"not a regular file"_s);
     }
+    const EnglishErrorTexts english;
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly)) {
         return failed(file.errorString());

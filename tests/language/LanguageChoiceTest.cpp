@@ -3,7 +3,9 @@
 #include "system/Preferences.h"
 #include "ui/language/Words.h"
 
+#include <QCoreApplication>
 #include <QFile>
+#include <QLibraryInfo>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -59,6 +61,13 @@ TEST_F(LanguageChoiceTest, speaksTheChosenLanguageAtOnceAndRemembersIt)
     EXPECT_EQ(languageAfterStart(), MenuLanguage::Korean);
     EXPECT_TRUE(choice.choose(MenuLanguage::Korean));
     EXPECT_EQ(changes, 1) << "choosing what holds is no change";
+
+    // The toolkit's errors go into logs and records.
+    EXPECT_EQ(QCoreApplication::translate("QNativeSocketEngine", "Connection refused"),
+              u"Connection refused"_s);
+    if (QFile::exists(QLibraryInfo::path(QLibraryInfo::TranslationsPath) + u"/qtbase_ko.qm"_s)) {
+        EXPECT_NE(QCoreApplication::translate("QPlatformTheme", "Cancel"), u"Cancel"_s);
+    }
 
     EXPECT_TRUE(choice.choose(MenuLanguage::English));
     EXPECT_EQ(historyStateWord(ApprovalHistoryState::Deny), english);

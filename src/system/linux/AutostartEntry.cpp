@@ -2,6 +2,7 @@
 #include "system/linux/AutostartEntry.h"
 
 #include "system/Files.h"
+#include "system/SystemErrors.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -184,6 +185,7 @@ std::expected<void, Error> AutostartEntry::switchOff()
     const bool isInSystem = !ofSystem || ofSystem->has_value();
     const QString ours = entryFor(m_places.program);
     if (*existing == ours && !isInSystem) {
+        const EnglishErrorTexts english;
         QFile file(path());
         if (!file.remove()) {
             return std::unexpected(

@@ -2,6 +2,7 @@
 #include "system/FileReplacement.h"
 
 #include "system/Files.h"
+#include "system/SystemErrors.h"
 
 #include <QDeadlineTimer>
 #include <QFile>
@@ -31,7 +32,7 @@ constexpr int mostExchanges = 20;
 
 std::unexpected<Error> failure(const QString &what, const QString &path)
 {
-    return std::unexpected(Error {u"%1 %2: %3"_s.arg(what, path, qt_error_string(errno))});
+    return std::unexpected(Error {u"%1 %2: %3"_s.arg(what, path, systemErrorText(errno))});
 }
 
 /// A new file beside another one, gone at the end unless it was renamed.

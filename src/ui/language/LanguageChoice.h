@@ -2,6 +2,7 @@
 #pragma once
 
 #include "model/MenuLanguage.h"
+#include "ui/language/ToolkitTranslator.h"
 
 #include <QObject>
 #include <QTranslator>
@@ -36,7 +37,8 @@ private:
     Preferences &m_preferences;
     MenuLanguage m_current = MenuLanguage::English;
     QTranslator m_korean;
-    QTranslator m_toolkitKorean; ///< the toolkit's own texts, where its catalogue is installed
+    ToolkitTranslator
+        m_toolkitKorean; ///< the toolkit's own texts, where its catalogue is installed
 };
 
 } // namespace bram
