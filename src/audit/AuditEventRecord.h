@@ -24,11 +24,20 @@ inline constexpr QLatin1StringView approvalUnknownId("approval_unknown_id");
 inline constexpr QLatin1StringView approvalResolvedExternal("approval_resolved_external");
 inline constexpr QLatin1StringView gatewayDisconnected("gateway_disconnected");
 inline constexpr QLatin1StringView gatewayAuthFailure("gateway_auth_failure");
+/// Events before this one could not be recorded.
+inline constexpr QLatin1StringView auditGap("audit_gap");
+/// Archives were deleted before their time, because there were too many.
+inline constexpr QLatin1StringView auditArchivesDeletedEarly("audit_archives_deleted_early");
 } // namespace AuditKind
+
+/// What `AuditEventRecord::source` says of everything that a self-test or a simulation has made up. Nobody else's
+/// word gets there, so that nothing real can pass for it.
+inline constexpr QLatin1StringView exerciseSource("exercise");
 
 /// One event of the audit log: one line of the file. The fields stand in the order of the file's
 /// keys; an absent field has no key there. Never put a whole command or a secret in here: a command
-/// goes in as its preview, a reason from outside goes through `redacted()` first.
+/// goes in as its preview, a reason from outside goes through `redacted()` first. Texts are cut when they are
+/// written: to 200 UTF-16 units, a note to 500; a long id ends in a part of its hash then.
 struct AuditEventRecord {
     qint64 timestampMs = 0; ///< wall clock, milliseconds since the Unix epoch, truncated
     QString kind = {}; ///< one of `AuditKind`

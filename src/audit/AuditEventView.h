@@ -18,6 +18,7 @@ struct AuditEventView {
     std::string_view kind = {};
     std::optional<std::string_view> agentId = {};
     std::optional<std::string_view> decision = {};
+    std::optional<std::string_view> source = {};
     std::optional<std::string_view> risk = {};
     std::optional<qint64> latencyMs = {};
     std::optional<std::string_view> commandPreview = {};
@@ -26,6 +27,7 @@ struct AuditEventView {
     bool operator==(const AuditEventView &) const = default;
 
     bool isHighRisk() const { return risk == "high"; }
+    bool isExercise() const { return source == std::string_view(exerciseSource.data()); }
 };
 
 /// The bytes for the view of a record that is at hand as a record.
@@ -39,8 +41,8 @@ public:
 private:
     qint64 m_timestampMs;
     std::optional<qint64> m_latencyMs;
-    /// kind, agentId, decision, risk, commandPreview, note
-    std::array<std::optional<std::string>, 6> m_texts;
+    /// kind, agentId, decision, source, risk, commandPreview, note
+    std::array<std::optional<std::string>, 7> m_texts;
 };
 
 } // namespace bram

@@ -31,7 +31,7 @@ constexpr std::array optionalKeys {
     Key {.name = "approvalId"},
     Key {.name = "agentId", .text = &AuditEventView::agentId},
     Key {.name = "decision", .text = &AuditEventView::decision},
-    Key {.name = "source"},
+    Key {.name = "source", .text = &AuditEventView::source},
     Key {.name = "actor"},
     Key {.name = "risk", .text = &AuditEventView::risk},
     Key {.name = "latencyMs", .kind = Key::Kind::Number},
@@ -135,8 +135,8 @@ bool readUsual(json::document &document, Escapes escapes, AuditEventView &event)
 void clear(AuditEventView &event)
 {
     for (const auto text :
-         {&AuditEventView::agentId, &AuditEventView::decision, &AuditEventView::risk,
-          &AuditEventView::commandPreview, &AuditEventView::note}) {
+         {&AuditEventView::agentId, &AuditEventView::decision, &AuditEventView::source,
+          &AuditEventView::risk, &AuditEventView::commandPreview, &AuditEventView::note}) {
         (event.*text).reset();
     }
     event.latencyMs.reset();

@@ -131,7 +131,7 @@ private:
         const auto consume = [&](std::string_view line) {
             ++place.line;
             const AuditEventView *event = m_scanner.scan(line);
-            if (event == nullptr || event->timestampMs < m_options.sinceMs) {
+            if (event == nullptr || event->timestampMs < m_options.sinceMs || event->isExercise()) {
                 return;
             }
             fold.add(*event);

@@ -172,7 +172,9 @@ WeeklyAuditSummary buildWeeklyAuditSummary(const QList<AuditEventRecord> &record
 {
     WeeklyAuditFold fold;
     for (const AuditEventRecord &record : records) {
-        fold.add(AuditEventBytes(record).view());
+        if (record.source != exerciseSource) {
+            fold.add(AuditEventBytes(record).view());
+        }
     }
     return fold.summary();
 }
@@ -220,7 +222,7 @@ QList<AuditEventRecord> highRiskAuditRows(const QList<AuditEventRecord> &records
 {
     QList<AuditEventRecord> rows;
     for (const AuditEventRecord &record : records | std::views::reverse) {
-        if (record.risk == u"high"_s) {
+        if (record.risk == u"high"_s && record.source != exerciseSource) {
             rows.append(record);
         }
     }

@@ -18,6 +18,7 @@ namespace
 /// The longest gap between two refusals of one series, from the previous one to the next.
 constexpr qint64 seriesGapMs = 300'000;
 constexpr int toleratedRefusals = 2;
+constexpr QLatin1StringView gatewaySource("gateway");
 
 /// Deliberately broad: any reason that mentions a token counts.
 bool looksLikeAuthenticationFailure(const QString &reason)
@@ -39,7 +40,7 @@ void ConnectionSupervision::handleConnectionState(const GatewayConnectionState &
     } else if (std::holds_alternative<GatewayConnected>(state)) {
         onConnected();
     } else {
-        onDisconnected(std::get<GatewayDisconnected>(state).reason);
+        onDisconnected(std::get<GatewayDisconnected>(state));
     }
 }
 
@@ -64,14 +65,16 @@ void ConnectionSupervision::handleHandshakeCompleted()
     m_lastUnauthorizedDisconnectMs.reset();
 }
 
-void ConnectionSupervision::onDisconnected(const QString &reason)
+void ConnectionSupervision::onDisconnected(const GatewayDisconnected &state)
 {
+    const QString &reason = state.reason;
     const QString masked = maskedReason(reason);
+    m_auditSource = state.isExercise ? exerciseSource : gatewaySource;
     m_collaborators.log.write(QString(u"[Brackwen] state disconnected reason="_s + masked));
     m_collaborators.status.setConnection(u"Gateway disconnected: "_s + masked, IndicatorState::Red);
     m_collaborators.audit.append({.timestampMs = m_collaborators.clock.nowMs(),
                                   .kind = AuditKind::gatewayDisconnected,
-                                  .source = u"gateway"_s,
+                                  .source = m_auditSource,
                                   .note = masked});
     if (!m_autoTokenResyncAttempted && looksLikeAuthenticationFailure(reason)) {
         m_autoTokenResyncAttempted = true;
@@ -107,7 +110,7 @@ void ConnectionSupervision::registerUnauthorizedDisconnect(const QString &masked
     m_lastUnauthorizedDisconnectMs = nowMs;
     m_collaborators.audit.append({.timestampMs = nowMs,
                                   .kind = AuditKind::gatewayAuthFailure,
-                                  .source = u"gateway"_s,
+                                  .source = m_auditSource,
                                   .note = masked});
     m_collaborators.log.write(QString(u"[Brackwen] unauthorized disconnect count="_s
                                       + QString::number(m_unauthorizedDisconnectCount)));

@@ -48,7 +48,7 @@ public:
 private:
     void onConnecting();
     void onConnected();
-    void onDisconnected(const QString &reason);
+    void onDisconnected(const GatewayDisconnected &state);
     void onAuthenticationFailure(const QString &masked);
     void registerUnauthorizedDisconnect(const QString &masked);
 
@@ -56,6 +56,7 @@ private:
     bool m_autoTokenResyncAttempted = false; ///< since the last good connection
     int m_unauthorizedDisconnectCount = 0;
     std::optional<qint64> m_lastUnauthorizedDisconnectMs;
+    QString m_auditSource; ///< who told of the disconnect that is taken in
 };
 
 } // namespace bram

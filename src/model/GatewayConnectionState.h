@@ -10,6 +10,7 @@ namespace bram
 
 struct GatewayDisconnected {
     QString reason; ///< readable, e.g. an error text
+    bool isExercise = false; ///< made up by a self-test or a simulation
 
     bool operator==(const GatewayDisconnected &) const = default;
 };

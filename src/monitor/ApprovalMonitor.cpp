@@ -132,6 +132,12 @@ void ApprovalMonitor::handleGatewayEvent(const GatewayEvent &event)
     }
 }
 
+void ApprovalMonitor::handleExercise(const ApprovalItem &item)
+{
+    m_recorder.markExercise(item.approvalId);
+    handleGatewayEvent(ApprovalRequested {item});
+}
+
 void ApprovalMonitor::handleConnectionState(const GatewayConnectionState &state)
 {
     m_supervision.handleConnectionState(state);

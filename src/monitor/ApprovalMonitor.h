@@ -61,8 +61,10 @@ public:
     /// For operations of the operator that are not decisions.
     void recordActivity(ActivityActor actor, ActivityAction action, const QString &detail);
 
-    /// Takes a gateway event in, from the client or from a simulation.
+    /// Takes a gateway event in.
     void handleGatewayEvent(const GatewayEvent &event);
+    /// Takes a request in that an exercise has made up.
+    void handleExercise(const ApprovalItem &item);
     /// Takes a report of the connection in, from the client or from a simulation.
     void handleConnectionState(const GatewayConnectionState &state);
 

@@ -74,13 +74,13 @@ void ApprovalRecorder::recordRequested(const ApprovalItem &item)
     ++m_metrics.requestedCount;
     logMetricsSnapshot(u"requested"_s, std::nullopt);
     const auto &[command, risk, preview] = factsOf(item.command);
-    m_collaborators.audit.append({.timestampMs = m_collaborators.clock.nowMs(),
-                                  .kind = AuditKind::approvalRequested,
-                                  .approvalId = item.approvalId,
-                                  .agentId = item.agentId,
-                                  .source = u"gateway"_s,
-                                  .risk = risk,
-                                  .commandPreview = preview});
+    put({.timestampMs = m_collaborators.clock.nowMs(),
+         .kind = AuditKind::approvalRequested,
+         .approvalId = item.approvalId,
+         .agentId = item.agentId,
+         .source = u"gateway"_s,
+         .risk = risk,
+         .commandPreview = preview});
 }
 
 void ApprovalRecorder::recordDecisionRequested(const ApprovalItem &item, ApprovalDecision decision,
@@ -92,7 +92,7 @@ void ApprovalRecorder::recordDecisionRequested(const ApprovalItem &item, Approva
     } else if (!origin.detail.isEmpty()) {
         record.note = origin.detail;
     }
-    m_collaborators.audit.append(record);
+    put(std::move(record));
 }
 
 void ApprovalRecorder::recordIgnoredDuplicate(const ApprovalItem &item, ApprovalDecision decision,
@@ -101,7 +101,7 @@ void ApprovalRecorder::recordIgnoredDuplicate(const ApprovalItem &item, Approval
     auto record
         = decisionRecord(AuditKind::approvalDecisionIgnoredDuplicate, item, decision, origin);
     record.note = withDetail(u"duplicate in-flight decision ignored"_s, origin);
-    m_collaborators.audit.append(record);
+    put(std::move(record));
 }
 
 void ApprovalRecorder::recordExpired(const ApprovalItem &item, ApprovalDecision decision,
@@ -109,20 +109,20 @@ void ApprovalRecorder::recordExpired(const ApprovalItem &item, ApprovalDecision 
 {
     auto record = decisionRecord(AuditKind::approvalExpired, item, decision, origin);
     record.note = withDetail(expiryNote(item), origin);
-    m_collaborators.audit.append(record);
+    put(std::move(record));
 }
 
 void ApprovalRecorder::recordExpired(const ApprovalItem &item)
 {
     const auto &[command, risk, preview] = factsOf(item.command);
-    m_collaborators.audit.append({.timestampMs = m_collaborators.clock.nowMs(),
-                                  .kind = AuditKind::approvalExpired,
-                                  .approvalId = item.approvalId,
-                                  .agentId = item.agentId,
-                                  .source = DecisionOrigin::local().source,
-                                  .risk = risk,
-                                  .commandPreview = preview,
-                                  .note = expiryNote(item)});
+    put({.timestampMs = m_collaborators.clock.nowMs(),
+         .kind = AuditKind::approvalExpired,
+         .approvalId = item.approvalId,
+         .agentId = item.agentId,
+         .source = DecisionOrigin::local().source,
+         .risk = risk,
+         .commandPreview = preview,
+         .note = expiryNote(item)});
 }
 
 void ApprovalRecorder::recordResolveFailed(const ApprovalItem &item, ApprovalDecision decision,
@@ -133,7 +133,7 @@ void ApprovalRecorder::recordResolveFailed(const ApprovalItem &item, ApprovalDec
     if (origin.maker == DecisionMaker::AlwaysAllowList) {
         *record.note += u' ' + automaticNote;
     }
-    m_collaborators.audit.append(record);
+    put(std::move(record));
 }
 
 void ApprovalRecorder::recordResolved(const ApprovalItem &item, ApprovalDecision decision,
@@ -162,17 +162,17 @@ void ApprovalRecorder::recordResolved(const ApprovalItem &item, ApprovalDecision
     } else if (!origin.detail.isEmpty()) {
         *record.note += u' ' + origin.detail;
     }
-    m_collaborators.audit.append(record);
+    put(std::move(record));
 }
 
 void ApprovalRecorder::recordUnknownApproval(const QString &approvalId, const QString &source)
 {
     ++m_metrics.unknownApprovalCount;
     logMetricsSnapshot(u"unknown."_s + source, std::nullopt);
-    m_collaborators.audit.append({.timestampMs = m_collaborators.clock.nowMs(),
-                                  .kind = AuditKind::approvalUnknownId,
-                                  .approvalId = approvalId,
-                                  .source = source});
+    put({.timestampMs = m_collaborators.clock.nowMs(),
+         .kind = AuditKind::approvalUnknownId,
+         .approvalId = approvalId,
+         .source = source});
 }
 
 void ApprovalRecorder::recordExternalResolved(const QString &approvalId, const QString &source)
@@ -188,15 +188,23 @@ void ApprovalRecorder::recordExternalResolved(const QString &approvalId, const Q
     const auto latencyMs = consumeLatencyMs(approvalId);
     logMetricsSnapshot(u"external"_s, latencyMs);
     const auto &[command, risk, preview] = factsOf(item != nullptr ? item->command : row->command);
-    m_collaborators.audit.append({.timestampMs = m_collaborators.clock.nowMs(),
-                                  .kind = AuditKind::approvalResolvedExternal,
-                                  .approvalId = approvalId,
-                                  .agentId = item != nullptr ? item->agentId : std::nullopt,
-                                  .decision = u"resolved"_s,
-                                  .source = source,
-                                  .risk = risk,
-                                  .latencyMs = latencyMs,
-                                  .commandPreview = preview});
+    put({.timestampMs = m_collaborators.clock.nowMs(),
+         .kind = AuditKind::approvalResolvedExternal,
+         .approvalId = approvalId,
+         .agentId = item != nullptr ? item->agentId : std::nullopt,
+         .decision = u"resolved"_s,
+         .source = source,
+         .risk = risk,
+         .latencyMs = latencyMs,
+         .commandPreview = preview});
+}
+
+void ApprovalRecorder::put(AuditEventRecord record)
+{
+    if (record.approvalId && m_exercises.contains(*record.approvalId)) {
+        record.source = exerciseSource;
+    }
+    m_collaborators.audit.append(record);
 }
 
 AuditEventRecord ApprovalRecorder::decisionRecord(QLatin1StringView kind, const ApprovalItem &item,

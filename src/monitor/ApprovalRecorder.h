@@ -7,6 +7,7 @@
 #include "monitor/ApprovalMetrics.h"
 
 #include <QHash>
+#include <QSet>
 #include <QString>
 
 #include <optional>
@@ -35,6 +36,9 @@ public:
     explicit ApprovalRecorder(const Collaborators &collaborators);
 
     const ApprovalMetrics &metrics() const { return m_metrics; }
+
+    /// Everything that becomes of this made-up request is marked on record.
+    void markExercise(const QString &approvalId) { m_exercises.insert(approvalId); }
 
     /// A request event; one repeated for a known request is not counted again.
     void recordRequested(const ApprovalItem &item);
@@ -65,6 +69,7 @@ public:
     void forgetAll() { m_createdAtMs.clear(); }
 
 private:
+    void put(AuditEventRecord record);
     AuditEventRecord decisionRecord(QLatin1StringView kind, const ApprovalItem &item,
                                     ApprovalDecision decision, const DecisionOrigin &origin);
     /// What of a command goes on record.
@@ -80,6 +85,7 @@ private:
     Collaborators m_collaborators;
     ApprovalMetrics m_metrics;
     QHash<QString, qint64> m_createdAtMs; ///< by approval id, while pending
+    QSet<QString> m_exercises; ///< approval ids; two for each exercise that was ordered
     std::optional<CommandFacts> m_lastFacts; ///< the events of one request often follow each other
 };
 

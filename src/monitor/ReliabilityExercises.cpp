@@ -160,8 +160,8 @@ QCoro::Task<QStringList> ReliabilityExercises::simulate(QPointer<ReliabilityExer
     if (!goesOn || !self) {
         co_return QStringList();
     }
-    self->m_collaborators.monitor.handleConnectionState(
-        GatewayDisconnected {u"unauthorized (simulation): token revoked"_s});
+    self->m_collaborators.monitor.handleConnectionState(GatewayDisconnected {
+        .reason = u"unauthorized (simulation): token revoked"_s, .isExercise = true});
     self->m_collaborators.log.write(
         u"[Brackwen] startup simulation executed (approval x2 + token-revocation disconnect)"_s);
     co_return ids;
@@ -176,7 +176,7 @@ QString ReliabilityExercises::simulateRequest(const QString &idBeginning, const 
                              = agents.isUnrestricted() ? unnamedAgent : agents.selectedAgentId(),
                              .createdAtMs = m_collaborators.clock.nowMs(),
                              .expiresAtMs = 0};
-    m_collaborators.monitor.handleGatewayEvent(ApprovalRequested {item});
+    m_collaborators.monitor.handleExercise(item);
     return item.approvalId;
 }
 
@@ -214,8 +214,8 @@ QCoro::Task<bool> ReliabilityExercises::measure(QPointer<ReliabilityExercises> s
     if (ids.isEmpty() || !self) {
         co_return false;
     }
-    monitor.handleConnectionState(
-        GatewayDisconnected {u"unauthorized (self-test): token revoked"_s});
+    monitor.handleConnectionState(GatewayDisconnected {
+        .reason = u"unauthorized (self-test): token revoked"_s, .isExercise = true});
     const bool goesOn = co_await self->pause(pauseBeforeMeasuring);
     if (!goesOn || !self) {
         co_return false;
@@ -245,8 +245,7 @@ QByteArray ReliabilityExercises::resultJson(const AuditFindings &findings, bool 
     const GatewayStatus::Lines &status = monitor.gatewayStatus().lines();
     return QJsonDocument(QJsonObject {
                              {u"generatedAt"_s,
-                              utcTime(m_collaborators.clock.nowMs())
-                                  .toString(Qt::ISODateWithMs)},
+                              utcTime(m_collaborators.clock.nowMs()).toString(Qt::ISODateWithMs)},
                              {u"requestedCount"_s, monitor.metrics().requestedCount},
                              {u"resolvedCount"_s, monitor.metrics().resolvedCount},
                              {u"pendingCount"_s, monitor.board().displayItems().size()},

@@ -60,6 +60,9 @@ TEST(WeeklyAudit, countsEachKindForItself)
         event(AuditKind::gatewayAuthFailure),
         event("a kind of another release"_L1),
     };
+    auto exercise = event(AuditKind::approvalRequested, {}, u"high"_s);
+    exercise.source = exerciseSource;
+    records.append(exercise);
     records[0].agentId = u"main"_s;
     records[0].commandPreview = u"git …"_s;
     records[2].latencyMs = 100;

@@ -61,6 +61,11 @@ TEST_F(Exercises, ASimulationTakesTheRoadOfRealRequests)
     EXPECT_EQ(board().items().last().command, u"ls -la ~/Downloads"_s);
     EXPECT_TRUE(core->status().lines().remoteApprovalLocked);
     EXPECT_EQ(monitor().supervision().unauthorizedDisconnectCount(), 1);
+    decide(high.approvalId.toUtf8().constData(), ApprovalDecision::Deny);
+    ASSERT_TRUE(waitUntil([&] { return !settled.isEmpty(); }));
+    for (const AuditEventRecord &record : core->audit().records(0)) {
+        EXPECT_EQ(record.source, exerciseSource) << qPrintable(record.kind);
+    }
     EXPECT_EQ(log.lines().count(u"[Brackwen] startup simulation executed (approval x2 + "
                                 "token-revocation disconnect)"_s),
               2);
