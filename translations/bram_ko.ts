@@ -1173,6 +1173,22 @@
         <source>too many requests, newer ones only listed</source>
         <translation>요청이 너무 많음, 새 요청은 목록에만 표시</translation>
     </message>
+    <message>
+        <source>The audit log cannot be written; nothing is allowed automatically meanwhile. %1</source>
+        <translation>감사 로그를 쓸 수 없습니다. 그동안 자동 허용은 중지됩니다. %1</translation>
+    </message>
+    <message>
+        <source>The audit log is written again. Events missing from it: %1. %2</source>
+        <translation>감사 로그를 다시 씁니다. 기록되지 않은 이벤트: %1건. %2</translation>
+    </message>
+    <message>
+        <source>The audit log had no more room: records younger than 30 days were deleted (files: %1).</source>
+        <translation>감사 로그 공간이 부족하여 30일이 지나지 않은 기록을 삭제했습니다(파일 %1개).</translation>
+    </message>
+    <message>
+        <source>On the always-allow list, but asked because the audit log cannot be written: nothing is answered automatically that cannot be put on record.</source>
+        <translation>영구 승인 목록에 있지만, 감사 로그를 쓸 수 없어 묻습니다. 기록할 수 없는 요청에는 자동으로 응답하지 않습니다.</translation>
+    </message>
 </context>
 <context>
     <name>bram::AboutWindow</name>

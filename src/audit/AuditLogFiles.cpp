@@ -2,6 +2,7 @@
 #include "audit/AuditLogFiles.h"
 
 #include "audit/AuditLineReader.h"
+#include "system/SystemErrors.h"
 #include "system/SystemLog.h"
 
 #include <QFile>
@@ -83,8 +84,7 @@ std::expected<std::vector<Archive>, std::error_code> archivesOldestFirst(const f
 
 QString describe(const fs::path &path, const std::error_code &error)
 {
-    return u"%1: %2"_s.arg(QFile::decodeName(path.c_str()),
-                           QString::fromStdString(error.message()));
+    return u"%1: %2"_s.arg(QFile::decodeName(path.c_str()), systemErrorText(error.value()));
 }
 
 /// The archive name for this moment. Two rotations in one millisecond must not end in one file.
@@ -199,12 +199,13 @@ quint64 rotateAuditLogIfNeeded(const fs::path &directory, quint64 incomingBytes,
     return 0;
 }
 
-void pruneOldAuditArchives(const fs::path &directory, const AuditLogLimits &limits, SystemLog &log)
+std::size_t pruneOldAuditArchives(const fs::path &directory, const AuditLogLimits &limits,
+                                  SystemLog &log)
 {
     auto archives = archivesOldestFirst(directory);
     if (!archives) {
         logAuditFailure(log, u"prune", describe(directory, archives.error()));
-        return;
+        return 0;
     }
     std::error_code error;
     std::erase_if(*archives, [&](const Archive &archive) {
@@ -219,12 +220,17 @@ void pruneOldAuditArchives(const fs::path &directory, const AuditLogLimits &limi
     });
     const auto kept = static_cast<std::size_t>(std::max(limits.maxArchives, 0));
     const std::size_t excess = archives->size() > kept ? archives->size() - kept : 0;
+    std::size_t deletedEarly = 0;
     for (std::size_t i = 0; i < excess; ++i) {
-        fs::remove(archives->at(i).path, error);
+        const Archive &archive = archives->at(i);
+        fs::remove(archive.path, error);
         if (error) {
-            logAuditFailure(log, u"archive cap prune", describe(archives->at(i).path, error));
+            logAuditFailure(log, u"archive cap prune", describe(archive.path, error));
+        } else if (!isPastRetention(archive.modified, limits.retentionDays)) {
+            ++deletedEarly;
         }
     }
+    return deletedEarly;
 }
 
 void logAuditFailure(SystemLog &log, QStringView step, QStringView description)

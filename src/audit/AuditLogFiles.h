@@ -86,9 +86,10 @@ quint64 rotateAuditLogIfNeeded(const std::filesystem::path &directory, quint64 i
                                const AuditLogLimits &limits, SystemLog &log);
 
 /// Deletes the archives past the retention time, then the oldest beyond `maxArchives`. Logs "prune
-/// failed" or "archive cap prune failed" for each that cannot be deleted, and goes on.
-void pruneOldAuditArchives(const std::filesystem::path &directory, const AuditLogLimits &limits,
-                           SystemLog &log);
+/// failed" or "archive cap prune failed" for each that cannot be deleted, and goes on. Returns how many it has
+/// deleted whose retention time was not over.
+std::size_t pruneOldAuditArchives(const std::filesystem::path &directory,
+                                  const AuditLogLimits &limits, SystemLog &log);
 
 /// Writes one line of the room's five: "[Brackwen][Audit] " STEP " failed: " DESCRIPTION. `step` is
 /// one of "append", "rotate", "prune", "archive cap prune" and "read".

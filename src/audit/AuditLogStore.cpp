@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "audit/AuditLogStore.h"
 
-#include "audit/AuditLogWriter.h"
+#include "audit/AuditLogKeeper.h"
 #include "audit/AuditRecordCodec.h"
 
 #include <QFile>
@@ -27,6 +27,11 @@ constexpr std::size_t keptBufferBytes = 65'536;
 /// for more by itself after this long, unless much is there already or somebody waits for it.
 constexpr auto linger = 25ms;
 constexpr std::size_t lingerBytes = 16'384;
+
+/// How long to wait before looking whether a log that could not be written takes records again.
+constexpr auto retryInterval = 2s;
+
+const QString diskDoesNotAnswer = u"the disk does not answer and no more events can wait"_s;
 
 /// Signals belong to the main thread. Besides, a file size limit then shows as a failed write here
 /// instead of ending the program by SIGXFSZ.
@@ -78,13 +83,17 @@ void AuditLogStore::append(const AuditEventRecord &record)
                                      : before == 0;
         } else {
             firstRefused = m_refusedLines++ == 0;
+            if (firstRefused) {
+                // Within the lock: the thread must not report that it works again before this.
+                m_health.report({.isWritable = false, .problem = diskDoesNotAnswer});
+            }
         }
     }
     if (mustWake) {
         m_wake.notify_one();
     }
     if (firstRefused) {
-        logAuditFailure(m_log, u"append", u"the disk does not answer and no more events can wait");
+        logAuditFailure(m_log, u"append", diskDoesNotAnswer);
     }
 }
 
@@ -135,7 +144,7 @@ std::vector<AuditLogFile> AuditLogStore::openLogFiles()
 
 void AuditLogStore::flush()
 {
-    runInOrder([] {});
+    runInOrder([] { });
 }
 
 /// Runs `work` on the thread, after the lines appended so far, and waits for its end.
@@ -151,13 +160,24 @@ void AuditLogStore::runInOrder(std::function<void()> work)
     done.get();
 }
 
+/// While events are being lost, not for ever.
+void AuditLogStore::waitForWork(std::unique_lock<std::mutex> &lock, bool isInGap)
+{
+    const auto isDue = [this] { return m_stopping || hasWork(); };
+    if (isInGap) {
+        m_wake.wait_for(lock, retryInterval, isDue);
+    } else {
+        m_wake.wait(lock, isDue);
+    }
+}
+
 /// The thread: takes all that comes within a moment, writes it as one batch, and sleeps when nothing comes.
 void AuditLogStore::serve()
 {
     becomeBackgroundThread();
     std::string lines;
     std::deque<Job> jobs;
-    AuditLogWriter writer(m_directory, m_limits, m_log);
+    AuditLogKeeper keeper(m_directory, m_limits, m_health, m_log);
     std::unique_lock lock(m_mutex);
     while (true) {
         m_isLingering = true;
@@ -169,10 +189,16 @@ void AuditLogStore::serve()
             releaseIfLarge(lines);
             releaseIfLarge(m_pending);
             lock.unlock();
-            writer.rest();
+            keeper.rest();
             lock.lock();
-            m_wake.wait(lock, [this] { return m_stopping || hasWork(); });
-            if (!hasWork()) {
+            waitForWork(lock, keeper.isInGap());
+            if (hasWork()) {
+                continue;
+            }
+            lock.unlock();
+            keeper.tryToEndGap();
+            lock.lock();
+            if (m_stopping && !hasWork()) {
                 return;
             }
             continue;
@@ -184,11 +210,10 @@ void AuditLogStore::serve()
         lock.unlock();
 
         if (refused > 0) {
-            logAuditFailure(m_log, u"append",
-                            u"%1 events lost while the disk did not answer"_s.arg(refused));
+            keeper.addLost(refused, u"while the disk did not answer"_s);
         }
         if (!lines.empty()) {
-            writer.append(lines);
+            keeper.append(lines);
             lines.clear();
         }
         for (Job &job : jobs) {

@@ -3,6 +3,7 @@
 
 #include "audit/AuditEventRecord.h"
 #include "audit/AuditLogFiles.h"
+#include "audit/AuditLogHealth.h"
 
 #include <QList>
 #include <QUrl>
@@ -27,11 +28,12 @@ class SystemLog;
 /// on a thread of the store's own, so that a decision never waits for the disk.
 ///
 /// A caller hears of no failure: lines that cannot be written are lost, with one line in the system
-/// log for them together, and the next ones are tried again. Lines wait in memory only while the
+/// log for them together, and the next ones are tried again. `health()` says so while it lasts, and a record
+/// says how many were lost once it is over; that is tried again and again. Lines wait in memory only while the
 /// disk does not take them; past `AuditLogLimits::maxPendingBytes` new ones are lost, and that is
 /// logged too.
 ///
-/// Every operation may be called on any thread.
+/// Every operation but `health()` may be called on any thread.
 class AuditLogStore
 {
 public:
@@ -63,6 +65,9 @@ public:
     /// disk.
     std::vector<AuditLogFile> openLogFiles();
 
+    /// How the log is, for the thread that made the store.
+    const AuditLogHealth &health() const { return m_health; }
+
     /// Waits until everything appended before is written, or has failed to be.
     void flush();
 
@@ -71,11 +76,13 @@ private:
 
     void runInOrder(std::function<void()> work);
     void serve();
+    void waitForWork(std::unique_lock<std::mutex> &lock, bool isInGap);
     bool hasWork() const { return !m_pending.empty() || !m_jobs.empty(); }
 
     const std::filesystem::path m_directory;
     const AuditLogLimits m_limits;
     SystemLog &m_log;
+    AuditLogHealth m_health;
 
     std::mutex m_mutex; ///< guards what follows, up to the thread
     std::condition_variable m_wake;

@@ -2,6 +2,7 @@
 #include "audit/AuditLogWriter.h"
 
 #include "system/Files.h"
+#include "system/SystemErrors.h"
 #include "system/SystemLog.h"
 
 #include <QFile>
@@ -10,7 +11,6 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <system_error>
 #include <unistd.h>
 #include <utility>
 
@@ -46,11 +46,6 @@ private:
     int m_number;
 };
 
-QString systemError(int number)
-{
-    return QString::fromStdString(std::system_category().message(number));
-}
-
 std::string_view wholeLines(std::string_view bytes)
 {
     return bytes.substr(0, bytes.rfind('\n') + 1);
@@ -85,7 +80,7 @@ AuditWriteResult writeWholeLines(int descriptor, off_t start, std::string_view l
         if (count > 0) {
             written += static_cast<std::size_t>(count);
         } else if (count == 0 || errno != EINTR) {
-            const QString error = systemError(count == 0 ? EIO : errno);
+            const QString error = systemErrorText(count == 0 ? EIO : errno);
             const std::size_t kept = wholeLines(lines.substr(0, written)).size();
             // Should this fail as well, the next append closes the torn line.
             [[maybe_unused]] const int cut
@@ -99,7 +94,7 @@ AuditWriteResult writeWholeLines(int descriptor, off_t start, std::string_view l
 AuditWriteResult closed(FileDescriptor &file, AuditWriteResult result)
 {
     if (!file.close() && result.error.isEmpty()) {
-        result.error = systemError(errno);
+        result.error = systemErrorText(errno);
     }
     return result;
 }
@@ -114,7 +109,7 @@ AuditWriteResult writeNewFile(const fs::path &path, std::string_view lines)
     FileDescriptor file(
         ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, privateMode));
     if (!file.isOpen()) {
-        return {0, systemError(errno)};
+        return {0, systemErrorText(errno)};
     }
     const AuditWriteResult result = closed(file, writeWholeLines(file.number(), 0, lines));
     if (result.bytes == 0) {
@@ -122,7 +117,7 @@ AuditWriteResult writeNewFile(const fs::path &path, std::string_view lines)
         return result;
     }
     if (::rename(temporary.c_str(), path.c_str()) != 0) {
-        const QString error = systemError(errno);
+        const QString error = systemErrorText(errno);
         ::unlink(temporary.c_str());
         return {0, error};
     }
@@ -141,12 +136,6 @@ off_t closeTornLine(int descriptor, off_t size)
         return size;
     }
     return ::write(descriptor, "\n", 1) == 1 ? size + 1 : -errno;
-}
-
-void logLostLines(SystemLog &log, std::string_view lost, const QString &why)
-{
-    const auto count = std::ranges::count(lost, '\n');
-    logAuditFailure(log, u"append", count > 1 ? u"%1 (%2 events lost)"_s.arg(why).arg(count) : why);
 }
 
 std::chrono::system_clock::time_point toTimePoint(const timespec &time)
@@ -183,8 +172,9 @@ AuditLogWriter::~AuditLogWriter()
     rest();
 }
 
-void AuditLogWriter::append(std::string_view lines)
+AuditWriteResult AuditLogWriter::append(std::string_view lines)
 {
+    AuditWriteResult whole;
     while (!lines.empty()) {
         const std::size_t incoming = firstLineBytes(lines);
         if (!isStillRight(incoming)) {
@@ -196,24 +186,26 @@ void AuditLogWriter::append(std::string_view lines)
         if (size == 0) {
             if (const auto made = makePrivateFolder(QFile::decodeName(m_directory.c_str()));
                 !made) {
-                logLostLines(m_log, lines, made.error().message);
-                return;
+                whole.error = made.error().message;
+                return whole;
             }
         }
         pruneIfNeeded();
         const AuditWriteResult result = write(linesThatFit(lines, size, m_limits.maxBytes));
         lines.remove_prefix(result.bytes);
+        whole.bytes += result.bytes;
         if (!result.error.isEmpty()) {
-            logLostLines(m_log, lines, describe(result.error));
-            return;
+            whole.error = describe(result.error);
+            return whole;
         }
     }
+    return whole;
 }
 
 void AuditLogWriter::rest()
 {
     if (m_file && !m_file->descriptor.close()) {
-        logAuditFailure(m_log, u"append", describe(systemError(errno)));
+        logAuditFailure(m_log, u"append", describe(systemErrorText(errno)));
     }
     m_file.reset();
 }
@@ -245,7 +237,7 @@ std::expected<void, QString> AuditLogWriter::open()
         return {};
     }
     if (descriptor < 0 || ::fstat(descriptor, &file->status) != 0) {
-        return std::unexpected(systemError(errno));
+        return std::unexpected(systemErrorText(errno));
     }
     if (!S_ISREG(file->status.st_mode)) {
         return std::unexpected(u"not a regular file"_s);
@@ -257,7 +249,7 @@ std::expected<void, QString> AuditLogWriter::open()
     }
     file->size = closeTornLine(descriptor, file->status.st_size);
     if (file->size < 0) {
-        return std::unexpected(systemError(static_cast<int>(-file->size)));
+        return std::unexpected(systemErrorText(static_cast<int>(-file->size)));
     }
     m_file = std::move(file);
     return {};
@@ -299,7 +291,7 @@ void AuditLogWriter::pruneIfNeeded()
     const bool isDue = !m_prunedAt || now - *m_prunedAt >= pruneInterval || now < *m_prunedAt;
     // A change in the same tick of the file system's clock as the last look would not show.
     if (isDue || changedAt != m_folderChangedAt || *m_prunedAt - changedAt < settlingTime) {
-        pruneOldAuditArchives(m_directory, m_limits, m_log);
+        m_deletedEarly += pruneOldAuditArchives(m_directory, m_limits, m_log);
         m_prunedAt = now;
         m_folderChangedAt = changedAt;
     }

@@ -11,6 +11,7 @@
 #include <memory>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 namespace bram
 {
@@ -30,9 +31,7 @@ struct AuditWriteResult {
 /// do. The archives are pruned whenever the folder has changed, and once a minute for their ages.
 ///
 /// A record is never torn: a last line without line feed, left by a crash, is closed before the
-/// first record goes in, and a write that fails part-way is cut back to the last whole line. What
-/// could not be written is lost, with one line in the system log: "[Brackwen][Audit] append failed:
-/// " and why.
+/// first record goes in, and a write that fails part-way is cut back to the last whole line.
 class AuditLogWriter
 {
 public:
@@ -42,7 +41,10 @@ public:
     Q_DISABLE_COPY_MOVE(AuditLogWriter)
 
     /// Each line comes with its line feed. The file stays open for the next lines.
-    void append(std::string_view lines);
+    AuditWriteResult append(std::string_view lines);
+
+    /// How many archives were deleted before their time since this was asked last.
+    std::size_t takeDeletedEarly() { return std::exchange(m_deletedEarly, 0); }
 
     /// Closes the file: nothing is to come for a while.
     void rest();
@@ -63,6 +65,7 @@ private:
     /// When the archives were last looked through, and how the folder was then.
     std::optional<std::chrono::system_clock::time_point> m_prunedAt;
     std::chrono::system_clock::time_point m_folderChangedAt;
+    std::size_t m_deletedEarly = 0;
 };
 
 } // namespace bram

@@ -13,6 +13,23 @@ namespace bram
 
 using namespace Qt::StringLiterals;
 
+namespace
+{
+/// Of a command that is not answered by itself.
+AskReason askReason(AlwaysAllowVerdict verdict)
+{
+    switch (verdict) {
+    case AlwaysAllowVerdict::Unknown:
+        return AskReason::Usual;
+    case AlwaysAllowVerdict::Allowed:
+        return AskReason::NotRecordable;
+    case AlwaysAllowVerdict::NotExact:
+        return AskReason::NotExact;
+    }
+    Q_UNREACHABLE();
+}
+} // namespace
+
 ApprovalMonitor::ApprovalMonitor(const Collaborators &collaborators)
     : m_collaborators(collaborators)
     , m_board(collaborators.clock, collaborators.log, collaborators.ports)
@@ -167,14 +184,14 @@ void ApprovalMonitor::onApprovalRequested(const ApprovalItem &item)
     const auto *rules = m_collaborators.ports.alwaysAllow;
     const auto verdict
         = rules != nullptr ? rules->verdict(item.command) : AlwaysAllowVerdict::Unknown;
-    if (verdict == AlwaysAllowVerdict::Allowed) {
+    // Nothing is answered by itself that cannot be put on record.
+    if (verdict == AlwaysAllowVerdict::Allowed && auditHealth().condition().isWritable) {
         m_board.addToHistory(item);
         m_resolver.allowAutomatically(item);
         m_menuState.note(u"approval.auto-allow"_s);
         return;
     }
-    m_board.add(item,
-                verdict == AlwaysAllowVerdict::NotExact ? AskReason::NotExact : AskReason::Usual);
+    m_board.add(item, askReason(verdict));
     m_expiry.watch(item);
     m_menuState.note(u"approval.requested"_s);
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "audit/AuditLogStore.h"
 #include "gateway/ConnectionSupervision.h"
 #include "model/GatewayEvent.h"
 #include "monitor/AgentSelection.h"
@@ -48,6 +49,7 @@ public:
     const GatewayStatus &gatewayStatus() const { return m_collaborators.status; }
     const ApprovalMetrics &metrics() const { return m_recorder.metrics(); }
     const ConnectionSupervision &supervision() const { return m_supervision; }
+    const AuditLogHealth &auditHealth() const { return m_collaborators.audit.health(); }
     AgentSelection &agents() { return m_collaborators.agents; }
     DecisionResolver &decisions() { return m_resolver; }
 

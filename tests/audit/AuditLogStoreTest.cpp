@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "audit/AuditFixture.h"
+#include "support/FullDisk.h"
 #include "support/Waiting.h"
 
 #include <algorithm>
@@ -270,6 +271,32 @@ TEST_F(AuditStore, whereNothingCanBeWrittenOneLineSaysWhyAndTheStoreGoesOn)
     EXPECT_EQ(log.lines(), QStringList());
 }
 
+TEST_F(AuditStore, aGapIsKnownWhileItLastsAndIsOnRecordAfterwards)
+{
+    AuditLogStore store(folder, {}, log);
+    store.append(record(1));
+    store.flush();
+    const AuditLogCondition &condition = store.health().condition();
+    {
+        const FullDisk full;
+        store.append(record(2));
+        store.flush();
+        store.append(record(3));
+        ASSERT_TRUE(waitUntil([&] { return !condition.isWritable; }));
+        EXPECT_TRUE(condition.problem.endsWith(u"File too large"_s));
+        store.flush();
+    }
+    // By itself, without another event.
+    ASSERT_TRUE(waitUntil([&] { return condition.isWritable; }));
+    EXPECT_EQ(condition.lostEvents, 2u);
+    store.append(record(4));
+    const auto records = store.records(0);
+    ASSERT_EQ(records.size(), 3);
+    EXPECT_EQ(records[1].kind, AuditKind::auditGap);
+    EXPECT_TRUE(records[1].note->startsWith(u"lostEvents=2 sinceMs="_s));
+    EXPECT_TRUE(records[1].note->endsWith(u"File too large"_s));
+}
+
 TEST_F(AuditStore, appendNeverWaitsAndMemoryIsBoundedWhileTheDiskIsStuck)
 {
     StuckLog stuck;
@@ -288,12 +315,15 @@ TEST_F(AuditStore, appendNeverWaitsAndMemoryIsBoundedWhileTheDiskIsStuck)
         store.flush();
         store.append(record(1));
     }
-    EXPECT_EQ(current(), smallLine + smallLine + smallLine);
+    QByteArrayList lines = current().split('\n');
+    EXPECT_TRUE(lines.takeFirst().contains("\"note\":\"lostEvents=4 sinceMs="));
+    EXPECT_EQ(lines.join('\n'), smallLine + smallLine + smallLine);
     const QString prefix = u"[Brackwen][Audit] append failed: "_s;
-    const QStringList lines = stuck.record.lines();
-    ASSERT_EQ(lines.size(), 3);
-    EXPECT_TRUE(lines.contains(prefix + u"the disk does not answer and no more events can wait"_s));
-    EXPECT_EQ(lines.last(), prefix + u"3 events lost while the disk did not answer"_s);
+    const QStringList logged = stuck.record.lines();
+    ASSERT_EQ(logged.size(), 3);
+    EXPECT_TRUE(
+        logged.contains(prefix + u"the disk does not answer and no more events can wait"_s));
+    EXPECT_EQ(logged.last(), prefix + u"3 events lost while the disk did not answer"_s);
 }
 
 } // namespace bram::test

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "audit/AuditFixture.h"
 #include "audit/AuditRecordCodec.h"
+#include "support/Waiting.h"
 
 #include <QRegularExpression>
 
@@ -122,7 +123,12 @@ TEST_F(AuditRotation, pruningKeepsTheYoungestArchivesAndWhatIsNoArchive)
 
     AuditLogStore store(folder, {}, log);
     store.append(record(1));
-    EXPECT_EQ(store.records(0).size(), 25);
+    const auto records = store.records(0);
+    EXPECT_EQ(records.size(), 26);
+    // One archive was not old enough, but too many.
+    EXPECT_EQ(records.at(1).kind, AuditKind::auditArchivesDeletedEarly);
+    EXPECT_EQ(records.at(1).note, u"deletedArchives=1 maxArchives=24"_s);
+    EXPECT_TRUE(waitUntil([&] { return store.health().condition().archivesDeletedEarly == 1; }));
     EXPECT_EQ(store.diagnosticLogFileURLs().size(), 25);
     EXPECT_EQ(store.diagnosticLogFileURLs().first(), QUrl::fromLocalFile(path(currentName)));
     archives.removeLast();

@@ -7,6 +7,7 @@
 #include "ui/desktop/DesktopActions.h"
 #include "ui/desktop/DesktopSurface.h"
 #include "ui/desktop/PendingPane.h"
+#include "ui/desktop/StatusTexts.h"
 
 #include <QClipboard>
 #include <QDir>
@@ -129,6 +130,18 @@ protected:
     std::unique_ptr<DesktopActions> actions;
     std::unique_ptr<StatusMenu> statusMenu;
 };
+
+TEST(StatusTexts, AnAuditLogThatCannotBeWrittenIsRedAndInTheToolTip)
+{
+    const AuditLogCondition failing {.isWritable = false, .problem = u"/x: disk full"_s};
+    const auto lines = statusLines({}, {}, {}, failing, MenuLanguage::English);
+    EXPECT_EQ(lines.constLast().indicator, IndicatorState::Red);
+    EXPECT_TRUE(lines.constLast().text.endsWith(failing.problem));
+    EXPECT_TRUE(trayToolTip({}, failing, 0).contains(lines.constLast().text));
+    EXPECT_FALSE(trayToolTip({}, {}, 0).contains(u"audit"_s));
+    const AuditLogCondition lossy {.lostEvents = 7, .archivesDeletedEarly = 1};
+    EXPECT_EQ(statusLines({}, {}, {}, lossy, MenuLanguage::English).size(), lines.size() + 1);
+}
 
 TEST_F(StatusMenuTest, eachEntryOfARequestDoesWhatItSays)
 {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "gateway/GatewayStatus.h"
 #include "monitor/MonitorFixture.h"
+#include "support/FullDisk.h"
 
 #include <limits>
 
@@ -193,6 +194,26 @@ TEST_F(Intake, WhatIsRememberedIsTheCommandThatWasDecidedOn)
     EXPECT_EQ(rules.allowed, QStringLiteral("make test"));
     EXPECT_EQ(core->audit().records(0).last().commandPreview, QStringLiteral("make …"));
     EXPECT_EQ(core->audit().records(0).last().agentId, QStringLiteral("main"));
+}
+
+TEST_F(Intake, NothingIsAnsweredAutomaticallyThatCannotBePutOnRecord)
+{
+    rules.allowed = QStringLiteral("make test");
+    ports.alwaysAllow = &rules;
+    makeConnectedCore();
+    const AuditLogCondition &condition = monitor().auditHealth().condition();
+    {
+        const FullDisk full;
+        requested(item("other"));
+        ASSERT_TRUE(waitUntil([&] { return !condition.isWritable; }));
+        requested(item("asked", "make test"));
+        EXPECT_EQ(board().askReason(QStringLiteral("asked")), AskReason::NotRecordable);
+    }
+    ASSERT_TRUE(waitUntil([&] { return condition.isWritable; }));
+    requested(item("answered", "make test"));
+    EXPECT_EQ(board().find(QStringLiteral("answered")), nullptr);
+    EXPECT_EQ(board().items().size(), 2);
+    ASSERT_TRUE(waitSettled(1));
 }
 
 TEST_F(Intake, AlwaysAllowedCommandIsAnsweredWithoutBeingShown)

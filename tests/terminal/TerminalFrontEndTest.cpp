@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ui/terminal/TerminalFrontEnd.h"
 #include "FrontEndFixture.h"
+#include "support/FullDisk.h"
 
 using namespace bram;
 using namespace bram::test;
@@ -272,6 +273,18 @@ TEST_F(FrontEnd, AGatewayThatStaysAwayIsSaidOnce)
     const QString all = allSaid();
     EXPECT_EQ(all.count("Connecting to gateway"_L1), 2) << qPrintable(all);
     EXPECT_EQ(all.count("Gateway disconnected"_L1), 1) << qPrintable(all);
+}
+
+TEST_F(FrontEnd, ALogThatCannotBeWrittenIsSaidAndSoIsItsEnd)
+{
+    {
+        const FullDisk full;
+        request(item("r1"));
+        EXPECT_TRUE(says(u"The audit log cannot be written"_s));
+        input.type(u"status"_s);
+        EXPECT_TRUE(says(u"Pending requests: 1\nThe audit log cannot be written"_s));
+    }
+    EXPECT_TRUE(says(u"The audit log is written again. Events missing from it: 1."_s));
 }
 
 TEST_F(FrontEnd, EndsOnceAndTakesNothingAfterwards)

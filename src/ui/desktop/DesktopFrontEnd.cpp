@@ -102,6 +102,8 @@ void DesktopFrontEnd::followMonitor()
             &DesktopFrontEnd::scheduleRefresh);
     connect(&m_collaborators.notifications, &ApprovalNotifications::statusLinesChanged, this,
             &DesktopFrontEnd::scheduleRefresh);
+    connect(&m_collaborators.monitor.auditHealth(), &AuditLogHealth::changed, this,
+            &DesktopFrontEnd::scheduleRefresh);
     connect(&m_collaborators.notifications, &ApprovalNotifications::decisionChosen, this,
             [this](const QString &approvalId, ApprovalDecision decision) {
                 m_collaborators.monitor.decisions().resolve(
@@ -182,7 +184,8 @@ StatusMenuContent DesktopFrontEnd::content() const
         .status = statusLines(
             m_collaborators.monitor.gatewayStatus().lines(),
             {notifications.notificationStatus, notifications.notificationIndicator},
-            m_collaborators.settings.telegram.status(), m_collaborators.language.current()),
+            m_collaborators.settings.telegram.status(),
+            m_collaborators.monitor.auditHealth().condition(), m_collaborators.language.current()),
         .pending = board.displayItems(),
         .history = board.history(),
         .agents = {.available = m_collaborators.monitor.agents().availableAgentIds(),
@@ -195,10 +198,12 @@ void DesktopFrontEnd::refresh()
     const ApprovalBoard &board = m_collaborators.monitor.board();
     const GatewayStatus::Lines &gateway = m_collaborators.monitor.gatewayStatus().lines();
     const auto &active = board.activePopupItem();
-    m_tray.setLook({.connection = gateway.connectionIndicator,
-                    .badgeCount = board.menuBadgeCount(),
-                    .activeApprovalId = active ? active->approvalId : QString(),
-                    .toolTip = trayToolTip(gateway, board.menuBadgeCount())});
+    const AuditLogCondition &audit = m_collaborators.monitor.auditHealth().condition();
+    m_tray.setLook(
+        {.connection = audit.isWritable ? gateway.connectionIndicator : IndicatorState::Red,
+         .badgeCount = board.menuBadgeCount(),
+         .activeApprovalId = active ? active->approvalId : QString(),
+         .toolTip = trayToolTip(gateway, audit, board.menuBadgeCount())});
     const qsizetype others = board.menuBadgeCount() - (active ? 1 : 0);
     m_collaborators.popup.setWaitingCount(std::max<qsizetype>(others, 0));
     const StatusMenuContent now = content();

@@ -2,6 +2,7 @@
 #include "ui/desktop/StatusTexts.h"
 
 #include "model/HonestDisplay.h"
+#include "ui/language/AuditWords.h"
 #include "ui/language/TelegramWords.h"
 #include "ui/language/Words.h"
 
@@ -43,7 +44,8 @@ StatusLine telegramLine(const TelegramStatus &telegram)
 } // namespace
 
 QList<StatusLine> statusLines(const GatewayStatus::Lines &gateway, const StatusLine &notifications,
-                              const TelegramStatus &telegram, MenuLanguage language)
+                              const TelegramStatus &telegram, const AuditLogCondition &audit,
+                              MenuLanguage language)
 {
     QList<StatusLine> lines {
         {honestLine(gateway.connectionStatus).text, gateway.connectionIndicator},
@@ -57,16 +59,24 @@ QList<StatusLine> statusLines(const GatewayStatus::Lines &gateway, const StatusL
                  .arg(honestLine(gateway.remoteApprovalLockReason.value_or(QString())).text),
              IndicatorState::Red});
     }
+    for (const AuditNotice &notice : auditNotices(audit)) {
+        lines.append({notice.text, notice.indicator});
+    }
     return lines;
 }
 
-QString trayToolTip(const GatewayStatus::Lines &gateway, qsizetype badgeCount)
+QString trayToolTip(const GatewayStatus::Lines &gateway, const AuditLogCondition &audit,
+                    qsizetype badgeCount)
 {
     const QString label = badgeCount > 0 ? u"Brackwen %1"_s.arg(badgeCount) : u"Brackwen"_s;
     const QString pending = badgeCount > 0
         ? StatusTr::tr("%1 waiting for a decision").arg(badgeCount)
         : StatusTr::tr("nothing waits for a decision");
-    return label + u"\n"_s + honestLine(gateway.connectionStatus).text + u"\n"_s + pending;
+    QStringList lines {label, honestLine(gateway.connectionStatus).text, pending};
+    for (const AuditNotice &notice : auditNotices(audit)) {
+        lines.append(notice.text);
+    }
+    return lines.join(u'\n');
 }
 
 } // namespace bram

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "audit/AuditLogHealth.h"
 #include "gateway/GatewayStatus.h"
 #include "model/IndicatorState.h"
 #include "model/MenuLanguage.h"
@@ -20,12 +21,15 @@ struct StatusLine {
     bool operator==(const StatusLine &) const = default;
 };
 
-/// The lines of menu and window: gateway, token, notifications, Telegram, and the lock on remote approvals while it
-/// is set. `notifications` comes as it is; texts from outside are made honest here.
+/// The lines of menu and window: gateway, token, notifications, Telegram, and the lock on remote approvals and what
+/// is wrong with the audit log, while that is so. `notifications` comes as it is; texts from outside are made honest here.
 QList<StatusLine> statusLines(const GatewayStatus::Lines &gateway, const StatusLine &notifications,
-                              const TelegramStatus &telegram, MenuLanguage language);
+                              const TelegramStatus &telegram, const AuditLogCondition &audit,
+                              MenuLanguage language);
 
-/// What the tray icon says when the pointer rests on it: the number of requests and the connection.
-QString trayToolTip(const GatewayStatus::Lines &gateway, qsizetype badgeCount);
+/// What the tray icon says when the pointer rests on it: the number of requests, the connection, and
+/// what is wrong with the audit log.
+QString trayToolTip(const GatewayStatus::Lines &gateway, const AuditLogCondition &audit,
+                    qsizetype badgeCount);
 
 } // namespace bram

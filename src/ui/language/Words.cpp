@@ -119,6 +119,11 @@ QString askReasonWords(AskReason reason)
             "Words",
             "The always-allow list has these words, but perhaps with other blanks or line breaks, "
             "which a shell may read differently. Always allow takes in exactly this text.");
+    case AskReason::NotRecordable:
+        return QCoreApplication::translate(
+            "Words",
+            "On the always-allow list, but asked because the audit log cannot be written: nothing "
+            "is answered automatically that cannot be put on record.");
     case AskReason::AutomaticAnswerFailed:
         return QCoreApplication::translate("Words",
                                            "On the always-allow list, but asked because the "

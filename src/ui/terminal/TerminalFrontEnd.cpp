@@ -29,6 +29,7 @@ TerminalFrontEnd::TerminalFrontEnd(const Collaborators &collaborators)
     , m_voice(collaborators.input, collaborators.output)
     , m_prompts(m_voice)
     , m_gatewayNews(collaborators.monitor.gatewayStatus(), m_voice)
+    , m_auditNews(collaborators.monitor.auditHealth(), m_voice)
     , m_requests({.monitor = collaborators.monitor,
                   .bulkAllow = collaborators.bulkAllow,
                   .prompts = m_prompts,
@@ -78,6 +79,7 @@ void TerminalFrontEnd::start()
         = TerminalTr::tr("Requests for approval appear here. `help` lists the commands.");
     m_voice.say(isPractice() ? practiceMark() + u": "_s + greeting : greeting, LineStyle::Quiet);
     m_gatewayNews.start();
+    m_auditNews.start();
     m_requests.start();
     m_collaborators.input.start();
     m_requests.announce();
@@ -153,6 +155,7 @@ void TerminalFrontEnd::run(PlainCommand command)
         }
         m_voice.print(statusLines(monitor.gatewayStatus().lines(), pendingCount,
                                   m_requests.notShown().size(), columns));
+        m_voice.print(m_auditNews.lines(columns));
         m_telegram.sayStatus();
         break;
     case PlainCommand::Metrics:

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "ui/terminal/AlwaysAllowCommands.h"
+#include "ui/terminal/AuditNews.h"
 #include "ui/terminal/ChatCommands.h"
 #include "ui/terminal/CommandLine.h"
 #include "ui/terminal/GatewayNews.h"
@@ -66,6 +67,7 @@ private:
     TerminalVoice m_voice;
     TerminalPrompts m_prompts;
     GatewayNews m_gatewayNews;
+    AuditNews m_auditNews;
     RequestDialogue m_requests;
     SettingsCommands m_settings;
     RecordCommands m_record;
