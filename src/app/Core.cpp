@@ -143,7 +143,7 @@ QJsonObject Core::alwaysAllowForDiagnostics() const
 
 void Core::start()
 {
-    for (const QString &problem : m_config.problems()) {
+    for (const QString &problem : m_config.problems() + m_config.exposures()) {
         m_log.write(QString(u"[Brackwen] "_s + problem));
     }
     // Does not wait for the credentials, which may wait for a locked keyring: no request comes before them.

@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonParseError>
 #include <QSet>
@@ -46,6 +47,39 @@ std::expected<QJsonObject, Error> readObject(const QString &path)
         return std::unexpected(Error {u"not a JSON object"_s});
     }
     return document.object();
+}
+
+bool holdsSecret(const QJsonValue &value)
+{
+    if (value.isArray()) {
+        return std::ranges::any_of(value.toArray(), &holdsSecret);
+    }
+    const QJsonObject object = value.toObject();
+    for (auto field = object.begin(); field != object.end(); ++field) {
+        const QString name = field.key().toLower();
+        const bool isNamedSo = name.endsWith("token"_L1) || name.endsWith("password"_L1);
+        if ((isNamedSo && !field.value().toString().trimmed().isEmpty())
+            || holdsSecret(field.value())) {
+            return true;
+        }
+    }
+    return false;
+}
+
+/// Also past the folders above.
+bool isReadableByAll(const QString &path)
+{
+    const QFileInfo file(QFileInfo(path).canonicalFilePath());
+    if (!file.permission(QFile::ReadOther)) {
+        return false;
+    }
+    QDir folder = file.absoluteDir();
+    do {
+        if (!QFileInfo(folder.path()).permission(QFile::ExeOther)) {
+            return false;
+        }
+    } while (!folder.isRoot() && folder.cdUp());
+    return true;
 }
 } // namespace
 
@@ -142,6 +176,19 @@ QStringList BrackwenConfig::problems() const
             const QString &message = object.error().message;
             const QString reason = message.section(path + u": "_s, -1);
             lines.append(u"configuration file %1 cannot be used: %2"_s.arg(path, reason));
+        }
+    }
+    return lines;
+}
+
+QStringList BrackwenConfig::exposures() const
+{
+    QStringList lines;
+    for (const File &file : loadFiles()) {
+        if (holdsSecret(file.content) && isReadableByAll(file.path)) {
+            lines.append(
+                u"configuration file %1 holds a token or a password and can be read by every user "
+                "of this machine; `chmod o-r` ends that"_s.arg(file.path));
         }
     }
     return lines;

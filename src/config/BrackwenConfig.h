@@ -56,6 +56,9 @@ public:
     /// nothing of its content.
     QStringList problems() const;
 
+    /// One line for each candidate that holds a token or a password and can be read by every user of this machine.
+    QStringList exposures() const;
+
 private:
     Environment m_environment;
     AccountFacts m_account;

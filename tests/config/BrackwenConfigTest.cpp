@@ -161,6 +161,35 @@ TEST(BrackwenConfig, ProblemsNameTheFileAndTheReasonAndNothingOfItsContent)
     EXPECT_EQ(config.problems(), QStringList {begin + u"not a regular file"_s});
 }
 
+TEST(BrackwenConfig, ASecretThatEveryUserCanReadIsNamedButNotShown)
+{
+    const QTemporaryDir folder;
+    const QString home = folder.path();
+    const QString path = home + u"/.brackwen/brackwen.json"_s;
+    const BrackwenConfig config({}, {home, std::nullopt, {}});
+    const struct {
+        QByteArray content;
+        mode_t file;
+        mode_t home;
+        bool isExposed;
+    } cases[] = {
+        {R"({"gateway":{"auth":{"token":"hunter2"}}})", 0644, 0755, true},
+        {R"({"bots":[{"botToken":"hunter2"}]})", 0644, 0755, true},
+        {R"({"gateway":{"auth":{"token":"hunter2"}}})", 0640, 0755, false},
+        {R"({"gateway":{"auth":{"token":"hunter2"}}})", 0644, 0700, false},
+        {R"({"gateway":{"auth":{"token":" ","tokens":"x"}}})", 0644, 0755, false},
+    };
+    for (const auto &c : cases) {
+        write(path, c.content);
+        ::chmod(QFile::encodeName(path).constData(), c.file);
+        ::chmod(QFile::encodeName(home).constData(), c.home);
+        ::chmod(QFile::encodeName(home + u"/.brackwen"_s).constData(), 0755);
+        const QString said = config.exposures().join(u'\n');
+        EXPECT_EQ(said.contains(path), c.isExposed) << c.content.constData() << c.file << c.home;
+        EXPECT_FALSE(said.contains(u"hunter2"_s));
+    }
+}
+
 TEST(BrackwenConfig, IsPresentOnlyWithAReadableFile)
 {
     const QTemporaryDir folder;
