@@ -1747,6 +1747,10 @@ Security Critical: %4</source>
         <source>Registration failed</source>
         <translation>등록 실패</translation>
     </message>
+    <message>
+        <source>%1 of them name only a program: what they allow cannot be checked against it.</source>
+        <translation>그중 %1개는 프로그램 이름만 있어 무엇을 허용하는지 확인할 수 없습니다.</translation>
+    </message>
 </context>
 <context>
     <name>bram::AlwaysAllowWindow</name>

@@ -131,6 +131,12 @@ bool isMisleading(const BackedUpCommand &backedUp)
         && normalizedCommandDigest(backedUp.command) != backedUp.digest;
 }
 
+bool isUnverified(const BackedUpCommand &backedUp)
+{
+    return isCommandDigest(backedUp.digest) && !backedUp.command.isEmpty()
+        && !isMisleading(backedUp) && normalizedCommandDigest(backedUp.command) != backedUp.digest;
+}
+
 QString manualBackupName(qint64 nowMs)
 {
     return fileName("always-allow-backup-"_L1, nowMs);

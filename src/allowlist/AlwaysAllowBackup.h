@@ -38,6 +38,10 @@ QList<BackedUpCommand> parseAlwaysAllowBackup(const QString &text);
 /// another.
 bool isMisleading(const BackedUpCommand &backedUp);
 
+/// Whether the text names no more than a program, which nothing proves: the digest is that of another text, one that the
+/// text may be the beginning of.
+bool isUnverified(const BackedUpCommand &backedUp);
+
 /// The name suggested for a backup that the operator makes.
 QString manualBackupName(qint64 nowMs);
 

@@ -177,6 +177,11 @@ QString AlwaysAllowOperations::restoredText(const QList<BackedUpCommand> &comman
 {
     QStringList texts {tr("Entries restored to the app list: %1.").arg(count),
                        refusedText(commands.size() - count)};
+    if (const auto unverified = std::ranges::count_if(commands, &isUnverified); unverified > 0) {
+        texts.append(
+            tr("%1 of them name only a program: what they allow cannot be checked against it.")
+                .arg(unverified));
+    }
     QStringList misleading;
     for (const BackedUpCommand &restored : commands) {
         if (isMisleading(restored)) {

@@ -138,6 +138,12 @@ TEST(BackedUp, ATextThatIsNotThatOfItsDigestMisleads)
         EXPECT_EQ(isMisleading({digest, command}), expected) << qPrintable(command);
     }
     EXPECT_FALSE(isMisleading({u"refused"_s, u"ls -a"_s}));
+    for (const QString &command : {u"ls …"_s, u"ls"_s}) {
+        EXPECT_TRUE(isUnverified({digest, command})) << qPrintable(command);
+    }
+    for (const QString &command : {u"ls  -la"_s, u""_s, u"ls -a"_s}) {
+        EXPECT_FALSE(isUnverified({digest, command})) << qPrintable(command);
+    }
 }
 
 TEST_F(Backup, UnusableFilesAreRefused)
