@@ -6,6 +6,8 @@
 
 #include <QRect>
 
+#include <tuple>
+
 using namespace bram;
 using namespace bram::test;
 using namespace Qt::StringLiterals;
@@ -90,9 +92,10 @@ protected:
 
     static void key(const QString &keys) { run({u"xdotool"_s, u"key"_s, keys}); }
 
-    /// The nth picture of the notification daemon's menu is answered with this entry.
+    /// The nth picture of the notification daemon's menu is answered with this entry, once there was time to read.
     static void chooseInNotification(const QString &action)
     {
+        std::ignore = waitUntil([] { return false; }, 1500);
         QFile choice(qEnvironmentVariable("BRAM_TEST_SESSION") + u"/notification-choice"_s);
         ASSERT_TRUE(choice.open(QFile::WriteOnly | QFile::Truncate));
         choice.write(action.toUtf8());
