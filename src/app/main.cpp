@@ -5,6 +5,7 @@
 #include "app/PracticeWorld.h"
 #include "app/SingleInstanceLock.h"
 #include "system/Clock.h"
+#include "system/ProcessPrivacy.h"
 #include "system/linux/DisplayServer.h"
 #include "system/linux/StandardStreams.h"
 
@@ -104,6 +105,10 @@ int runProgram(QCoreApplication &application, const bram::LaunchOptions &options
         return endWithoutLock(lock, result, options);
     } else {
         places.lockFile = lock.path();
+        // From here on there are secrets, unless the developer wants to look.
+        if (!places.environment.trimmed(QStringLiteral("BRACKWEN_APPROVALS_TRACEABLE"))) {
+            bram::keepProcessPrivate();
+        }
     }
 
     bram::Application program({.places = std::move(places),

@@ -2,6 +2,7 @@
 #include "monitor/CommandLineTool.h"
 
 #include "monitor/DecisionResolver.h"
+#include "system/ChildEnvironment.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -144,6 +145,8 @@ void CommandLineTool::start(const Call &call)
     };
 
     tool->setProcessChannelMode(QProcess::MergedChannels);
+    tool->setProcessEnvironment(
+        childEnvironment({u"BRACKWEN_GATEWAY_TOKEN"_s, u"BRACKWEN_GATEWAY_PASSWORD"_s}));
     tool->setStandardInputFile(QProcess::nullDevice());
     tool->setChildProcessModifier(keepStandardStreamsOnly);
     connect(tool, &QProcess::readyRead, tool, [tool, output] { output->take(tool->readAll()); });

@@ -21,8 +21,8 @@ namespace bram
 QString commandLineParams(const QString &approvalId, ApprovalDecision decision);
 
 /// The platform's command-line tool, the second road of a decision that the gateway connection does not
-/// take: "brackwen gateway call exec.approval.resolve --json --params …". It inherits the environment, but
-/// no open file and no input. Main thread; nothing waits for a process.
+/// take: "brackwen gateway call exec.approval.resolve --json --params …". It inherits the environment
+/// without secrets other than the gateway's, but no open file and no input. Main thread; nothing waits for a process.
 class CommandLineTool final : public QObject
 {
     Q_OBJECT

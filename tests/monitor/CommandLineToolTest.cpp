@@ -69,6 +69,7 @@ TEST_F(DecisionByTool, TakesTheDecisionWhenTheGatewayDoesNot)
 {
     installTool("printf '%s\\n' \"$@\" > \"$(dirname \"$0\")/arguments\"\n"
                 "ls /proc/self/fd > \"$(dirname \"$0\")/descriptors\"\n"
+                "env | grep -E 'TOKEN|PASSWORD' | sort > \"$(dirname \"$0\")/secrets\"\n"
                 "cat > \"$(dirname \"$0\")/input\"\n");
     makeConnectedCore();
     request(item("a"));
@@ -76,10 +77,18 @@ TEST_F(DecisionByTool, TakesTheDecisionWhenTheGatewayDoesNot)
         {.fault = DecisionFault::AnswerError, .text = QStringLiteral("internal error")});
     // Deliberately without close-on-exec, as a careless library would open it.
     const int stray = open("/dev/null", O_RDONLY);
+    qputenv("BRACKWEN_GATEWAY_TOKEN", "gateway's");
+    qputenv("BRACKWEN_TELEGRAM_BOT_TOKEN", "bot's");
+    qputenv("TELEGRAM_BOT_TOKEN", "bot's");
     decide("a", ApprovalDecision::AllowOnce);
     ASSERT_TRUE(waitSettled(1));
     close(stray);
+    for (const char *name :
+         {"BRACKWEN_GATEWAY_TOKEN", "BRACKWEN_TELEGRAM_BOT_TOKEN", "TELEGRAM_BOT_TOKEN"}) {
+        qunsetenv(name);
+    }
 
+    EXPECT_EQ(written("secrets"), "BRACKWEN_GATEWAY_TOKEN=gateway's\n");
     EXPECT_EQ(settled.first().outcome.kind, DecisionOutcome::Kind::Confirmed);
     EXPECT_EQ(written("arguments"),
               "gateway\ncall\nexec.approval.resolve\n--json\n--params\n"

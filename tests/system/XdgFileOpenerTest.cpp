@@ -44,7 +44,8 @@ protected:
                   + folder.filePath(u"viewer"_s).toUtf8() + " %f\n");
         write(u"config/mimeapps.list"_s, "[Default Applications]\ntext/plain=viewer.desktop\n");
         write(u"viewer"_s,
-              "#!/bin/sh\necho $$ \"$1\" >> '" + record().toUtf8() + "'\nexec sleep 60\n");
+              "#!/bin/sh\necho $$ \"$1$BRACKWEN_GATEWAY_PASSWORD\" >> '" + record().toUtf8()
+                  + "'\nexec sleep 60\n");
         QFile::setPermissions(folder.filePath(u"viewer"_s), QFile::ReadOwner | QFile::ExeOwner);
     }
     ~XdgFileOpening() override
@@ -81,8 +82,10 @@ TEST_F(XdgFileOpening, opensWithTheProgramForThatKindWhichOutlivesThisOne)
     const QString path = folder.filePath(u"readme.txt"_s);
     {
         XdgFileOpener opener(200ms);
+        qputenv("BRACKWEN_GATEWAY_PASSWORD", "secret");
         EXPECT_TRUE(open(opener, path));
         EXPECT_TRUE(waitUntil([&] { return viewed().endsWith(path.toUtf8() + '\n'); }));
+        qunsetenv("BRACKWEN_GATEWAY_PASSWORD");
     }
     const qint64 viewer = QString::fromUtf8(viewed()).section(u' ', 0, 0).toLongLong();
     ASSERT_GT(viewer, 0);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "system/linux/XdgFileOpener.h"
 
+#include "system/ChildEnvironment.h"
+
 #include <QFileInfo>
 #include <QProcess>
 #include <QTimer>
@@ -45,6 +47,7 @@ Reply<FileOpened> XdgFileOpener::open(const QString &path)
     }
     // In a session of its own, with a process in between: the end of ours would end our child.
     auto *process = new QProcess(this);
+    process->setProcessEnvironment(childEnvironment());
     process->setProgram(u"setsid"_s);
     process->setArguments({u"--fork"_s, u"--wait"_s, u"xdg-open"_s, path});
     process->setStandardInputFile(QProcess::nullDevice());
