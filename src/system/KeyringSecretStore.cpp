@@ -59,13 +59,17 @@ QCoro::Task<std::expected<std::optional<QString>, KeychainError>>
 KeyringSecretStore::get(QString service, QString account)
 {
     const QPointer self(this);
-    const Outcome outcome = co_await enqueue(makeJob<QKeychain::ReadPasswordJob>(service, account));
+    const Outcome outcome
+        = co_await enqueue(makeJob<QKeychain::ReadPasswordJob>(service, account), Kind::Read);
     if (outcome.status == QKeychain::EntryNotFound) {
         bool isHeldBack = true;
         if (self) {
             isHeldBack = co_await self->askWhetherHeldBack(service, account);
         }
         if (isHeldBack) {
+            if (self) {
+                self->m_unlockRefused = true;
+            }
             co_return std::unexpected(lockedError());
         }
         co_return std::nullopt;
@@ -85,14 +89,26 @@ KeyringSecretStore::set(QString service, QString account, QString value,
 {
     auto job = makeJob<QKeychain::WritePasswordJob>(service, account);
     job->setTextData(value);
-    co_return toResult(co_await enqueue(std::move(job), Overwrite::UnlessLocked));
+    const QPointer self(this);
+    const Outcome outcome = co_await enqueue(std::move(job), Kind::Write);
+    if (outcome.status != QKeychain::NoError && !outcome.isLocked && self) {
+        // The library gives no reason of its own when the operator has dismissed the question.
+        const bool isLocked = co_await self->askWhetherLocked();
+        if (isLocked) {
+            if (self) {
+                self->m_unlockRefused = true;
+            }
+            co_return std::unexpected(lockedError());
+        }
+    }
+    co_return toResult(outcome);
 }
 
 QCoro::Task<std::expected<void, KeychainError>> KeyringSecretStore::remove(QString service,
                                                                            QString account)
 {
     const Outcome outcome
-        = co_await enqueue(makeJob<QKeychain::DeletePasswordJob>(service, account));
+        = co_await enqueue(makeJob<QKeychain::DeletePasswordJob>(service, account), Kind::Remove);
     if (outcome.status == QKeychain::EntryNotFound) {
         co_return {};
     }
@@ -105,6 +121,15 @@ Reply<bool> KeyringSecretStore::askWhetherHeldBack(const QString &service, const
     const ReplySource<bool> source(true);
     if (m_lock != nullptr) {
         m_lock->ask(service, account, [source](bool isHeldBack) { source.answer(isHeldBack); });
+    }
+    return source.reply();
+}
+
+Reply<bool> KeyringSecretStore::askWhetherLocked()
+{
+    const ReplySource<bool> source(true);
+    if (m_lock != nullptr) {
+        m_lock->askWhetherLocked([source](bool isLocked) { source.answer(isLocked); });
     }
     return source.reply();
 }
@@ -137,13 +162,13 @@ std::expected<void, KeychainError> KeyringSecretStore::toResult(const Outcome &o
 
 /// Not a coroutine, so that no waiting frame holds the source that answers it.
 Reply<KeyringSecretStore::Outcome> KeyringSecretStore::enqueue(std::unique_ptr<QKeychain::Job> job,
-                                                               Overwrite overwrite)
+                                                               Kind kind)
 {
     const ReplySource<Outcome> source(
-        Outcome {QKeychain::OtherError, u"the keyring is no longer in use"_s, {}});
+        Outcome {QKeychain::OtherError, u"the keyring is no longer in use"_s, {}, true});
     switch (m_state) {
     case State::Working:
-        m_waiting.push_back({std::move(job), source, overwrite});
+        m_waiting.push_back({std::move(job), source, kind});
         startNext();
         break;
     case State::Hung:
@@ -165,29 +190,38 @@ void KeyringSecretStore::startNext()
     }
     m_running = std::move(m_waiting.front().job);
     m_runningSource = std::move(m_waiting.front().source);
-    const Overwrite overwrite = m_waiting.front().overwrite;
+    const Kind kind = m_waiting.front().kind;
     m_waiting.pop_front();
     m_noticeTimer.start(m_limits.notice);
     m_limitTimer.start(m_limits.operation);
     connect(m_running.get(), &QKeychain::Job::finished, this, &KeyringSecretStore::onFinished);
-    if (overwrite == Overwrite::Always) {
-        startRunning();
-        return;
+    if (kind == Kind::Write || m_unlockRefused) {
+        startUnlessLocked(kind);
+    } else {
+        startIf(true);
     }
-    // The library would ask for the password, and then overwrite what could not be read before.
-    m_lock->ask(m_running->service(), m_running->key(), [this](bool isHeldBack) {
-        if (isHeldBack || m_state != State::Working) {
-            finish({QKeychain::AccessDenied, lockedError().platformMessage, {}});
+}
+
+/// The library would ask for the password; and in a write then overwrite what could not be read before.
+void KeyringSecretStore::startUnlessLocked(Kind kind)
+{
+    m_lock->ask(m_running->service(), m_running->key(), [this, kind](bool isHeldBack) {
+        if (!isHeldBack && kind == Kind::Write && m_unlockRefused) {
+            m_lock->askWhetherLocked([this](bool isLocked) { startIf(!isLocked); });
         } else {
-            startRunning();
+            startIf(!isHeldBack);
         }
     });
 }
 
-void KeyringSecretStore::startRunning()
+void KeyringSecretStore::startIf(bool isAllowed)
 {
-    m_isWithKeyring = true;
-    m_running->start();
+    if (isAllowed && m_state == State::Working) {
+        m_isWithKeyring = true;
+        m_running->start();
+    } else {
+        finish({QKeychain::AccessDenied, lockedError().platformMessage, {}, true});
+    }
 }
 
 void KeyringSecretStore::onFinished(QKeychain::Job *job)
@@ -204,6 +238,9 @@ void KeyringSecretStore::finish(Outcome outcome)
     m_noticeTimer.stop();
     m_limitTimer.stop();
     m_state = State::Working;
+    if (m_isWithKeyring && outcome.status == QKeychain::NoError) {
+        m_unlockRefused = false;
+    }
     m_isWithKeyring = false;
     // The job is still emitting. It is destroyed in the next turn, also when there is none any
     // more.
@@ -225,6 +262,7 @@ void KeyringSecretStore::onNotice()
 void KeyringSecretStore::onTimeLimit()
 {
     m_state = State::Hung;
+    m_unlockRefused = true;
     failAll({QKeychain::OtherError,
              u"the keyring did not answer within %1 seconds"_s.arg(
                  duration<double>(m_limits.operation).count()),

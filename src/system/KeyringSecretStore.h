@@ -29,6 +29,9 @@ class SystemLog;
 /// One operation is with the keyring at a time, in the order they were asked for. One that has not
 /// come back after `TimeLimits::operation` fails, and so do all that wait behind it and all that
 /// are asked for until the late one does come back: a keyring that hangs costs one wait.
+///
+/// The operator is asked for a password once. While the keyring then stays locked, operations fail at once,
+/// until `askAgain`.
 class KeyringSecretStore final : public QObject, public SecretStore
 {
     Q_OBJECT
@@ -51,6 +54,8 @@ public:
     QCoro::Task<std::expected<void, KeychainError>> remove(QString service,
                                                            QString account) override;
 
+    void askAgain() override { m_unlockRefused = false; }
+
     /// Ends every open operation, and every later one, with an error.
     void stop();
 
@@ -61,23 +66,25 @@ private:
         QByteArray data; ///< what a read has found
         bool isLocked = false; ///< as in `KeychainError`
     };
-    enum class Overwrite {
-        Always,
-        UnlessLocked, ///< a secret that a locked keyring holds back stays
+    enum class Kind {
+        Read,
+        Write, ///< not over a secret that a locked keyring holds back
+        Remove,
     };
     struct Operation {
         std::unique_ptr<QKeychain::Job> job;
         ReplySource<Outcome> source;
-        Overwrite overwrite;
+        Kind kind;
     };
 
     Reply<bool> askWhetherHeldBack(const QString &service, const QString &account);
+    Reply<bool> askWhetherLocked();
     static std::expected<void, KeychainError> toResult(const Outcome &outcome);
 
-    Reply<Outcome> enqueue(std::unique_ptr<QKeychain::Job> job,
-                           Overwrite overwrite = Overwrite::Always);
+    Reply<Outcome> enqueue(std::unique_ptr<QKeychain::Job> job, Kind kind);
     void startNext();
-    void startRunning();
+    void startUnlessLocked(Kind kind);
+    void startIf(bool isAllowed);
     void onFinished(QKeychain::Job *job);
     void finish(Outcome outcome);
     void onNotice();
@@ -95,6 +102,7 @@ private:
     State m_state = State::Working;
     std::unique_ptr<QKeychain::Job> m_running; ///< never destroyed before it has come back
     bool m_isWithKeyring = false; ///< `m_running` has been handed over
+    bool m_unlockRefused = false; ///< the operator was asked, and it is still locked
     std::optional<ReplySource<Outcome>> m_runningSource;
     std::deque<Operation> m_waiting;
     std::unique_ptr<SecretServiceLock> m_lock; ///< null once stopped

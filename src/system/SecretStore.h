@@ -55,6 +55,9 @@ public:
     /// Deletes the secret; deleting what is not there succeeds.
     virtual QCoro::Task<std::expected<void, KeychainError>> remove(QString service, QString account)
         = 0;
+
+    /// The operator wants to be asked once more to unlock what he has not unlocked before.
+    virtual void askAgain() { }
 };
 
 } // namespace bram

@@ -6,11 +6,15 @@
 #include <QByteArray>
 #include <QDBusArgument>
 #include <QDBusConnection>
+#include <QDBusError>
 #include <QDBusMessage>
 #include <QDBusMetaType>
 #include <QDBusObjectPath>
 #include <QDBusVariant>
+#include <QDBusVirtualObject>
 #include <QElapsedTimer>
+
+#include <gtest/gtest.h>
 
 #include <csignal>
 
@@ -99,6 +103,39 @@ inline void unlock()
          QStringLiteral("UnlockWithMasterPassword"),
          {QVariant::fromValue(QDBusObjectPath(collectionPath)), QVariant::fromValue(password)});
 }
+
+/// Stands in for the window that asks for the password, counts the questions and refuses each.
+class Prompter : public QDBusVirtualObject
+{
+public:
+    Prompter()
+    {
+        auto bus = QDBusConnection::sessionBus();
+        EXPECT_TRUE(bus.registerVirtualObject(path(), this));
+        EXPECT_TRUE(bus.registerService(name()));
+    }
+    ~Prompter() override
+    {
+        auto bus = QDBusConnection::sessionBus();
+        bus.unregisterService(name());
+        bus.unregisterObject(path());
+    }
+    Q_DISABLE_COPY_MOVE(Prompter)
+
+    int asked() const { return m_asked; }
+    QString introspect(const QString &) const override { return {}; }
+    bool handleMessage(const QDBusMessage &message, const QDBusConnection &bus) override
+    {
+        m_asked += message.member() == QLatin1StringView("BeginPrompting") ? 1 : 0;
+        return bus.send(message.createErrorReply(QDBusError::Failed, QStringLiteral("refused")));
+    }
+
+private:
+    static QString name() { return QStringLiteral("org.gnome.keyring.SystemPrompter"); }
+    static QString path() { return QStringLiteral("/org/gnome/keyring/Prompter"); }
+
+    int m_asked = 0;
+};
 
 /// Stops the daemon in its tracks for as long as this lives: it is there and answers nothing.
 class Frozen

@@ -99,11 +99,23 @@ TEST_F(Keyring, LockedKeyringBlocksNothingAndIsUsableOnceUnlocked)
     test::keyring::lock();
     ASSERT_TRUE(test::keyring::isLocked());
     const test::LoopStall stall;
-    // Nobody can be asked for the password here, so the keyring gives up by itself.
+    // Whoever is asked for the password here refuses.
+    const test::keyring::Prompter prompter;
     const auto read = get(u"locked"_s);
     ASSERT_FALSE(read) << "a secret that is held back is not an absent one";
+    EXPECT_TRUE(read.error().isLocked);
+    EXPECT_EQ(prompter.asked(), 1);
+    EXPECT_FALSE(get(u"locked"_s));
     EXPECT_EQ(get(u"never stored"_s).value(), std::nullopt);
     EXPECT_FALSE(set(u"locked"_s, u"overwritten"_s));
+    EXPECT_FALSE(set(u"never stored"_s, u"new"_s));
+    EXPECT_FALSE(remove(u"locked"_s));
+    EXPECT_EQ(prompter.asked(), 1) << "asked once";
+    store.askAgain();
+    const auto written = test::waitFor(store.set(serviceName, u"new"_s, u"v"_s, accessibility));
+    ASSERT_FALSE(written);
+    EXPECT_TRUE(written.error().isLocked);
+    EXPECT_EQ(prompter.asked(), 2);
     EXPECT_LT(stall.worstMs(), 500);
 
     test::keyring::unlock();

@@ -3,8 +3,11 @@
 
 #include <QObject>
 #include <QString>
+#include <QVariant>
 
 #include <functional>
+
+class QDBusMessage;
 
 namespace bram
 {
@@ -21,6 +24,14 @@ public:
     /// is gone by then. False also when the service cannot be asked: other kinds of keyring are not known
     /// to confuse the two.
     void ask(const QString &service, const QString &account, std::function<void(bool)> answer);
+
+    /// The same with whether the keyring that new secrets go to is locked.
+    void askWhetherLocked(std::function<void(bool)> answer);
+
+private:
+    /// Calls `answer` with what the method gives back, or with an error.
+    void call(const QString &path, const QString &interface, const QString &method,
+              const QVariantList &arguments, std::function<void(const QDBusMessage &)> answer);
 };
 
 } // namespace bram
