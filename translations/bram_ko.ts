@@ -1054,10 +1054,6 @@
         <translation>양쪽 목록 비움</translation>
     </message>
     <message>
-        <source>reconnected to the gateway</source>
-        <translation>게이트웨이 다시 연결함</translation>
-    </message>
-    <message>
         <source>gateway token reloaded</source>
         <translation>게이트웨이 토큰 다시 읽음</translation>
     </message>
@@ -1188,6 +1184,10 @@
     <message>
         <source>On the always-allow list, but asked because the audit log cannot be written: nothing is answered automatically that cannot be put on record.</source>
         <translation>영구 승인 목록에 있지만, 감사 로그를 쓸 수 없어 묻습니다. 기록할 수 없는 요청에는 자동으로 응답하지 않습니다.</translation>
+    </message>
+    <message>
+        <source>asked for a new connection to the gateway</source>
+        <translation>게이트웨이에 새 연결을 요청함</translation>
     </message>
 </context>
 <context>

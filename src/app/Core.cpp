@@ -34,13 +34,19 @@ Core::Core(const World &world)
     , m_audit(world.places.dataFolder, auditLimits, world.log)
     , m_alwaysAllowList(m_preferences, world.places.account.homeFolder + u"/.brackwen"_s, world.log)
     , m_alwaysAllowAnswers(m_alwaysAllowList)
-    , m_identities(world.secrets, m_preferences, world.log)
+    , m_identities(world.secrets, m_preferences, world.log, m_tasks)
     , m_credentials(m_config, world.secrets, m_preferences, world.log)
-    , m_client(
-          {.identities = m_identities, .clock = world.clock, .log = world.log, .tasks = m_tasks})
-    , m_session(
-          {.client = m_client, .credentials = m_credentials, .status = m_status, .tasks = m_tasks},
-          world.places.environment)
+    , m_client({.identities = m_identities,
+                .clock = world.clock,
+                .log = world.log,
+                .tasks = m_tasks,
+                .peerUsers = m_peerUsers})
+    , m_session({.client = m_client,
+                 .credentials = m_credentials,
+                 .status = m_status,
+                 .tasks = m_tasks,
+                 .unencryptedGateway = m_unencryptedGateway},
+                world.places.environment)
     , m_telegramTokens(world.places.environment, world.secrets)
     , m_telegramMirror(m_agents)
     , m_monitor({.client = m_client,

@@ -23,6 +23,7 @@
 #include "monitor/TelegramTokens.h"
 #include "system/BackgroundTasks.h"
 #include "system/Preferences.h"
+#include "system/linux/ProcPeerUsers.h"
 #include "ui/language/LanguageChoice.h"
 
 namespace bram
@@ -61,6 +62,7 @@ public:
     BackgroundTasks &tasks() { return m_tasks; }
     AuditLogStore &audit() { return m_audit; }
     RecordOperations &record() { return m_record; }
+    GatewayClient &client() { return m_client; }
     GatewaySession &session() { return m_session; }
     GatewayStatus &status() { return m_status; }
     AgentSelection &agents() { return m_agents; }
@@ -97,6 +99,7 @@ private:
     DeviceIdentityStore m_identities;
     GatewayCredentialStore m_credentials;
     GatewayStatus m_status;
+    ProcPeerUsers m_peerUsers;
     GatewayClient m_client;
     GatewaySession m_session;
     TelegramTokens m_telegramTokens;

@@ -8,6 +8,9 @@
 #include "system/Clock.h"
 #include "system/SystemLog.h"
 
+#include <QDateTime>
+#include <QStringList>
+
 namespace bram
 {
 
@@ -25,6 +28,21 @@ bool looksLikeAuthenticationFailure(const QString &reason)
 {
     const QString lowered = reason.toLower();
     return lowered.contains("unauthorized"_L1) || lowered.contains("token"_L1);
+}
+
+/// Where there is no connection, and when it is tried again. A time of day, not what is left until then,
+/// which would have to be drawn anew each second.
+QString detailOf(const GatewayDisconnected &lost)
+{
+    QStringList parts;
+    if (!lost.address.isEmpty()) {
+        parts.append(u'(' + lost.address + u')');
+    }
+    if (lost.nextTryAtMs > 0) {
+        parts.append(u"next try at "_s
+                     + QDateTime::fromMSecsSinceEpoch(lost.nextTryAtMs).toString(u"HH:mm:ss"));
+    }
+    return parts.join(u", "_s);
 }
 } // namespace
 
@@ -53,25 +71,38 @@ void ConnectionSupervision::onConnecting()
 void ConnectionSupervision::onConnected()
 {
     m_collaborators.log.write(u"[Brackwen] state connected");
-    m_collaborators.status.setConnection(u"Gateway connected"_s, IndicatorState::Green);
-    m_collaborators.status.setTokenState(TokenSyncState::Matching);
-    m_collaborators.status.unlockRemoteApproval();
+    // Anybody can say something; whether this is our gateway, and takes us, is not known yet.
+    m_collaborators.status.setConnection(u"Connecting to gateway..."_s, IndicatorState::Yellow,
+                                         u"waiting for the handshake"_s);
     m_autoTokenResyncAttempted = false;
 }
 
 void ConnectionSupervision::handleHandshakeCompleted()
 {
+    auto &status = m_collaborators.status;
+    status.setConnection(u"Gateway connected"_s, IndicatorState::Green);
+    status.setTokenState(TokenSyncState::Matching);
+    status.unlockRemoteApproval();
     m_unauthorizedDisconnectCount = 0;
     m_lastUnauthorizedDisconnectMs.reset();
 }
 
-void ConnectionSupervision::onDisconnected(const GatewayDisconnected &state)
+void ConnectionSupervision::handleRefusedMessage(qint64 bytes)
 {
-    const QString &reason = state.reason;
+    const QString text = u"Gateway sent a message of %1 MiB, which was refused (at most 4)"_s.arg(
+        QString::number(static_cast<double>(bytes) / (1024 * 1024), 'f', 1));
+    m_collaborators.log.write(QString(u"[Brackwen] "_s + text));
+    m_collaborators.status.setConnectionText(text);
+}
+
+void ConnectionSupervision::onDisconnected(const GatewayDisconnected &lost)
+{
+    const QString &reason = lost.reason;
     const QString masked = maskedReason(reason);
-    m_auditSource = state.isExercise ? exerciseSource : gatewaySource;
+    m_auditSource = lost.isExercise ? exerciseSource : gatewaySource;
     m_collaborators.log.write(QString(u"[Brackwen] state disconnected reason="_s + masked));
-    m_collaborators.status.setConnection(u"Gateway disconnected: "_s + masked, IndicatorState::Red);
+    m_collaborators.status.setConnection(u"Gateway disconnected: "_s + masked, IndicatorState::Red,
+                                         detailOf(lost));
     m_collaborators.audit.append({.timestampMs = m_collaborators.clock.nowMs(),
                                   .kind = AuditKind::gatewayDisconnected,
                                   .source = m_auditSource,

@@ -35,9 +35,12 @@ public:
 
     void handleConnectionState(const GatewayConnectionState &state);
 
-    /// The gateway accepts our credentials: a series of refusals is over. "connected" alone does not say
-    /// so, as it comes before the handshake is answered.
+    /// The gateway accepts our credentials: only now is the connection a good one, and a series of refusals
+    /// over. "connected" alone does not say so, as it comes before the handshake is answered.
     void handleHandshakeCompleted();
+
+    /// The gateway sent something too large to be read, perhaps a request, which then stays undecided.
+    void handleRefusedMessage(qint64 bytes);
 
     /// A reload by hand allows another automatic one.
     void allowAutomaticTokenResync() { m_autoTokenResyncAttempted = false; }
@@ -48,7 +51,7 @@ public:
 private:
     void onConnecting();
     void onConnected();
-    void onDisconnected(const GatewayDisconnected &state);
+    void onDisconnected(const GatewayDisconnected &lost);
     void onAuthenticationFailure(const QString &masked);
     void registerUnauthorizedDisconnect(const QString &masked);
 

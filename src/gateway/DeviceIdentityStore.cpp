@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "gateway/DeviceIdentityStore.h"
 
+#include "system/BackgroundTasks.h"
 #include "system/Preferences.h"
 #include "system/SecretStore.h"
 #include "system/SystemLog.h"
 
+#include <array>
 #include <utility>
 
 namespace bram
@@ -25,6 +27,7 @@ const QString alreadyValidLine
     = u"[Brackwen] Device identity already valid in Keychain (legacy defaults cleared)"_s;
 constexpr auto keychainAccessible = SecretAccessibility::WhenUnlockedThisDeviceOnly;
 const QString noLongerInUse = u"the device identity is no longer in use"_s;
+const QString waitingForKeyring = u"waiting for the keyring to be unlocked"_s;
 
 std::optional<DeviceIdentity> identityFromStored(const QString &deviceId, const QString &publicKey,
                                                  const QString &privateKeyText)
@@ -35,10 +38,11 @@ std::optional<DeviceIdentity> identityFromStored(const QString &deviceId, const 
 } // namespace
 
 DeviceIdentityStore::DeviceIdentityStore(SecretStore &secrets, Preferences &preferences,
-                                         SystemLog &log)
+                                         SystemLog &log, BackgroundTasks &tasks)
     : m_secrets(secrets)
     , m_preferences(preferences)
     , m_log(log)
+    , m_tasks(tasks)
 {
 }
 
@@ -69,44 +73,100 @@ Reply<DeviceIdentityStore::Result> DeviceIdentityStore::joinRunning()
 
 QCoro::Task<DeviceIdentityStore::Result> DeviceIdentityStore::loadOrCreateAlone()
 {
+    if (m_saving) {
+        co_return *m_saving;
+    }
     const auto stored = co_await readKeychain();
     if (m_isStopped) {
         co_return std::unexpected(Error {noLongerInUse});
     }
-    if (stored) {
-        // Left behind by a migration that did not get to its end: the key must not stay in a file.
-        if (readDefaults() == stored && clearDefaults()) {
+    if (stored && *stored) {
+        // Left behind by a migration that did not get to its end, or from a time without a keyring: the key
+        // must not stay in a file.
+        if (readDefaults() && clearDefaults()) {
             m_log.write(alreadyValidLine);
         }
-        co_return *stored;
+        m_unsaved.reset();
+        co_return **stored;
     }
-    if (const auto migrated = co_await migrateLegacyDefaultsToKeychainIfNeeded()) {
-        co_return *migrated;
+    const auto legacy = readDefaults();
+    const bool isHeldBack = !stored && stored.error().isLocked;
+    if (isHeldBack && !legacy && !m_unsaved) {
+        co_return std::unexpected(Error {waitingForKeyring});
     }
+    const Result identity = legacy ? Result(*legacy) : identityWithoutKeychain();
+    if (identity && !isHeldBack) {
+        m_saving = *identity;
+        m_tasks.spawn(save(*identity, legacy.has_value()), u"saving of the device identity"_s);
+    }
+    co_return identity;
+}
+
+DeviceIdentityStore::Result DeviceIdentityStore::identityWithoutKeychain()
+{
+    if (!m_unsaved) {
+        const Result made = makeNewIdentity();
+        if (!made) {
+            return made;
+        }
+        m_unsaved = *made;
+    }
+    return *m_unsaved;
+}
+
+QCoro::Task<> DeviceIdentityStore::save(DeviceIdentity identity, bool isLegacy)
+{
+    if (isLegacy) {
+        const bool isMigrated = co_await migrateLegacy(identity);
+        if (!isMigrated && !m_isStopped) {
+            m_log.write(
+                u"[Brackwen] Device identity migration skipped; using legacy defaults identity"_s);
+        }
+    } else {
+        co_await storeNew(identity);
+    }
+    m_saving.reset();
+}
+
+QCoro::Task<bool> DeviceIdentityStore::migrateLegacy(DeviceIdentity legacy)
+{
+    if (const auto written = co_await writeKeychain(legacy); !written) {
+        if (!m_isStopped) {
+            m_log.write(QString(u"[Brackwen] Device identity migration failed: "_s
+                                + written.error().description()));
+        }
+        co_return false;
+    }
+    const auto stored = co_await readKeychain();
     if (m_isStopped) {
-        co_return std::unexpected(Error {noLongerInUse});
+        co_return false;
     }
-    if (const auto legacy = readDefaults()) {
-        m_log.write(
-            u"[Brackwen] Device identity migration skipped; using legacy defaults identity"_s);
-        co_return *legacy;
+    if (stored && *stored && (*stored)->deviceId == legacy.deviceId) {
+        if (clearDefaults()) {
+            m_log.write(
+                u"[Brackwen] Device identity migrated to Keychain (legacy defaults cleared)"_s);
+        }
+        co_return true;
     }
-    const Result made = makeNewIdentity();
-    if (!made) {
-        co_return made;
-    }
-    const auto written = co_await writeKeychain(*made);
-    std::optional<DeviceIdentity> readBack;
+    m_log.write(u"[Brackwen] Device identity migration verification failed; keeping legacy "
+                "defaults"_s);
+    co_return false;
+}
+
+QCoro::Task<> DeviceIdentityStore::storeNew(DeviceIdentity made)
+{
+    const auto written = co_await writeKeychain(made);
+    std::expected<std::optional<DeviceIdentity>, KeychainError> readBack;
     if (written) {
-        const auto again = co_await readKeychain();
-        readBack = again;
+        readBack = co_await readKeychain();
     }
     if (m_isStopped) {
-        co_return std::unexpected(Error {noLongerInUse});
+        co_return;
     }
-    if (readBack) {
+    if (readBack && *readBack) {
         clearDefaults();
-        co_return made;
+        m_unsaved.reset();
+        co_return;
     }
     if (!written) {
         m_log.write(QString(u"[Brackwen] Device identity keychain save failed: "_s
@@ -115,62 +175,33 @@ QCoro::Task<DeviceIdentityStore::Result> DeviceIdentityStore::loadOrCreateAlone(
         m_log.write(u"[Brackwen] Device identity keychain verification failed after create; "
                     "using defaults fallback"_s);
     }
-    writeDefaults(*made);
-    co_return made;
+    const bool isHeldBack
+        = written ? !readBack && readBack.error().isLocked : written.error().isLocked;
+    if (!isHeldBack) {
+        writeDefaults(made);
+        m_unsaved.reset();
+    }
 }
 
-QCoro::Task<std::optional<DeviceIdentity>>
-DeviceIdentityStore::migrateLegacyDefaultsToKeychainIfNeeded()
+QCoro::Task<std::expected<std::optional<DeviceIdentity>, KeychainError>>
+DeviceIdentityStore::readKeychain()
 {
-    const auto legacy = readDefaults();
-    if (!legacy) {
-        co_return std::nullopt;
-    }
-    if (const auto stored = co_await readKeychain();
-        stored && stored->deviceId == legacy->deviceId) {
-        if (clearDefaults()) {
-            m_log.write(alreadyValidLine);
-        }
-        co_return stored;
-    }
-    if (m_isStopped) {
-        co_return std::nullopt;
-    }
-    if (const auto written = co_await writeKeychain(*legacy); !written) {
-        m_log.write(QString(u"[Brackwen] Device identity migration failed: "_s
-                            + written.error().description()));
-        co_return std::nullopt;
-    }
-    if (const auto stored = co_await readKeychain();
-        stored && stored->deviceId == legacy->deviceId) {
-        if (clearDefaults()) {
-            m_log.write(
-                u"[Brackwen] Device identity migrated to Keychain (legacy defaults cleared)"_s);
-        }
-        co_return stored;
-    }
-    m_log.write(
-        u"[Brackwen] Device identity migration verification failed; keeping legacy defaults"_s);
-    co_return std::nullopt;
-}
-
-QCoro::Task<std::optional<DeviceIdentity>> DeviceIdentityStore::readKeychain()
-{
-    // One item missing or unreadable is enough: no further question to a keyring that may ask the
+    // One after the other, and no further than needed: a keyring that is locked could ask the
     // operator each time.
-    const auto deviceId = co_await m_secrets.get(keychainService, keychainAccountDeviceId);
-    if (!deviceId || !*deviceId) {
-        co_return std::nullopt;
+    std::array<QString, 3> texts;
+    const std::array accounts {keychainAccountDeviceId, keychainAccountPublicKey,
+                               keychainAccountPrivateKey};
+    for (std::size_t i = 0; i < accounts.size(); ++i) {
+        const auto stored = co_await m_secrets.get(keychainService, accounts.at(i));
+        if (!stored) {
+            co_return std::unexpected(stored.error());
+        }
+        if (!*stored) {
+            co_return std::nullopt;
+        }
+        texts.at(i) = **stored;
     }
-    const auto publicKey = co_await m_secrets.get(keychainService, keychainAccountPublicKey);
-    if (!publicKey || !*publicKey) {
-        co_return std::nullopt;
-    }
-    const auto privateKey = co_await m_secrets.get(keychainService, keychainAccountPrivateKey);
-    if (!privateKey || !*privateKey) {
-        co_return std::nullopt;
-    }
-    co_return identityFromStored(**deviceId, **publicKey, **privateKey);
+    co_return identityFromStored(texts[0], texts[1], texts[2]);
 }
 
 QCoro::Task<std::expected<void, KeychainError>>

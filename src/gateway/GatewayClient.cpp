@@ -25,6 +25,17 @@ namespace
 {
 constexpr auto connectKickInterval = 300ms;
 constexpr std::chrono::nanoseconds longestReconnectDelay = 15s;
+/// A gateway that ends a connection in good order is expected back at once, unless it does so to every
+/// connection as soon as that is made.
+constexpr std::chrono::milliseconds shortestGoodConnection = 1s;
+constexpr auto keyringNoticeDelay = 1s;
+
+/// What names a gateway to the operator: neither user, password, path nor query, which may be secret.
+QString shownAddress(const QUrl &url)
+{
+    return url.toString(QUrl::RemoveUserInfo | QUrl::RemovePath | QUrl::RemoveQuery
+                        | QUrl::RemoveFragment);
+}
 } // namespace
 
 std::chrono::nanoseconds nextReconnectDelay(std::chrono::nanoseconds delay)
@@ -41,6 +52,11 @@ GatewayClient::GatewayClient(const Collaborators &collaborators)
     connect(&m_connectKicker, &QTimer::timeout, this, &GatewayClient::sendConnectIfNeeded);
     m_reconnectTimer.setSingleShot(true);
     connect(&m_reconnectTimer, &QTimer::timeout, this, &GatewayClient::openSocket);
+    m_keyringNotice.setSingleShot(true);
+    m_keyringNotice.setInterval(keyringNoticeDelay);
+    connect(&m_keyringNotice, &QTimer::timeout, this, &GatewayClient::waitingForKeyring);
+    m_overdueTimer.setSingleShot(true);
+    connect(&m_overdueTimer, &QTimer::timeout, this, &GatewayClient::endOverdueCalls);
 }
 
 GatewayClient::~GatewayClient()
@@ -50,10 +66,14 @@ GatewayClient::~GatewayClient()
 
 void GatewayClient::start(const GatewayConfig &config, FirstAttempt firstAttempt)
 {
+    const auto untilNextTry = m_reconnectTimer.isActive()
+        ? m_reconnectTimer.remainingTimeAsDuration()
+        : std::chrono::ceil<std::chrono::milliseconds>(m_lastWait);
     stop();
     m_config = config;
     if (firstAttempt == FirstAttempt::AfterBackOff) {
-        scheduleReconnect();
+        // The wait was lengthened when it was set; once for each refusal is enough.
+        m_reconnectTimer.start(untilNextTry);
         return;
     }
     m_reconnectDelay = firstReconnectDelay;
@@ -80,8 +100,10 @@ void GatewayClient::openSocket()
     }
     closeSocket();
     m_socket = std::make_unique<GatewaySocket>(m_config->url);
-    connect(m_socket.get(), &GatewaySocket::opened, this, &GatewayClient::onSocketOpened);
+    // Takes what has come with the opening, such as a challenge, but waits for nothing.
+    connect(m_socket.get(), &GatewaySocket::opened, this, [this] { m_connectKicker.start(0ms); });
     connect(m_socket.get(), &GatewaySocket::messageReceived, this, &GatewayClient::onMessage);
+    connect(m_socket.get(), &GatewaySocket::messageDropped, this, &GatewayClient::messageRefused);
     connect(m_socket.get(), &GatewaySocket::ended, this, &GatewayClient::onSocketEnded);
     m_socket->open();
 }
@@ -90,6 +112,10 @@ void GatewayClient::closeSocket()
 {
     ++m_socketSerial;
     m_connectKicker.stop();
+    m_keyringNotice.stop();
+    m_overdueTimer.stop();
+    m_deadlines.clear();
+    m_overdue.clear();
     m_connectNonce.reset();
     m_connectSent = false;
     m_connectInFlight = false;
@@ -101,7 +127,7 @@ void GatewayClient::closeSocket()
         m_socket.release()->deleteLater();
     }
     for (const auto &call : std::exchange(m_pending, {})) {
-        call.answer(std::unexpected(GatewayClientError::notConnected()));
+        call.source.answer(std::unexpected(GatewayClientError::notConnected()));
     }
 }
 
@@ -140,9 +166,10 @@ void GatewayClient::onResponse(const ResponseFrame &response)
 {
     const auto call = m_pending.find(response.id);
     if (call == m_pending.end()) {
+        onLateResponse(response);
         return;
     }
-    const auto source = *call;
+    const auto source = call->source;
     m_pending.erase(call);
     if (response.result) {
         source.answer(*response.result);
@@ -154,27 +181,50 @@ void GatewayClient::onResponse(const ResponseFrame &response)
     m_socket->yieldTurn();
 }
 
+void GatewayClient::onLateResponse(const ResponseFrame &response)
+{
+    const auto approvalId = m_overdue.constFind(response.id);
+    if (approvalId == m_overdue.constEnd()) {
+        return;
+    }
+    const QString confirmed = *approvalId;
+    m_overdue.erase(approvalId);
+    if (response.result) {
+        Q_EMIT decisionConfirmedLate(confirmed);
+    }
+}
+
 void GatewayClient::onSocketEnded(const QString &reason, GatewaySocket::Ending ending)
 {
-    // A gateway that took our handshake and later went in good order is expected back soon.
     if (ending == GatewaySocket::Ending::Clean && m_connectSent) {
         m_reconnectDelay = firstReconnectDelay;
+        if (m_sinceHandshake.hasExpired(shortestGoodConnection.count())) {
+            endRunAfter(reason, 0ns);
+            return;
+        }
     }
     endRun(reason);
 }
 
 void GatewayClient::endRun(const QString &reason)
 {
-    closeSocket();
-    // Set up before the report: whoever hears it may start the client anew, which must win.
-    scheduleReconnect();
-    Q_EMIT stateChanged(GatewayDisconnected {reason});
+    const auto wait = m_reconnectDelay;
+    m_reconnectDelay = nextReconnectDelay(wait);
+    endRunAfter(reason, wait);
 }
 
-void GatewayClient::scheduleReconnect()
+void GatewayClient::endRunAfter(const QString &reason, std::chrono::nanoseconds wait)
 {
-    m_reconnectTimer.start(std::chrono::ceil<std::chrono::milliseconds>(m_reconnectDelay));
-    m_reconnectDelay = nextReconnectDelay(m_reconnectDelay);
+    closeSocket();
+    m_lastWait = wait;
+    const auto inMs = std::chrono::ceil<std::chrono::milliseconds>(wait);
+    // Set up before the report: whoever hears it may start the client anew, which must win.
+    m_reconnectTimer.start(inMs);
+    Q_EMIT stateChanged(GatewayDisconnected {
+        .reason = reason,
+        .address = m_config ? shownAddress(m_config->url) : QString(),
+        .nextTryAtMs = m_collaborators.clock.nowMs() + inMs.count(),
+    });
 }
 
 void GatewayClient::reportConnectedOnce()
@@ -184,25 +234,34 @@ void GatewayClient::reportConnectedOnce()
     }
 }
 
-void GatewayClient::onSocketOpened()
-{
-    // Normally at once. A gateway that refused the last handshake may insist on its challenge being
-    // signed, so this time that gets a moment to arrive; it starts the handshake itself.
-    if (std::exchange(m_handshakeRefused, false)) {
-        m_connectKicker.start(connectKickInterval);
-    } else {
-        sendConnectIfNeeded();
-    }
-}
-
 void GatewayClient::sendConnectIfNeeded()
 {
     if (m_connectSent || m_connectInFlight || !m_config || !m_socket || !m_socket->isOpen()) {
         return;
     }
-    m_connectInFlight = true;
     m_connectKicker.stop();
+    if (const auto reason = reasonToDistrustPeer()) {
+        m_collaborators.log.write(QString(u"[Brackwen] connect not sent: "_s + *reason));
+        endRun(*reason);
+        return;
+    }
+    m_connectInFlight = true;
+    m_keyringNotice.start();
     m_collaborators.tasks.spawn(performHandshake(this, m_socketSerial), u"gateway handshake"_s);
+}
+
+std::optional<QString> GatewayClient::reasonToDistrustPeer() const
+{
+    if (m_config->url.scheme().compare("wss"_L1, Qt::CaseInsensitive) == 0) {
+        return std::nullopt;
+    }
+    const TcpEnds ends = m_socket->ends();
+    const auto stranger = m_collaborators.peerUsers.strangerBehind(ends);
+    if (!stranger) {
+        return std::nullopt;
+    }
+    return u"port %1 of this machine belongs to another user (%2); nothing was sent to it"_s.arg(
+        QString::number(ends.peerPort), *stranger);
 }
 
 QCoro::Task<> GatewayClient::performHandshake(QPointer<GatewayClient> self, quint64 socketSerial)
@@ -211,6 +270,7 @@ QCoro::Task<> GatewayClient::performHandshake(QPointer<GatewayClient> self, quin
     if (!self || self->m_socketSerial != socketSerial) {
         co_return;
     }
+    self->m_keyringNotice.stop();
     if (!identity) {
         self->onHandshakeFailed(GatewayClientError::server(identity.error().message));
         co_return;
@@ -237,6 +297,7 @@ QCoro::Task<> GatewayClient::performHandshake(QPointer<GatewayClient> self, quin
     }
     self->m_connectSent = true;
     self->m_connectInFlight = false;
+    self->m_sinceHandshake.start();
     self->m_collaborators.log.write(u"[Brackwen] connect handshake success");
     self->reportConnectedOnce();
     Q_EMIT self->handshakeCompleted();
@@ -249,7 +310,6 @@ void GatewayClient::onHandshakeFailed(const GatewayClientError &error)
         m_connectKicker.start(connectKickInterval);
         return;
     }
-    m_handshakeRefused = true;
     m_collaborators.log.write(
         QString(u"[Brackwen] connect handshake failed: "_s + maskedReason(error.description())));
     endRun(u"connect failed: "_s + error.description());
@@ -259,17 +319,42 @@ Reply<GatewayClient::CallResult> GatewayClient::resolveApproval(const QString &a
                                                                 ApprovalDecision decision)
 {
     const QString id = randomUuid();
-    return send(id, encodeResolveRequest(id, approvalId, decision));
+    return send(id, encodeResolveRequest(id, approvalId, decision), approvalId);
 }
 
-Reply<GatewayClient::CallResult> GatewayClient::send(const QString &id, const QString &request)
+Reply<GatewayClient::CallResult> GatewayClient::send(const QString &id, const QString &request,
+                                                     const QString &approvalId)
 {
     const ReplySource<CallResult> source {std::unexpected(GatewayClientError::notConnected())};
     if (m_socket && m_socket->send(request)) {
-        m_pending.insert(id, source);
+        m_pending.insert(id, {source, approvalId});
+        if (!approvalId.isEmpty()) {
+            m_deadlines.enqueue({id, QDeadlineTimer(m_decisionTimeLimit)});
+            if (!m_overdueTimer.isActive()) {
+                m_overdueTimer.start(m_decisionTimeLimit);
+            }
+        }
     }
     // Without a socket the source ends here, which answers the reply.
     return source.reply();
+}
+
+void GatewayClient::endOverdueCalls()
+{
+    while (!m_deadlines.isEmpty()) {
+        const auto call = m_pending.constFind(m_deadlines.head().callId);
+        if (call != m_pending.constEnd()) {
+            if (!m_deadlines.head().until.hasExpired()) {
+                m_overdueTimer.start(std::chrono::ceil<std::chrono::milliseconds>(
+                    m_deadlines.head().until.remainingTimeAsDuration()));
+                return;
+            }
+            m_overdue.insert(call.key(), call->approvalId);
+            call->source.answer(std::unexpected(GatewayClientError::timedOut()));
+            m_pending.erase(call);
+        }
+        m_deadlines.dequeue();
+    }
 }
 
 } // namespace bram

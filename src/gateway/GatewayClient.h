@@ -11,8 +11,11 @@
 #include "system/Reply.h"
 
 #include <QCoro/QCoroTask>
+#include <QDeadlineTimer>
+#include <QElapsedTimer>
 #include <QHash>
 #include <QObject>
+#include <QQueue>
 #include <QTimer>
 
 #include <chrono>
@@ -22,6 +25,9 @@
 
 namespace bram
 {
+
+/// How long the gateway has to answer a decision.
+inline constexpr std::chrono::milliseconds decisionTimeLimit {30'000};
 
 class BackgroundTasks;
 class Clock;
@@ -34,7 +40,12 @@ class SystemLog;
 ///
 /// `connected` is reported with the first well-formed message of a socket, before the handshake has been
 /// answered. A gateway that refuses the handshake is therefore seen as connected, then disconnected, each
-/// time: that is what lets refusals be counted.
+/// time: that is what lets refusals be counted. Whether the gateway is ours and takes us is known only with
+/// `handshakeCompleted`.
+///
+/// A peer on this machine that belongs to another user than root and ourselves is told nothing: anybody can
+/// listen on a port while the gateway does not. An encrypted connection is not asked that, as its certificate
+/// says who the peer is.
 class GatewayClient final : public QObject
 {
     Q_OBJECT
@@ -45,6 +56,7 @@ public:
         const Clock &clock;
         SystemLog &log;
         BackgroundTasks &tasks;
+        const PeerUsers &peerUsers;
     };
 
     explicit GatewayClient(const Collaborators &collaborators);
@@ -54,7 +66,7 @@ public:
     /// When a start opens its socket.
     enum class FirstAttempt {
         AtOnce,
-        AfterBackOff, ///< for restarts nobody asked for: the waits go on growing
+        AfterBackOff, ///< for restarts nobody asked for: when the next try is due anyhow
     };
 
     /// Connects with `config`, ending a running connection first. Returns at once.
@@ -67,45 +79,78 @@ public:
     using CallResult = std::expected<QJsonValue, GatewayClientError>;
 
     /// Tells the gateway the decision; the message has left when this returns, the reply ends with the
-    /// gateway's answer or with the connection. There is no time limit of its own.
+    /// gateway's answer, with the connection or after `decisionTimeLimit`.
     Reply<CallResult> resolveApproval(const QString &approvalId, ApprovalDecision decision);
+
+    /// Whether the gateway has accepted the handshake of the present socket.
+    bool isHandshakeCompleted() const { return m_connectSent; }
+
+    /// For tests, which cannot wait that long.
+    void setDecisionTimeLimit(std::chrono::milliseconds limit) { m_decisionTimeLimit = limit; }
 
 Q_SIGNALS:
     void eventReceived(const bram::GatewayEvent &event);
     void stateChanged(const bram::GatewayConnectionState &state);
     /// The gateway has accepted the handshake of this socket.
     void handshakeCompleted();
+    /// The handshake waits for the keyring, which holds the device's identity.
+    void waitingForKeyring();
+    /// The gateway has taken a decision whose time was over.
+    void decisionConfirmedLate(const QString &approvalId);
+    /// The gateway sent something that is too large to be read; the connection stays.
+    void messageRefused(qint64 bytes);
 
 private:
+    /// A call that has no answer yet.
+    struct Call {
+        ReplySource<CallResult> source;
+        QString approvalId {}; ///< of a decision
+    };
+    struct Deadline {
+        QString callId;
+        QDeadlineTimer until;
+    };
+
     void openSocket();
     void closeSocket();
     void onMessage(const QByteArray &utf8);
     void onFrame(const IncomingFrame &frame);
     void onResponse(const ResponseFrame &response);
     void onSocketEnded(const QString &reason, GatewaySocket::Ending ending);
+    void onLateResponse(const ResponseFrame &response);
     void endRun(const QString &reason);
-    void scheduleReconnect();
+    void endRunAfter(const QString &reason, std::chrono::nanoseconds wait);
+    void endOverdueCalls();
     void reportConnectedOnce();
-    void onSocketOpened();
     void sendConnectIfNeeded();
+    std::optional<QString> reasonToDistrustPeer() const;
     static QCoro::Task<> performHandshake(QPointer<GatewayClient> self, quint64 socketSerial);
     void onHandshakeFailed(const GatewayClientError &error);
-    Reply<CallResult> send(const QString &id, const QString &request);
+    Reply<CallResult> send(const QString &id, const QString &request,
+                           const QString &approvalId = {});
 
     Collaborators m_collaborators;
     std::optional<GatewayConfig> m_config;
     std::unique_ptr<GatewaySocket> m_socket;
     quint64 m_socketSerial = 0; ///< tells a coroutine whether its socket is still the current one
     UsualFrameReader m_usualFrames;
-    QHash<QString, ReplySource<CallResult>> m_pending;
+    QHash<QString, Call> m_pending;
+    QQueue<Deadline>
+        m_deadlines; ///< of decisions, also of answered ones; in the order of their times
+    QHash<QString, QString>
+        m_overdue; ///< decisions whose time was over: what they were about, by call
     std::optional<QString> m_connectNonce;
     bool m_connectSent = false;
     bool m_connectInFlight = false;
     bool m_connectedStateReported = false;
-    bool m_handshakeRefused = false; ///< on the socket before this one
     QTimer m_connectKicker; ///< tries the handshake again; silent while one is in flight or done
+    QTimer m_keyringNotice;
+    QTimer m_overdueTimer; ///< silent while no decision is under way
     QTimer m_reconnectTimer;
+    QElapsedTimer m_sinceHandshake;
     std::chrono::nanoseconds m_reconnectDelay;
+    std::chrono::nanoseconds m_lastWait {};
+    std::chrono::milliseconds m_decisionTimeLimit = decisionTimeLimit;
 };
 
 /// The wait before the first reconnect.

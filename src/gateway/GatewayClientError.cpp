@@ -15,6 +15,8 @@ QString GatewayClientError::description() const
         return u"Gateway not connected"_s;
     case Kind::InvalidResponse:
         return u"Invalid gateway response"_s;
+    case Kind::TimedOut:
+        return u"not confirmed: the gateway did not answer"_s;
     }
     Q_UNREACHABLE();
 }

@@ -12,6 +12,7 @@ struct GatewayClientError {
         Server, ///< the gateway refused; `message` is its own text
         NotConnected,
         InvalidResponse,
+        TimedOut, ///< the gateway was asked and has not answered; it may have done what it was asked
     };
 
     Kind kind = Kind::NotConnected;
@@ -21,6 +22,7 @@ struct GatewayClientError {
 
     static GatewayClientError server(const QString &message) { return {Kind::Server, message}; }
     static GatewayClientError notConnected() { return {Kind::NotConnected, {}}; }
+    static GatewayClientError timedOut() { return {Kind::TimedOut, {}}; }
 
     /// The text an operator sees.
     QString description() const;

@@ -45,17 +45,22 @@ GatewayCredentialStore::GatewayCredentialStore(const BrackwenConfig &config, Sec
 {
 }
 
-QCoro::Task<GatewayCredentials> GatewayCredentialStore::gatewayCredentials(Environment environment)
+std::optional<GatewayCredentialStore::Known>
+GatewayCredentialStore::known(const Environment &environment) const
 {
     const GatewayCredentials given {environment.trimmed(u"BRACKWEN_GATEWAY_TOKEN"_s),
                                     environment.trimmed(u"BRACKWEN_GATEWAY_PASSWORD"_s)};
     if (given.token || given.password) {
-        co_return given;
+        return Known {.credentials = given};
     }
     if (const auto configured = reference()) {
-        co_await saveGatewayCredentials(*configured);
-        co_return *configured;
+        return Known {.credentials = *configured, .isFromFile = true};
     }
+    return std::nullopt;
+}
+
+QCoro::Task<GatewayCredentials> GatewayCredentialStore::inKeyring()
+{
     GatewayCredentials stored;
     stored.token = co_await readItem(gatewayKeychainAccountToken);
     stored.password = co_await readItem(gatewayKeychainAccountPassword);

@@ -30,9 +30,16 @@ public:
     GatewayCredentialStore(const BrackwenConfig &config, SecretStore &secrets,
                            Preferences &preferences, SystemLog &log);
 
-    /// The credentials to connect with: the environment's if it has either; else the configuration
-    /// file's, which the keyring then gets a copy of; else the keyring's.
-    QCoro::Task<GatewayCredentials> gatewayCredentials(Environment environment);
+    /// The credentials that can be had without the keyring: the environment's if it has either; else the
+    /// configuration file's, of which the keyring is to get a copy.
+    struct Known {
+        GatewayCredentials credentials;
+        bool isFromFile = false;
+    };
+    std::optional<Known> known(const Environment &environment) const;
+
+    /// Those to connect with where none are known so.
+    QCoro::Task<GatewayCredentials> inKeyring();
 
     /// Makes the keyring hold exactly these: what is absent or blank is deleted from it.
     QCoro::Task<> saveGatewayCredentials(GatewayCredentials credentials);
@@ -40,6 +47,9 @@ public:
     /// Moves what an earlier release left in the preferences to the keyring. What is removed from
     /// the preferences has been read back from the keyring. Once, at start.
     QCoro::Task<> migrateLegacyGatewayCredentialsToKeychainIfNeeded();
+
+    /// The operator wants to be asked once more to unlock the keyring.
+    void askAgain() { m_secrets.askAgain(); }
 
     /// The configuration file's credentials as they are now.
     std::optional<GatewayCredentials> reference() const;

@@ -3,10 +3,12 @@
 
 #include "gateway/ConnectHandshake.h"
 #include "system/NextTurn.h"
+#include "system/TcpSocketState.h"
 
 #include <QAbstractEventDispatcher>
 #include <QNetworkRequest>
 #include <QPointer>
+#include <QSocketNotifier>
 
 #include <chrono>
 #include <utility>
@@ -18,7 +20,9 @@ using namespace Qt::StringLiterals;
 
 namespace
 {
-constexpr quint64 maxMessageBytes = 4 * 1024 * 1024;
+constexpr qsizetype maxMessageBytes = 4 * 1024 * 1024;
+/// The library ends the connection at its limit. Up to this one a message is received only to be dropped.
+constexpr quint64 maxReceivedBytes = 64 * 1024 * 1024;
 constexpr qint64 turnBudgetNs = 8'000'000;
 /// How many messages to the peer may go together while others are still to be read.
 constexpr int mostUnflushedMessages = 16;
@@ -34,6 +38,24 @@ QString secondsText(std::chrono::milliseconds time)
 {
     return u"%1 s"_s.arg(std::chrono::duration<double>(time).count());
 }
+
+/// Why a connection could not be opened, in English whatever the language of the toolkit's texts is, where
+/// the fault is one of the usual ones.
+QString failureText(const QWebSocket &socket)
+{
+    switch (socket.error()) {
+    case QAbstractSocket::ConnectionRefusedError:
+        return u"Connection refused"_s;
+    case QAbstractSocket::HostNotFoundError:
+        return u"Host not found"_s;
+    case QAbstractSocket::SocketTimeoutError:
+        return u"Connection timed out"_s;
+    case QAbstractSocket::NetworkError:
+        return u"Network unreachable"_s;
+    default:
+        return socket.errorString();
+    }
+}
 } // namespace
 
 GatewaySocket::GatewaySocket(const QUrl &url)
@@ -46,8 +68,8 @@ GatewaySocket::GatewaySocket(const QUrl &url, TimeLimits limits)
     , m_limits(limits)
     , m_socket(gatewayOrigin(url).value_or(QString()))
 {
-    m_socket.setMaxAllowedIncomingFrameSize(maxMessageBytes);
-    m_socket.setMaxAllowedIncomingMessageSize(maxMessageBytes);
+    m_socket.setMaxAllowedIncomingFrameSize(maxReceivedBytes);
+    m_socket.setMaxAllowedIncomingMessageSize(maxReceivedBytes);
 
     connect(&m_socket, &QWebSocket::connected, this, [this] {
         m_openTimeout.stop();
@@ -58,26 +80,27 @@ GatewaySocket::GatewaySocket(const QUrl &url, TimeLimits limits)
         m_pingTimer.start(m_limits.silence);
         Q_EMIT opened();
     });
-    connect(&m_socket, &QWebSocket::textMessageReceived, this,
-            [this](const QString &text) { accept(text.toUtf8()); });
+    connect(&m_socket, &QWebSocket::textMessageReceived, this, [this](const QString &text) {
+        if (text.size() > maxMessageBytes) { // so are its bytes, then
+            Q_EMIT messageDropped(text.size());
+        } else {
+            accept(text.toUtf8());
+        }
+    });
     connect(&m_socket, &QWebSocket::binaryMessageReceived, this, &GatewaySocket::accept);
     connect(&m_socket, &QWebSocket::pong, this, [this] { m_heardSincePing = true; });
     // The close code alone does not tell: it is "normal" after an abrupt end, too.
     connect(&m_socket, &QWebSocket::aboutToClose, this, [this] { m_closeFrameSeen = true; });
     connect(&m_socket, &QWebSocket::disconnected, this, &GatewaySocket::onDisconnected);
     connect(&m_socket, socketError, this, [this] {
-        // An open socket that fails goes on to `disconnected`; one that never opened does not.
+        // An open socket that fails goes on to `disconnected`; one that never opened perhaps not.
         if (!m_pingTimer.isActive()) {
-            finish(m_socket.errorString(), Ending::Failed);
+            finish(failureText(m_socket), Ending::Failed);
         }
     });
 
-    // Each time the loop looks for events, a new turn begins.
-    connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::awake, this, [this] {
-        if (!m_deliveryScheduled) {
-            m_turn.invalidate();
-        }
-    });
+    connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::awake, this,
+            &GatewaySocket::onLoopAwake);
 
     m_openTimeout.setSingleShot(true);
     connect(&m_openTimeout, &QTimer::timeout, this, [this] {
@@ -102,6 +125,31 @@ void GatewaySocket::open()
 bool GatewaySocket::isOpen() const
 {
     return !m_ended && m_socket.state() == QAbstractSocket::ConnectedState;
+}
+
+TcpEnds GatewaySocket::ends() const
+{
+    return {m_socket.localAddress(), m_socket.localPort(), m_socket.peerAddress(),
+            m_socket.peerPort()};
+}
+
+/// Each time the loop looks for events, a new turn begins.
+void GatewaySocket::onLoopAwake()
+{
+    if (!m_deliveryScheduled) {
+        m_turn.invalidate();
+    }
+    if (m_ended || m_socket.state() != QAbstractSocket::ConnectingState) {
+        return;
+    }
+    // Until it is connected, only those who wait for it know the socket.
+    const auto *waiter = m_socket.findChild<QSocketNotifier *>();
+    const auto closed = waiter != nullptr ? closedTcpSocket(waiter->socket()) : std::nullopt;
+    // The engine has had a turn for it and keeps the socket: next it would connect it again.
+    if (closed && closed == m_closedSocket) {
+        finish(u"Connection reset by peer"_s, Ending::Failed);
+    }
+    m_closedSocket = closed;
 }
 
 bool GatewaySocket::send(const QString &message)
@@ -143,6 +191,10 @@ void GatewaySocket::accept(const QByteArray &utf8)
         return;
     }
     m_heardSincePing = true;
+    if (utf8.size() > maxMessageBytes) {
+        Q_EMIT messageDropped(utf8.size());
+        return;
+    }
     if (m_queue.isEmpty() && !turnIsSpent()) {
         Q_EMIT messageReceived(utf8);
         return;
@@ -206,10 +258,12 @@ void GatewaySocket::onDisconnected()
     }
     const auto code = m_socket.closeCode();
     const QString reason = m_socket.closeReason();
-    if (!m_closeFrameSeen) {
+    if (!m_pingTimer.isActive() && !m_closeFrameSeen) { // it has never been open
+        finish(failureText(m_socket), Ending::Failed);
+    } else if (!m_closeFrameSeen) {
         finish(u"Gateway connection lost"_s, Ending::Failed);
     } else if (code == QWebSocketProtocol::CloseCodeTooMuchData) {
-        finish(u"Gateway sent a message over 4 MiB"_s, Ending::Failed);
+        finish(u"Gateway sent a message over 64 MiB"_s, Ending::Failed);
     } else if (code == QWebSocketProtocol::CloseCodeWrongDatatype) {
         finish(u"Gateway sent text that is not valid UTF-8"_s, Ending::Failed);
     } else if (code == QWebSocketProtocol::CloseCodeNormal

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "system/PeerUsers.h"
+
 #include <QByteArray>
 #include <QElapsedTimer>
 #include <QObject>
@@ -10,6 +12,7 @@
 #include <QWebSocket>
 
 #include <chrono>
+#include <optional>
 
 namespace bram
 {
@@ -19,7 +22,10 @@ namespace bram
 /// Delivers messages in order and in small portions: however many arrive at once, a turn of the event
 /// loop handles no more than a few milliseconds' worth, so that the interface stays alive in a burst. A
 /// peer that has gone silent is given up: a ping every 20 s, and the end when nothing at all came back
-/// within 20 s of one. Messages over 4 MiB end the connection.
+/// within 20 s of one. A message over 4 MiB is dropped, one over 64 MiB ends the connection.
+///
+/// A peer that resets the connection while it is being opened ends it: the toolkit's engine would take no
+/// notice, and connect the same socket again and again.
 class GatewaySocket final : public QObject
 {
     Q_OBJECT
@@ -44,6 +50,8 @@ public:
 
     void open();
     bool isOpen() const;
+    /// Of the open connection.
+    TcpEnds ends() const;
 
     /// Sends one text message; false when the socket is not open.
     bool send(const QString &message);
@@ -58,6 +66,8 @@ public:
 Q_SIGNALS:
     void opened();
     void messageReceived(const QByteArray &utf8);
+    /// A message was too large to be read.
+    void messageDropped(qint64 bytes);
     /// The connection has ended or could not be opened; emitted once, after the last message.
     void ended(const QString &reason, bram::GatewaySocket::Ending ending);
 
@@ -66,6 +76,7 @@ private:
     void deliverQueued();
     void scheduleDelivery();
     void flush();
+    void onLoopAwake();
     void onDisconnected();
     void onPingDue();
     void finish(const QString &reason, Ending ending);
@@ -78,6 +89,7 @@ private:
     QTimer m_pingTimer;
     QQueue<QByteArray> m_queue;
     QElapsedTimer m_turn; ///< since the first message of this turn of the event loop
+    std::optional<quint64> m_closedSocket; ///< found closed at the beginning of the turn before
     int m_unflushedMessages = 0;
     bool m_deliveryScheduled = false;
     bool m_turnYielded = false;

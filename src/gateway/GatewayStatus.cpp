@@ -4,10 +4,20 @@
 namespace bram
 {
 
-void GatewayStatus::setConnection(const QString &text, IndicatorState indicator)
+using namespace Qt::StringLiterals;
+
+QString GatewayStatus::Lines::connectionLine() const
+{
+    return connectionDetail.isEmpty() ? connectionStatus
+                                      : connectionStatus + u' ' + connectionDetail;
+}
+
+void GatewayStatus::setConnection(const QString &text, IndicatorState indicator,
+                                  const QString &detail)
 {
     Lines lines = m_lines;
     lines.connectionStatus = text;
+    lines.connectionDetail = detail;
     lines.connectionIndicator = indicator;
     lines.isAboutDecision = false;
     publish(lines);
@@ -22,8 +32,15 @@ void GatewayStatus::setDecisionText(const QString &text)
 {
     Lines lines = m_lines;
     lines.connectionStatus = text;
+    lines.connectionDetail.clear();
     lines.isAboutDecision = true;
     publish(lines);
+}
+
+void GatewayStatus::showWaitingForKeyring()
+{
+    setConnection(u"Connecting to gateway: waiting for the keyring to be unlocked"_s,
+                  IndicatorState::Yellow);
 }
 
 void GatewayStatus::setTokenState(TokenSyncState state)

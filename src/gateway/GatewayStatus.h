@@ -20,6 +20,8 @@ class GatewayStatus final : public QObject
 public:
     struct Lines {
         QString connectionStatus = QStringLiteral("Not connected to a gateway yet");
+        QString
+            connectionDetail {}; ///< what belongs behind it: where, what is waited for, when next
         IndicatorState connectionIndicator = IndicatorState::Gray;
         /// What a decision met stands in `connectionStatus`; a surface that reports how each decision
         /// ended has said it already.
@@ -29,16 +31,21 @@ public:
         std::optional<QString>
             remoteApprovalLockReason; ///< the disconnect reason that set the lock
 
+        /// The whole line about the connection, as an operator reads it.
+        QString connectionLine() const;
+
         bool operator==(const Lines &) const = default;
     };
 
     const Lines &lines() const { return m_lines; }
 
-    void setConnection(const QString &text, IndicatorState indicator);
+    void setConnection(const QString &text, IndicatorState indicator, const QString &detail = {});
     /// Replaces the text and leaves the dot.
     void setConnectionText(const QString &text);
     /// The same with what a decision met, which is not a state of the connection.
     void setDecisionText(const QString &text);
+    /// Nothing goes on before the operator has unlocked his keyring.
+    void showWaitingForKeyring();
     void setTokenState(TokenSyncState state);
     void lockRemoteApproval(const QString &reason);
     void unlockRemoteApproval();

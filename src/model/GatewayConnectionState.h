@@ -11,6 +11,8 @@ namespace bram
 struct GatewayDisconnected {
     QString reason; ///< readable, e.g. an error text
     bool isExercise = false; ///< made up by a self-test or a simulation
+    QString address {}; ///< of the gateway, without anything secret
+    qint64 nextTryAtMs = 0; ///< when it is tried again; 0: not known
 
     bool operator==(const GatewayDisconnected &) const = default;
 };

@@ -56,6 +56,12 @@ ApprovalMonitor::ApprovalMonitor(const Collaborators &collaborators)
             &ApprovalMonitor::handleConnectionState);
     connect(&collaborators.client, &GatewayClient::handshakeCompleted, this,
             [this] { m_supervision.handleHandshakeCompleted(); });
+    connect(&collaborators.client, &GatewayClient::waitingForKeyring, this,
+            [this] { m_collaborators.status.showWaitingForKeyring(); });
+    connect(&collaborators.client, &GatewayClient::messageRefused, this,
+            [this](qint64 bytes) { m_supervision.handleRefusedMessage(bytes); });
+    connect(&collaborators.client, &GatewayClient::decisionConfirmedLate, &m_resolver,
+            &DecisionResolver::confirmLate);
     connect(&collaborators.agents, &AgentSelection::selectedAgentChanged, &m_board,
             &ApprovalBoard::applyAgentChoice);
     const auto forget = [this](const QString &approvalId) {
@@ -166,6 +172,9 @@ void ApprovalMonitor::handleConnectionState(const GatewayConnectionState &state)
 
 void ApprovalMonitor::showConnectionAsWorking()
 {
+    if (!m_collaborators.client.isHandshakeCompleted()) {
+        return; // it may be anybody's, or made up for an exercise
+    }
     auto &status = m_collaborators.status;
     if (status.lines().connectionIndicator != IndicatorState::Green) {
         status.setConnection(u"Gateway connected"_s, IndicatorState::Green);

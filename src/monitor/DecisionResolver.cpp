@@ -100,6 +100,9 @@ bool isUnknownApprovalError(const QString &description)
 DecisionResolver::DecisionResolver(const Collaborators &collaborators)
     : m_collaborators(collaborators)
 {
+    // With the connection goes what it might still have answered.
+    connect(&collaborators.client, &GatewayClient::stateChanged, this,
+            [this] { m_unanswered.clear(); });
     m_afterBurst.setSingleShot(true);
     m_afterBurst.setInterval(restAfterBurstMs);
     connect(&m_afterBurst, &QTimer::timeout, this, [this] {
@@ -237,6 +240,12 @@ QCoro::Task<> DecisionResolver::travel(QPointer<DecisionResolver> self, Attempt 
     }
     // From here on the texts are shown and kept; they are the peer's and may quote a credential.
     const QString refusal = redacted(answer.error().description());
+    if (answer.error().kind == GatewayClientError::Kind::TimedOut) {
+        // It has the decision and may take it yet: no other road.
+        self->m_unanswered.insert(attempt.item.approvalId, attempt);
+        self->onFailed(attempt, refusal, refusal);
+        co_return;
+    }
     if (self->m_stopped || self->m_collaborators.commandLine == CommandLineUse::Never) {
         self->onFailed(attempt, refusal, refusal);
         co_return;
@@ -253,6 +262,23 @@ QCoro::Task<> DecisionResolver::travel(QPointer<DecisionResolver> self, Attempt 
     } else {
         const QString failure = redacted(result.error().description());
         self->onFailed(attempt, failure, refusal + u" (command-line tool: "_s + failure + u')');
+    }
+}
+
+void DecisionResolver::confirmLate(const QString &approvalId)
+{
+    const auto found = m_unanswered.constFind(approvalId);
+    if (found == m_unanswered.constEnd()) {
+        return;
+    }
+    const Attempt attempt = *found;
+    m_unanswered.erase(found);
+    const auto *listed = m_collaborators.board.find(approvalId);
+    if (listed == nullptr || isSameQuestion(*listed, attempt.item)) {
+        onConfirmed(attempt, viaGateway);
+    } else { // the id has come again with another command, which stays
+        m_collaborators.recorder.recordResolved(attempt.item, attempt.decision, viaGateway,
+                                                attempt.origin);
     }
 }
 

@@ -8,6 +8,7 @@
 #include "monitor/CommandLineTool.h"
 
 #include <QCoro/QCoroTask>
+#include <QHash>
 #include <QObject>
 #include <QPointer>
 #include <QQueue>
@@ -113,6 +114,9 @@ public:
     /// Denies everything displayed and takes the popup off the screen.
     void denyAllPendingAndDismissPopups();
 
+    /// The gateway has taken a decision after all, which was given up before.
+    void confirmLate(const QString &approvalId);
+
     bool isResolving(const QString &approvalId) const
     {
         return m_resolvingIds.contains(approvalId);
@@ -152,6 +156,7 @@ private:
     Collaborators m_collaborators;
     CommandLineTool m_commandLineTool;
     QSet<QString> m_resolvingIds;
+    QHash<QString, Attempt> m_unanswered; ///< given up; the gateway may still take them
     QQueue<Attempt> m_bulk; ///< not begun yet
     bool m_stopped = false;
     qsizetype m_settledCount = 0; ///< since memory was last given back

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "app/Core.h"
+#include "practice/PracticeGateway.h"
 #include "support/Doubles.h"
 #include "support/Waiting.h"
 #include "system/MemorySecretStore.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QTemporaryDir>
 
@@ -20,14 +22,19 @@ namespace
 class Supervision : public testing::Test
 {
 protected:
-    Supervision()
+    Supervision() { makeCore({}); }
+    void makeCore(const QMap<QString, QString> &environment)
     {
+        Places places = Places::ofPractice(folder.path(), QStringLiteral("ws://127.0.0.1:9"));
+        places.environment = places.environment.overriddenBy(environment);
         core = std::make_unique<Core>(Core::World {
-            .places = Places::ofPractice(folder.path(), QStringLiteral("ws://127.0.0.1:9")),
+            .places = places,
             .secrets = secrets,
             .clock = clock,
             .log = log,
         });
+        supervision = std::make_unique<ConnectionSupervision>(ConnectionSupervision::Collaborators {
+            core->session(), core->status(), core->audit(), clock, log});
     }
     ~Supervision() override
     {
@@ -42,10 +49,15 @@ protected:
         ASSERT_TRUE(file.open(QFile::WriteOnly));
         file.write(R"({"gateway":{"auth":{"token":")" + token + R"("}}})");
     }
-    void connected() { core->monitor().handleConnectionState(GatewayConnected {}); }
+    void spoken() { supervision->handleConnectionState(GatewayConnected {}); }
+    void connected()
+    {
+        spoken();
+        supervision->handleHandshakeCompleted();
+    }
     void lost(const char *reason)
     {
-        core->monitor().handleConnectionState(GatewayDisconnected {QString::fromUtf8(reason)});
+        supervision->handleConnectionState(GatewayDisconnected {QString::fromUtf8(reason)});
     }
     const GatewayStatus::Lines &lines() { return core->monitor().gatewayStatus().lines(); }
     QStringList countLines()
@@ -58,15 +70,39 @@ protected:
     RecordingLog log;
     MemorySecretStore secrets;
     std::unique_ptr<Core> core;
+    std::unique_ptr<ConnectionSupervision> supervision;
 };
 
 } // namespace
 
+TEST_F(Supervision, OnlyTheHandshakeMakesAGoodConnection)
+{
+    spoken();
+    EXPECT_EQ(lines().connectionLine(),
+              QStringLiteral("Connecting to gateway... waiting for the handshake"));
+    EXPECT_EQ(lines().connectionIndicator, IndicatorState::Yellow);
+    EXPECT_EQ(lines().tokenState, TokenSyncState::Checking);
+    connected();
+    EXPECT_EQ(lines().connectionLine(), QStringLiteral("Gateway connected"));
+    EXPECT_EQ(lines().connectionIndicator, IndicatorState::Green);
+    EXPECT_EQ(lines().tokenState, TokenSyncState::Matching);
+    supervision->handleRefusedMessage(5 * 1024 * 1024);
+    EXPECT_EQ(lines().connectionLine(),
+              QStringLiteral("Gateway sent a message of 5.0 MiB, which was refused (at most 4)"));
+    EXPECT_EQ(lines().connectionIndicator, IndicatorState::Green);
+}
+
 TEST_F(Supervision, PlainLossChangesOnlyTheConnectionLine)
 {
     connected();
-    lost("Connection refused");
+    supervision->handleConnectionState(
+        GatewayDisconnected {.reason = QStringLiteral("Connection refused"),
+                             .address = QStringLiteral("ws://token.example:1"),
+                             .nextTryAtMs = clock.current});
     EXPECT_EQ(lines().connectionStatus, QStringLiteral("Gateway disconnected: Connection refused"));
+    EXPECT_THAT(lines().connectionLine().toStdString(),
+                testing::MatchesRegex("Gateway disconnected: Connection refused "
+                                      "\\(ws://token.example:1\\), next try at ..:..:.."));
     EXPECT_EQ(lines().connectionIndicator, IndicatorState::Red);
     EXPECT_EQ(lines().tokenState, TokenSyncState::Matching);
     EXPECT_FALSE(lines().remoteApprovalLocked);
@@ -84,11 +120,13 @@ TEST_F(Supervision, RefusalLocksRemoteApprovalReloadsOnceAndTheNextConnectionUnl
     EXPECT_EQ(lines().tokenState, TokenSyncState::Resynchronised);
     EXPECT_EQ(lines().connectionStatus,
               QStringLiteral("Gateway auth failed. Reloaded token from config, reconnecting..."));
-    ASSERT_TRUE(waitUntil([this] { return core->tasks().running().isEmpty(); }));
-    EXPECT_EQ(bram::test::waitFor(secrets.get(QStringLiteral("QX.BrackwenApprovalsMenu.gateway"),
-                                              QStringLiteral("token")))
-                  .value(),
-              std::optional(QStringLiteral("file-token")));
+    // The copy in the keyring is made when the attempt has ended.
+    EXPECT_TRUE(waitUntil([this] {
+        return bram::test::waitFor(secrets.get(QStringLiteral("QX.BrackwenApprovalsMenu.gateway"),
+                                               QStringLiteral("token")))
+                   .value()
+            == QStringLiteral("file-token");
+    }));
 
     // Not counted again before a connection was there.
     lost("connect failed: unauthorized");
@@ -100,10 +138,21 @@ TEST_F(Supervision, RefusalLocksRemoteApprovalReloadsOnceAndTheNextConnectionUnl
     }
     EXPECT_TRUE(log.lines().filter(QStringLiteral("abcdef")).isEmpty());
 
+    spoken();
+    EXPECT_TRUE(lines().remoteApprovalLocked) << "anybody can say something";
     connected();
     EXPECT_FALSE(lines().remoteApprovalLocked);
     EXPECT_EQ(lines().remoteApprovalLockReason, std::nullopt);
     EXPECT_EQ(lines().tokenState, TokenSyncState::Matching);
+}
+
+TEST_F(Supervision, AReloadThatTheEnvironmentOverridesIsAMismatch)
+{
+    configureToken("file-token");
+    makeCore({{QStringLiteral("BRACKWEN_GATEWAY_TOKEN"), QStringLiteral("other")}});
+    connected();
+    lost("unauthorized");
+    EXPECT_EQ(lines().tokenState, TokenSyncState::Mismatch);
 }
 
 TEST_F(Supervision, RefusalWithoutConfigurationKeepsTheMismatch)
@@ -129,33 +178,42 @@ TEST_F(Supervision, ThirdRefusalWithinFiveMinutesOfThePreviousSaysSo)
         {{100, 400}, 1, TokenSyncState::Mismatch},
         {{100}, 2, TokenSyncState::Mismatch},
     };
-    ConnectionSupervision::Collaborators none {core->session(), core->status(), core->audit(),
-                                               clock, log};
     for (const auto &[gaps, count, token] : cases) {
-        ConnectionSupervision supervision(none);
-        supervision.handleConnectionState(GatewayConnected {});
-        supervision.handleConnectionState(GatewayDisconnected {QStringLiteral("unauthorized")});
+        spoken();
+        lost("unauthorized");
         for (const int gap : gaps) {
             clock.current += gap * 1000LL;
-            supervision.handleConnectionState(GatewayConnected {});
-            supervision.handleConnectionState(GatewayDisconnected {QStringLiteral("unauthorized")});
+            spoken();
+            lost("unauthorized");
         }
-        EXPECT_EQ(supervision.unauthorizedDisconnectCount(), count);
+        EXPECT_EQ(supervision->unauthorizedDisconnectCount(), count);
         EXPECT_EQ(lines().tokenState, token);
         clock.current += 1'000'000;
     }
     // An accepted handshake ends a series, however short the gap.
-    ConnectionSupervision supervision(none);
-    supervision.handleConnectionState(GatewayDisconnected {QStringLiteral("unauthorized")});
-    supervision.handleConnectionState(GatewayConnected {});
-    supervision.handleHandshakeCompleted();
-    supervision.handleConnectionState(GatewayDisconnected {QStringLiteral("unauthorized")});
-    EXPECT_EQ(supervision.unauthorizedDisconnectCount(), 1);
+    connected();
+    lost("unauthorized");
+    connected();
+    lost("unauthorized");
+    EXPECT_EQ(supervision->unauthorizedDisconnectCount(), 1);
 }
 
-TEST(GatewaySession, AddressThatIsNoWebSocketUrlIsSaidAndNothingIsStarted)
+TEST(GatewaySession, AddressThatIsNotUsedIsSaidAndNothingIsStarted)
 {
-    for (const char *text : {"not a url", "http://127.0.0.1:1", "ws://[oops"}) {
+    const QString openLine = QStringLiteral(
+        "Not connecting to %1: ws:// is not encrypted, and it is not this machine. "
+        "Use wss://, or allow it in the settings (unencrypted gateway).");
+    const struct {
+        const char *text;
+        QString line;
+    } cases[] {
+        {"not a url", QStringLiteral("Invalid gateway URL: not a url")},
+        {"http://127.0.0.1:1", QStringLiteral("Invalid gateway URL: http://127.0.0.1:1")},
+        {"ws://[oops", QStringLiteral("Invalid gateway URL: ws://[oops")},
+        {"ws://192.0.2.1:1", openLine.arg(QStringLiteral("192.0.2.1"))},
+        {"WS://localhost.example:1", openLine.arg(QStringLiteral("localhost.example"))},
+    };
+    for (const auto &[text, line] : cases) {
         QTemporaryDir folder;
         ManualClock clock;
         RecordingLog log;
@@ -167,8 +225,50 @@ TEST(GatewaySession, AddressThatIsNoWebSocketUrlIsSaidAndNothingIsStarted)
         core.monitor().start();
         ASSERT_TRUE(waitUntil([&] { return core.tasks().running().isEmpty(); }));
         const auto &lines = core.monitor().gatewayStatus().lines();
-        EXPECT_EQ(lines.connectionStatus,
-                  QStringLiteral("Invalid gateway URL: ") + QString::fromUtf8(text));
+        EXPECT_EQ(lines.connectionStatus, line);
         EXPECT_EQ(lines.connectionIndicator, IndicatorState::Red);
+        if (line.startsWith(QStringLiteral("Not"))) {
+            core.unencryptedGateway().setOn(true);
+            EXPECT_TRUE(waitUntil([&] { return lines.connectionStatus != line; }));
+            core.unencryptedGateway().setOn(false);
+            EXPECT_EQ(lines.connectionStatus, line);
+            core.session().stop();
+        }
     }
+}
+
+TEST(GatewaySession, EachRefusalLengthensTheWaitOnce)
+{
+    QTemporaryDir folder;
+    ManualClock clock;
+    RecordingLog log;
+    MemorySecretStore secrets;
+    PracticeGateway gateway({.token = QStringLiteral("right")}, clock);
+    ASSERT_TRUE(gateway.listen());
+    gateway.rejectHandshakes(QStringLiteral("unauthorized"), 100);
+    QDir(folder.path()).mkpath(QStringLiteral(".brackwen"));
+    QFile file(folder.filePath(QStringLiteral(".brackwen/brackwen.json")));
+    ASSERT_TRUE(file.open(QFile::WriteOnly));
+    file.write(R"({"gateway":{"auth":{"token":"wrong"}}})");
+    file.close();
+    Core core({.places = Places::ofPractice(folder.path(), gateway.url().toString()),
+               .secrets = secrets,
+               .clock = clock,
+               .log = log});
+    QElapsedTimer time;
+    std::vector<double> attempts;
+    QObject::connect(&core.client(), &GatewayClient::stateChanged, &core.client(),
+                     [&](const GatewayConnectionState &state) {
+                         if (std::holds_alternative<GatewayConnecting>(state)) {
+                             attempts.push_back(static_cast<double>(time.elapsed()) / 1000);
+                         }
+                     });
+    time.start();
+    core.monitor().start();
+    EXPECT_TRUE(waitUntil([&] { return attempts.size() == 4; }));
+    core.monitor().stop();
+    EXPECT_THAT(attempts,
+                testing::ElementsAre(testing::Lt(0.5), testing::Lt(0.6), testing::Gt(0.8),
+                                     testing::AllOf(testing::Gt(2.1), testing::Lt(3.2))));
+    EXPECT_TRUE(waitUntil([&] { return core.tasks().running().isEmpty(); }));
 }

@@ -5,6 +5,7 @@
 #include "support/Doubles.h"
 #include "support/FullDisk.h"
 #include "support/Waiting.h"
+#include "system/BackgroundTasks.h"
 #include "system/Preferences.h"
 
 #include <QFile>
@@ -80,6 +81,7 @@ protected:
     {
         const auto identity = test::waitFor(store.loadOrCreate());
         EXPECT_TRUE(identity);
+        EXPECT_TRUE(test::waitUntil([this] { return tasks.running().isEmpty(); }));
         return identity.value_or(DeviceIdentity {});
     }
 
@@ -88,7 +90,8 @@ protected:
     Preferences preferences {path};
     test::FaultySecretStore secrets;
     test::RecordingLog log;
-    DeviceIdentityStore store {secrets, preferences, log};
+    BackgroundTasks tasks {log};
+    DeviceIdentityStore store {secrets, preferences, log, tasks};
     DeviceIdentity mine = *makeNewIdentity();
     DeviceIdentity others = *makeNewIdentity();
 };
@@ -98,10 +101,13 @@ enum class Is { Absent, Mine, Others, New, Unvalidated };
 TEST_F(DeviceIdentityStoreTest, FindsMigratesOrMakesTheIdentity)
 {
     using Faults = void (*)(test::FaultySecretStore &);
-    const Faults none = [](auto &) {};
+    const Faults none = [](auto &) { };
     const Faults readsFail = [](auto &faulty) { faulty.readsFail = true; };
     const Faults writesFail = [](auto &faulty) { faulty.writesFail = {u"publicKey"_s}; };
     const Faults forgets = [](auto &faulty) { faulty.forgetsWrites = true; };
+    const Faults locked = [](auto &faulty) { faulty.isLocked = true; };
+    const QString saveLocked
+        = u"[Brackwen] Device identity keychain save failed: the keyring is locked"_s;
     Stored upperCase = storedForm(others);
     upperCase.deviceId = upperCase.deviceId.toUpper();
     // A key whose text has a character that base64url lacks.
@@ -151,9 +157,26 @@ TEST_F(DeviceIdentityStoreTest, FindsMigratesOrMakesTheIdentity)
          storedForm(mine),
          none,
          Is::Mine,
+         Is::Absent,
+         Is::Mine,
+         {already}},
+        {"locked, legacy",
+         storedForm(others),
+         storedForm(mine),
+         locked,
+         Is::Others,
          Is::Others,
          Is::Mine,
          {}},
+        {"locked and empty, legacy",
+         storedForm(mine),
+         {},
+         locked,
+         Is::Mine,
+         Is::Mine,
+         Is::Absent,
+         {u"[Brackwen] Device identity migration failed: the keyring is locked"_s, skipped}},
+        {"locked and empty", {}, {}, locked, Is::New, Is::Absent, Is::Absent, {saveLocked}},
         {"legacy only", storedForm(mine), {}, none, Is::Mine, Is::Absent, Is::Mine, {migrated}},
         {"legacy over an invalid keychain",
          storedForm(mine),
@@ -217,10 +240,15 @@ TEST_F(DeviceIdentityStoreTest, FindsMigratesOrMakesTheIdentity)
         secrets.readsFail = false;
         secrets.writesFail.clear();
         secrets.forgetsWrites = false;
+        secrets.isLocked = false;
         c.faults(secrets);
         const auto linesBefore = log.lines().size();
+        DeviceIdentityStore fresh(secrets, preferences, log, tasks);
 
-        const DeviceIdentity identity = load();
+        const auto loaded = test::waitFor(fresh.loadOrCreate());
+        EXPECT_TRUE(test::waitUntil([this] { return tasks.running().isEmpty(); }));
+        ASSERT_TRUE(loaded);
+        const DeviceIdentity identity = *loaded;
 
         const auto kind = [&](const std::optional<Stored> &stored) {
             if (!stored) {
@@ -253,8 +281,28 @@ TEST_F(DeviceIdentityStoreTest, HandshakesAtTheSameTimeShareOneIdentity)
     const auto identity = test::waitFor(std::move(first));
     EXPECT_EQ(test::waitFor(std::move(third)), identity);
     EXPECT_EQ(test::waitFor(std::move(second)), identity);
-    EXPECT_EQ(inKeychain(), storedForm(*identity));
     EXPECT_EQ(load(), *identity);
+    EXPECT_EQ(inKeychain(), storedForm(*identity));
+}
+
+TEST_F(DeviceIdentityStoreTest, ALockedKeyringIsWaitedForAndAFirstIdentityIsSavedOnceItIsOpen)
+{
+    secrets.isLocked = true;
+    const DeviceIdentity first = load();
+    EXPECT_EQ(load(), first) << "the same as long as it is not saved";
+    EXPECT_EQ(inDefaults(), std::nullopt);
+    secrets.isLocked = false;
+    EXPECT_EQ(load(), first);
+    EXPECT_EQ(inKeychain(), storedForm(first));
+
+    secrets.isLocked = true;
+    secrets.operations.clear();
+    DeviceIdentityStore next(secrets, preferences, log, tasks);
+    const auto heldBack = test::waitFor(next.loadOrCreate());
+    ASSERT_FALSE(heldBack);
+    EXPECT_EQ(heldBack.error().message, u"waiting for the keyring to be unlocked"_s);
+    EXPECT_EQ(secrets.operations, QStringList {u"get deviceId"_s});
+    EXPECT_EQ(inDefaults(), std::nullopt);
 }
 
 TEST_F(DeviceIdentityStoreTest, FallbackMovesToTheKeychainOnceThatCanBeUsed)
@@ -283,7 +331,7 @@ TEST_F(DeviceIdentityStoreTest, AKeyringStoppedWhileItAsksIsNotTakenForAnEmptyOn
     for (const QString &asking : {u"deviceId"_s, u"privateKey"_s}) {
         SCOPED_TRACE(asking.toStdString());
         putInKeychain(storedForm(mine));
-        DeviceIdentityStore stopped(secrets, preferences, log);
+        DeviceIdentityStore stopped(secrets, preferences, log, tasks);
         secrets.promptedRead = asking;
         secrets.operations.clear();
         auto first = stopped.loadOrCreate();
@@ -308,10 +356,12 @@ TEST_F(DeviceIdentityStoreTest, UnwritablePreferencesKeepTheIdentityForTheRun)
     Preferences unwritable(path + u"/below-nothing/preferences.ini"_s);
     QFile obstacle(path);
     ASSERT_TRUE(obstacle.open(QIODevice::WriteOnly));
-    DeviceIdentityStore other(secrets, unwritable, log);
+    DeviceIdentityStore other(secrets, unwritable, log, tasks);
     const auto identity = test::waitFor(other.loadOrCreate());
     ASSERT_TRUE(identity);
+    ASSERT_TRUE(test::waitUntil([this] { return tasks.running().isEmpty(); }));
     EXPECT_EQ(test::waitFor(other.loadOrCreate()), identity);
+    ASSERT_TRUE(test::waitUntil([this] { return tasks.running().isEmpty(); }));
     const QString unsaved = u"[Brackwen] Device identity: the preferences could not be written; "
                             "the change lasts until the program ends"_s;
     EXPECT_TRUE(log.lines().contains(unsaved));

@@ -20,8 +20,11 @@ public:
     static inline const KeychainError error {-25308, {}};
     static inline const QString errorText = QStringLiteral("Keychain error (status=-25308)");
 
+    static inline const KeychainError lockedError {4, QStringLiteral("the keyring is locked"),
+                                                   true};
+
     bool readsFail = false;
-    bool isLocked = false; ///< and that is why reads fail
+    bool isLocked = false; ///< what is there is held back, and nothing can be written
     QString promptedRead; ///< reads of this account stay open until `endPrompts`
     QSet<QString> writesFail; ///< for these accounts; a deletion is a write
     bool forgetsWrites = false; ///< reports success and keeps nothing
@@ -40,7 +43,11 @@ public:
         if (readsFail) {
             co_return std::unexpected(KeychainError {error.status, {}, isLocked});
         }
-        co_return co_await memory.get(service, account);
+        const auto found = co_await memory.get(service, account);
+        if (isLocked && *found) {
+            co_return std::unexpected(lockedError);
+        }
+        co_return found;
     }
 
     QCoro::Task<std::expected<void, KeychainError>>
@@ -49,6 +56,9 @@ public:
         operations.append(QStringLiteral("set ") + account);
         accessibilities.append(accessibility);
         co_await nextTurn();
+        if (isLocked) {
+            co_return std::unexpected(lockedError);
+        }
         if (writesFail.contains(account)) {
             co_return std::unexpected(error);
         }

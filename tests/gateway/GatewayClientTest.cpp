@@ -8,15 +8,24 @@
 #include "system/MemorySecretStore.h"
 #include "system/Preferences.h"
 
+#include <QAbstractEventDispatcher>
 #include <QCryptographicHash>
 #include <QElapsedTimer>
 #include <QJsonArray>
+#include <QJsonDocument>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QWebSocketServer>
 
 #include <gmock/gmock.h>
+
+#include <atomic>
+#include <thread>
+
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
 using namespace bram;
 using namespace bram::test;
@@ -26,13 +35,23 @@ using testing::HasSubstr;
 namespace
 {
 
+struct Strangers final : PeerUsers {
+    std::optional<QString> strangerBehind(const TcpEnds &ends) const override
+    {
+        asked = ends;
+        return stranger;
+    }
+    std::optional<QString> stranger;
+    mutable TcpEnds asked;
+};
+
 /// The client against a practice gateway, with the states it reports as short texts.
 class GatewayClientTest : public testing::Test
 {
 protected:
     explicit GatewayClientTest(const PracticeGatewayOptions &options = {})
         : gateway(options, clock)
-        , client({identities, clock, log, tasks})
+        , client({identities, clock, log, tasks, peerUsers})
     {
         EXPECT_TRUE(gateway.listen());
         QObject::connect(&client, &GatewayClient::stateChanged, &client,
@@ -76,7 +95,8 @@ protected:
     BackgroundTasks tasks {log};
     MemorySecretStore secrets;
     Preferences preferences {folder.filePath(QStringLiteral("preferences.ini"))};
-    DeviceIdentityStore identities {secrets, preferences, log};
+    DeviceIdentityStore identities {secrets, preferences, log, tasks};
+    Strangers peerUsers;
     PracticeGateway gateway;
     GatewayClient client;
     std::vector<std::string> states;
@@ -118,6 +138,107 @@ TEST_F(GatewayClientTest, ConnectsDeliversEventsAndReconnectsAfterAKill)
     // What was pending is told again to a client that comes back.
     ASSERT_TRUE(waitUntil([this] { return events.size() == 2; }));
     EXPECT_EQ(events.first(), events.last());
+}
+
+TEST_F(GatewayClientTest, AStrangerOnThePortIsToldNothing)
+{
+    int frames = 0;
+    QObject::connect(&gateway, &PracticeGateway::frameReceived, &client, [&] { ++frames; });
+    peerUsers.stranger = QStringLiteral("nobody, id 65534");
+    start({QStringLiteral("secret"), {}});
+    ASSERT_TRUE(waitState("disconnected"));
+    EXPECT_EQ(states.back(),
+              QStringLiteral("disconnected: port %1 of this machine belongs to another user "
+                             "(nobody, id 65534); nothing was sent to it")
+                  .arg(gateway.url().port())
+                  .toStdString());
+    EXPECT_EQ(peerUsers.asked.peerPort, gateway.url().port());
+    peerUsers.stranger.reset();
+    ASSERT_TRUE(waitHandshakes(1));
+    EXPECT_EQ(frames, 1);
+}
+
+TEST_F(GatewayClientTest, ADecisionWithoutAnAnswerEndsAndALateAnswerIsTold)
+{
+    const auto decide = [](GatewayClient *to) -> QCoro::Task<GatewayClient::CallResult> {
+        co_return co_await to->resolveApproval(QStringLiteral("a"), ApprovalDecision::Deny);
+    };
+    QStringList late;
+    QObject::connect(&client, &GatewayClient::decisionConfirmedLate, &client,
+                     [&](const QString &id) { late.append(id); });
+    client.setDecisionTimeLimit(std::chrono::milliseconds(50));
+    start();
+    ASSERT_TRUE(waitHandshakes(1));
+    gateway.announce(
+        {.approvalId = QStringLiteral("a"), .command = QStringLiteral("ls"), .agentId = {}});
+    gateway.setDecisionBehaviour({.fault = DecisionFault::NeverAnswer});
+    const auto unanswered
+        = GatewayClient::CallResult(std::unexpected(GatewayClientError::timedOut()));
+    EXPECT_EQ(bram::test::waitFor(decide(&client)), unanswered);
+    gateway.setDecisionBehaviour({.fault = DecisionFault::Delay, .delayMs = 200});
+    EXPECT_EQ(bram::test::waitFor(decide(&client)), unanswered);
+    EXPECT_TRUE(waitUntil([&] { return late == QStringList(QStringLiteral("a")); }));
+    EXPECT_EQ(states.back(), "connected");
+}
+
+TEST_F(GatewayClientTest, AfterACleanEndItIsBackAtOnceUnlessThatWasAtOnce)
+{
+    QWebSocketServer server(QStringLiteral("clean"), QWebSocketServer::NonSecureMode);
+    ASSERT_TRUE(server.listen(QHostAddress::LocalHost));
+    std::chrono::milliseconds life {1100};
+    QObject::connect(&server, &QWebSocketServer::newConnection, &server, [&] {
+        auto *peer = server.nextPendingConnection();
+        peer->setParent(&server);
+        QObject::connect(peer, &QWebSocket::textMessageReceived, peer, [&, peer](QString text) {
+            peer->sendTextMessage(
+                QStringLiteral(R"({"type":"res","ok":true,"id":"%1"})")
+                    .arg(QJsonDocument::fromJson(text.toUtf8())[u"id"].toString()));
+            QTimer::singleShot(life, peer, [peer] { peer->close(); });
+        });
+    });
+    for (const bool isShort : {false, true}) {
+        states.clear();
+        handshakes = 0;
+        client.start({server.serverUrl(), {}});
+        ASSERT_TRUE(waitState("disconnected: Gateway closed the connection"));
+        QElapsedTimer wait;
+        wait.start();
+        ASSERT_TRUE(waitHandshakes(2));
+        EXPECT_EQ(wait.hasExpired(700), isShort);
+        life = std::chrono::milliseconds(100);
+    }
+}
+
+TEST_F(GatewayClientTest, APeerThatResetsIsOneConnectionAnAttempt)
+{
+    const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_in address = {};
+    socklen_t size = sizeof address;
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    auto *generic = reinterpret_cast<sockaddr *>(&address);
+    ASSERT_EQ(bind(listener, generic, size), 0);
+    ASSERT_EQ(::listen(listener, 16), 0);
+    getsockname(listener, generic, &size);
+    std::atomic<int> accepted = 0;
+    std::thread resetting([&] {
+        for (int peer = accept(listener, nullptr, nullptr); peer >= 0;
+             peer = accept(listener, nullptr, nullptr)) {
+            ++accepted;
+            const linger abruptly {1, 0};
+            setsockopt(peer, SOL_SOCKET, SO_LINGER, &abruptly, sizeof abruptly);
+            ::close(peer);
+        }
+    });
+    // A program that comes late finds the connection reset before it has seen it made.
+    QObject::connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::awake,
+                     &client, [] { usleep(2000); });
+    client.start({QUrl(QStringLiteral("ws://127.0.0.1:%1").arg(ntohs(address.sin_port))), {}});
+    EXPECT_TRUE(waitState("disconnected"));
+    EXPECT_EQ(accepted, 1);
+    shutdown(listener, SHUT_RDWR);
+    resetting.join();
+    ::close(listener);
 }
 
 TEST_F(StrictGateway, FirstHandshakeWithoutNonceIsRefusedOrChallengedThenSucceeds)
@@ -170,9 +291,17 @@ TEST_F(GatewayClientTest, HostileFramesEndTheConnectionWithOneClearReasonOrAreIg
     ASSERT_TRUE(waitHandshakes(1));
     gateway.sendRawText(QStringLiteral("{\"type\":\"event\",\"event\":\"tick\"}"));
     gateway.sendRawText(QStringLiteral("{\"type\":\"res\",\"id\":\"nobody\",\"ok\":true}"));
+    // What is too large is dropped and told, and the connection goes on.
+    qint64 refused = 0;
+    QObject::connect(&client, &GatewayClient::messageRefused, &client,
+                     [&](qint64 bytes) { refused += bytes; });
+    constexpr qsizetype tooLarge = 4 * 1024 * 1024 + 1;
+    gateway.sendRawBinary(QByteArray(tooLarge, ' '));
+    gateway.sendRawText(QString(tooLarge, u' '));
     gateway.sendRawBinary(
         R"({"type":"event","event":"exec.approval.resolved","payload":{"id":"binary"}})");
     ASSERT_TRUE(waitUntil([this] { return events.size() == 1; }));
+    EXPECT_EQ(refused, 2 * tooLarge);
     EXPECT_EQ(states.back(), "connected");
 
     struct Case {
@@ -182,7 +311,6 @@ TEST_F(GatewayClientTest, HostileFramesEndTheConnectionWithOneClearReasonOrAreIg
     const std::vector<Case> cases {
         {"not json", "disconnected: Gateway sent an invalid frame: "},
         {QByteArray(5000, '['), "disconnected: Gateway sent an invalid frame: "},
-        {QByteArray(4 * 1024 * 1024 + 1, ' '), "disconnected: Gateway sent a message over 4 MiB"},
     };
     int round = 1;
     for (const auto &[frame, reason] : cases) {
@@ -220,6 +348,9 @@ TEST_F(GatewayClientTest, APeerThatIsNoGatewayIsAReasonNotACrash)
     states.clear();
     client.start({QUrl(QStringLiteral("ws://127.0.0.1:%1").arg(server.serverPort())), {}});
     ASSERT_TRUE(waitState("disconnected"));
+    EXPECT_EQ(states.back(), "disconnected: Connection refused");
+    client.start({QUrl(QStringLiteral("ws://no-such-host.invalid:1")), {}});
+    ASSERT_TRUE(waitState("disconnected: Host not found"));
 }
 
 TEST_F(GatewayClientTest, RestartFromWithinAReportWins)

@@ -207,6 +207,28 @@ TEST_F(Decision, ABulkAllowsNothingThatHasChangedBeforeItsTurn)
     EXPECT_EQ(std::ranges::count(received, ids.last(), &ReceivedDecision::approvalId), 0);
 }
 
+TEST_F(Decision, OneThatIsNeverAnsweredCanBeTakenAgainAndALateAnswerCounts)
+{
+    makeConnectedCore();
+    core->client().setDecisionTimeLimit(std::chrono::milliseconds(100));
+    request(item("a"));
+    gateway.setDecisionBehaviour({.fault = DecisionFault::NeverAnswer});
+    decide("a", ApprovalDecision::AllowOnce);
+    ASSERT_TRUE(waitSettled(1));
+    EXPECT_EQ(settled.first().outcome,
+              (DecisionOutcome {Kind::Failed,
+                                QStringLiteral("not confirmed: the gateway did not answer")}));
+    gateway.setDecisionBehaviour({.fault = DecisionFault::Delay, .delayMs = 400});
+    decide("a", ApprovalDecision::Deny);
+    ASSERT_TRUE(waitSettled(2));
+    EXPECT_EQ(settled.at(1).outcome.kind, Kind::Failed);
+    EXPECT_NE(board().find(QStringLiteral("a")), nullptr);
+    ASSERT_TRUE(waitSettled(3));
+    EXPECT_EQ(settled.at(2).outcome.kind, Kind::Confirmed);
+    EXPECT_EQ(settled.at(2).decision, ApprovalDecision::Deny);
+    EXPECT_EQ(board().find(QStringLiteral("a")), nullptr);
+}
+
 TEST_F(Decision, StoppingEndsADecisionUnderWay)
 {
     makeConnectedCore();

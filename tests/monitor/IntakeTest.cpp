@@ -253,7 +253,12 @@ TEST_F(Intake, AgentFilterHidesButKeeps)
 TEST_F(Intake, AnyEventProvesTheConnectionAndStateLinesAreWrittenOnChangeOnly)
 {
     makeCore();
+    monitor().handleGatewayEvent(ApprovalResolved {QStringLiteral("made up")});
     EXPECT_EQ(monitor().gatewayStatus().lines().connectionIndicator, IndicatorState::Gray);
+    makeConnectedCore();
+    core->status().setConnection(QStringLiteral("no decision"), IndicatorState::Red);
+    core->status().setTokenState(TokenSyncState::Checking);
+    log.clear();
     requested(item("a"));
     EXPECT_EQ(monitor().gatewayStatus().lines().connectionStatus,
               QStringLiteral("Gateway connected"));

@@ -198,7 +198,7 @@ TEST_F(RecordOperationsTest, theBundleSaysWhatAHelperNeeds)
     EXPECT_EQ(snapshot[u"surface"_s][u"screens"_s][0].toString(), u"1920x1080 at 2"_s);
     EXPECT_EQ(snapshot[u"counters"_s][u"requested"_s].toInt(), 1);
     EXPECT_EQ(snapshot[u"approvals"_s][u"displayed"_s].toInt(), 1);
-    EXPECT_EQ(snapshot[u"gateway"_s][u"indicator"_s].toString(), u"green"_s);
+    EXPECT_EQ(snapshot[u"gateway"_s][u"indicator"_s].toString(), u"gray"_s);
     EXPECT_EQ(snapshot[u"settings"_s][u"language"_s].toString(), u"eng"_s);
     const auto allowed = snapshot[u"settings"_s][u"alwaysAllow"_s].toObject();
     for (const auto &[key, count] :

@@ -21,6 +21,11 @@ public:
         const std::scoped_lock lock(m_mutex);
         m_lines.append(line.toString());
     }
+    void clear()
+    {
+        const std::scoped_lock lock(m_mutex);
+        m_lines.clear();
+    }
     QStringList lines() const
     {
         const std::scoped_lock lock(m_mutex);

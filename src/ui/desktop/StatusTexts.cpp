@@ -48,7 +48,7 @@ QList<StatusLine> statusLines(const GatewayStatus::Lines &gateway, const StatusL
                               MenuLanguage language)
 {
     QList<StatusLine> lines {
-        {honestLine(gateway.connectionStatus).text, gateway.connectionIndicator},
+        {honestLine(gateway.connectionLine()).text, gateway.connectionIndicator},
         {tokenText(gateway.tokenState, language), tokenIndicator(gateway.tokenState)},
         {honestLine(notifications.text).text, notifications.indicator},
         telegramLine(telegram),
@@ -72,7 +72,7 @@ QString trayToolTip(const GatewayStatus::Lines &gateway, const AuditLogCondition
     const QString pending = badgeCount > 0
         ? StatusTr::tr("%1 waiting for a decision").arg(badgeCount)
         : StatusTr::tr("nothing waits for a decision");
-    QStringList lines {label, honestLine(gateway.connectionStatus).text, pending};
+    QStringList lines {label, honestLine(gateway.connectionLine()).text, pending};
     for (const AuditNotice &notice : auditNotices(audit)) {
         lines.append(notice.text);
     }

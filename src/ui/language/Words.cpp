@@ -57,7 +57,8 @@ constexpr WordRow<ActivityAction> activityActions[] = {
     {ActivityAction::ClearBothLists, QT_TRANSLATE_NOOP("Words", "both lists cleared")},
     {ActivityAction::PopupQueueFull,
      QT_TRANSLATE_NOOP("Words", "too many requests, newer ones only listed")},
-    {ActivityAction::ReconnectGateway, QT_TRANSLATE_NOOP("Words", "reconnected to the gateway")},
+    {ActivityAction::ReconnectGateway,
+     QT_TRANSLATE_NOOP("Words", "asked for a new connection to the gateway")},
     {ActivityAction::ReloadGatewayToken, QT_TRANSLATE_NOOP("Words", "gateway token reloaded")},
 };
 

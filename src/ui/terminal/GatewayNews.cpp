@@ -37,7 +37,7 @@ void GatewayNews::tell()
     }
     if (!m_said.contains(text)) {
         m_said.append(text);
-        m_voice.say(text);
+        m_voice.say(status.connectionLine());
     }
 }
 

@@ -266,7 +266,7 @@ TerminalLines statusLines(const GatewayStatus::Lines &status, qsizetype pendingC
                           qsizetype notShownCount, int columns)
 {
     TerminalLines lines = messageLines(
-        TerminalTr::tr("Gateway: ") + status.connectionStatus, columns,
+        TerminalTr::tr("Gateway: ") + status.connectionLine(), columns,
         status.connectionIndicator == IndicatorState::Red ? LineStyle::Danger : LineStyle::Plain);
     lines.append(messageLines(
         TerminalTr::tr("Gateway token: ") + tokenStateWords(status.tokenState), columns));
