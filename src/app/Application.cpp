@@ -67,8 +67,9 @@ Application::Application(Parts parts, const Clock &clock)
     connect(&m_signals, &TerminationSignals::requested, this, &Application::shutDown);
     connect(&m_core.monitor(), &ApprovalMonitor::started, this, &Application::runExercises);
     connect(&m_core.exercises(), &ReliabilityExercises::selfTestFinished, this,
-            [this](bool success) {
+            [this](bool success, const QString &verdict) {
                 m_selfTestSucceeded = success;
+                m_verdict = verdict;
                 shutDown();
             });
     m_limit.setSingleShot(true);

@@ -36,6 +36,8 @@ public:
 
     void start();
 
+    /// How a self-test ended, in one line; empty when none was made.
+    const QString &verdict() const { return m_verdict; }
     /// For the process: success, unless a self-test was asked for and did not succeed.
     int exitStatus() const;
 
@@ -70,6 +72,7 @@ private:
     };
     Phase m_phase = Phase::Running;
     bool m_selfTestSucceeded = false;
+    QString m_verdict;
 };
 
 } // namespace bram

@@ -123,6 +123,9 @@ int runProgram(QCoreApplication &application, const bram::LaunchOptions &options
         [] { QCoreApplication::exit(EXIT_SUCCESS); }, Qt::QueuedConnection);
     program.start();
     const int status = application.exec();
+    if (!program.verdict().isEmpty()) {
+        print(stdout, program.verdict() + u'\n');
+    }
     return status == EXIT_SUCCESS ? program.exitStatus() : status;
 }
 

@@ -3,6 +3,7 @@
 
 #include "gateway/GatewaySession.h"
 #include "gateway/GatewayStatus.h"
+#include "gateway/MaskedReason.h"
 #include "system/BackgroundTasks.h"
 #include "system/SystemLog.h"
 
@@ -168,6 +169,16 @@ void ApprovalMonitor::handleConnectionState(const GatewayConnectionState &state)
                          : std::holds_alternative<GatewayConnected>(state)
                          ? u"state.connected"_s
                          : u"state.disconnected"_s);
+}
+
+void ApprovalMonitor::recoverFromSimulation(const GatewayDisconnected &madeUp)
+{
+    GatewayStatus &status = m_collaborators.status;
+    if (status.lines().remoteApprovalLockReason == maskedReason(madeUp.reason)) {
+        status.unlockRemoteApproval();
+    }
+    m_supervision.allowAutomaticTokenResync();
+    m_collaborators.session.connectGateway();
 }
 
 void ApprovalMonitor::showConnectionAsWorking()

@@ -150,7 +150,7 @@ QCoro::Task<bool> RecordOperations::exportingReport(Self self, OperatorPrompts *
         co_await prompts->inform(alert);
         co_return false;
     }
-    const Alert alert {tr("Saved"), tr("Saved last 7 days audit data.")};
+    const Alert alert {tr("Saved"), tr("Saved last 7 days audit data.") + u'\n' + path};
     co_await prompts->inform(alert);
     co_return true;
 }
@@ -314,7 +314,7 @@ QCoro::Task<bool> RecordOperations::savingPending(Self self, OperatorPrompts *pr
 {
     using Saved = std::expected<void, Error>;
     std::function<Saved()> work
-        = [path, bytes = text.toUtf8()] { return writeWholeFile(path, bytes); };
+        = [path, bytes = text.toUtf8() + '\n'] { return writeWholeFile(path, bytes); };
     const Saved abandoned = std::unexpected(Error {u"the program ends"_s});
     const Saved saved = co_await self->m_worker.run<Saved>(abandoned, std::move(work));
     if (!self) {

@@ -37,6 +37,10 @@ namespace
 {
 constexpr auto pauseBeforeDisconnect = 450ms;
 constexpr auto pauseBeforeMeasuring = 1600ms;
+const QString lowRiskId = u"sim-low-"_s;
+const QString highRiskId = u"sim-high-"_s;
+const QString simulatedRefusal = u"unauthorized (simulation): token revoked"_s;
+const QString testedRefusal = u"unauthorized (self-test): token revoked"_s;
 const QString unnamedAgent = u"main"_s; ///< who asks when no agent is selected
 
 Alert simulationAlert()
@@ -146,22 +150,40 @@ QCoro::Task<> ReliabilityExercises::simulateForOperator(QPointer<ReliabilityExer
                                                         OperatorPrompts *prompts)
 {
     const QStringList ids = co_await simulate(self);
-    if (prompts != nullptr && !ids.isEmpty()) {
-        co_await prompts->inform(simulationAlert());
+    if (ids.isEmpty() || !self) {
+        co_return;
     }
+    self->m_collaborators.tasks.spawn(recover(self, simulatedRefusal), u"simulation"_s);
+    if (prompts != nullptr) {
+        const Alert alert = simulationAlert();
+        co_await prompts->inform(alert);
+    }
+}
+
+QCoro::Task<> ReliabilityExercises::recover(QPointer<ReliabilityExercises> self, QString reason)
+{
+    const bool goesOn = co_await self->pause(pauseBeforeMeasuring);
+    if (goesOn && self) {
+        self->m_collaborators.monitor.recoverFromSimulation({reason});
+    }
+}
+
+bool ReliabilityExercises::isMadeUp(const QString &approvalId)
+{
+    return approvalId.startsWith(lowRiskId) || approvalId.startsWith(highRiskId);
 }
 
 QCoro::Task<QStringList> ReliabilityExercises::simulate(QPointer<ReliabilityExercises> self)
 {
     const QStringList ids {
-        self->simulateRequest(u"sim-low-"_s, u"ls -la ~/Downloads"_s),
-        self->simulateRequest(u"sim-high-"_s, u"sudo rm -rf ~/Library/Caches/brackwen-sim"_s)};
+        self->simulateRequest(lowRiskId, u"ls -la ~/Downloads"_s),
+        self->simulateRequest(highRiskId, u"sudo rm -rf ~/Library/Caches/brackwen-sim"_s)};
     const bool goesOn = co_await self->pause(pauseBeforeDisconnect);
     if (!goesOn || !self) {
         co_return QStringList();
     }
-    self->m_collaborators.monitor.handleConnectionState(GatewayDisconnected {
-        .reason = u"unauthorized (simulation): token revoked"_s, .isExercise = true});
+    self->m_collaborators.monitor.handleConnectionState(
+        GatewayDisconnected {.reason = simulatedRefusal, .isExercise = true});
     self->m_collaborators.log.write(
         u"[Brackwen] startup simulation executed (approval x2 + token-revocation disconnect)"_s);
     co_return ids;
@@ -183,9 +205,9 @@ QString ReliabilityExercises::simulateRequest(const QString &idBeginning, const 
 QCoro::Task<> ReliabilityExercises::testSelf(QPointer<ReliabilityExercises> self,
                                              QString resultPath)
 {
-    const bool success = co_await measure(self, resultPath);
+    const Verdict verdict = co_await measure(self, resultPath);
     if (self) {
-        Q_EMIT self->selfTestFinished(success);
+        Q_EMIT self->selfTestFinished(verdict.isSuccess(), verdict.text(resultPath));
     }
 }
 
@@ -193,16 +215,17 @@ QCoro::Task<> ReliabilityExercises::testSelfForOperator(QPointer<ReliabilityExer
                                                         OperatorPrompts *prompts,
                                                         QString resultPath)
 {
-    const bool success = co_await measure(self, resultPath);
+    const Verdict verdict = co_await measure(self, resultPath);
     if (!self || !self->m_running) {
         co_return;
     }
-    const Alert alert = selfTestAlert(success, resultPath);
+    self->m_collaborators.monitor.recoverFromSimulation({testedRefusal});
+    const Alert alert = selfTestAlert(verdict.isSuccess(), resultPath);
     co_await prompts->inform(alert);
 }
 
-QCoro::Task<bool> ReliabilityExercises::measure(QPointer<ReliabilityExercises> self,
-                                                QString resultPath)
+QCoro::Task<ReliabilityExercises::Verdict>
+ReliabilityExercises::measure(QPointer<ReliabilityExercises> self, QString resultPath)
 {
     if (!isStream(resultPath)) {
         QFile::remove(resultPath);
@@ -212,31 +235,51 @@ QCoro::Task<bool> ReliabilityExercises::measure(QPointer<ReliabilityExercises> s
     const qint64 requestedBefore = monitor.metrics().requestedCount;
     const QStringList ids = co_await simulate(self);
     if (ids.isEmpty() || !self) {
-        co_return false;
+        co_return Verdict();
     }
-    monitor.handleConnectionState(GatewayDisconnected {
-        .reason = u"unauthorized (self-test): token revoked"_s, .isExercise = true});
+    monitor.handleConnectionState(
+        GatewayDisconnected {.reason = testedRefusal, .isExercise = true});
     const bool goesOn = co_await self->pause(pauseBeforeMeasuring);
     if (!goesOn || !self) {
-        co_return false;
+        co_return Verdict();
     }
     const AuditFindings findings = co_await self->lookIntoAudit(startMs, ids);
     if (!self) {
-        co_return false;
+        co_return Verdict();
     }
-    const bool areCounted = monitor.metrics().requestedCount - requestedBefore >= ids.size();
-    const bool success = areCounted && findings.hasRequests && findings.hasAuthFailure;
-    const QByteArray result = self->resultJson(findings, success);
+    Verdict verdict;
+    verdict.check(monitor.metrics().requestedCount - requestedBefore >= ids.size(),
+                  u"both requests counted"_s);
+    verdict.check(findings.hasLowRisk, u"the harmless request on record"_s);
+    verdict.check(findings.hasHighRisk, u"the high-risk request on record"_s);
+    verdict.check(findings.hasAuthFailure, u"the refusal by the gateway on record"_s);
+    const QByteArray result = self->resultJson(findings, verdict.isSuccess());
     std::function<bool()> work = [resultPath, result] { return writeResult(resultPath, result); };
     const bool isWritten = co_await self->m_worker.run<bool>(false, std::move(work));
-    if (!self) {
-        co_return false;
-    }
-    if (!isWritten) {
+    verdict.check(isWritten, u"the result written"_s);
+    if (self && !isWritten) {
         self->m_collaborators.log.write(
             QString(u"[Brackwen] self-test: the result could not be written to "_s + resultPath));
     }
-    co_return success &&isWritten;
+    co_return verdict;
+}
+
+void ReliabilityExercises::Verdict::check(bool isRight, const QString &what)
+{
+    ++checkCount;
+    if (!isRight) {
+        failed.append(what);
+    }
+}
+
+QString ReliabilityExercises::Verdict::text(const QString &resultPath) const
+{
+    return isSuccess()
+        ? u"Self-test passed: %1 checks (result: %2)"_s.arg(QString::number(checkCount), resultPath)
+        : checkCount == 0
+        ? u"Self-test failed: it was interrupted"_s
+        : u"Self-test failed: not as it should be: %1 (%2 checks; result: %3)"_s.arg(
+              failed.join(u", "_s), QString::number(checkCount), resultPath);
 }
 
 QByteArray ReliabilityExercises::resultJson(const AuditFindings &findings, bool success) const
@@ -285,10 +328,9 @@ ReliabilityExercises::lookIntoAudit(qint64 sinceMs, const QStringList &approvalI
             });
         };
         return AuditFindings {.hasAuthFailure = has(AuditKind::gatewayAuthFailure, std::nullopt),
-                              .hasRequests
-                              = std::ranges::all_of(approvalIds, [&](const QString &id) {
-                                    return has(AuditKind::approvalRequested, id);
-                                })};
+                              .hasLowRisk = has(AuditKind::approvalRequested, approvalIds.value(0)),
+                              .hasHighRisk
+                              = has(AuditKind::approvalRequested, approvalIds.value(1))};
     });
 }
 

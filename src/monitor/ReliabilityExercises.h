@@ -38,13 +38,17 @@ public:
         SystemLog &log;
     };
 
+    /// Whether a request with this id was made up here.
+    static bool isMadeUp(const QString &approvalId);
+
     /// Where the result goes when nothing else was asked for.
     static const QString defaultResultPath;
 
     explicit ReliabilityExercises(const Collaborators &collaborators);
 
     /// A harmless request, one of high risk, and after a moment the end of the connection as if the
-    /// token had been revoked. `prompts`, if it is not null, then tells the operator of it.
+    /// token had been revoked. `prompts`, if it is not null, then tells the operator of it. After another moment the
+    /// connection is as it was.
     void runProgramSimulation(OperatorPrompts *prompts);
 
     /// The same unattended: looks afterwards whether all of it was counted and put on record, and writes what
@@ -60,14 +64,25 @@ public:
     void stop();
 
 Q_SIGNALS:
-    /// `success` says that everything was as it should be and that the result is on the disk.
-    void selfTestFinished(bool success);
+    /// `success` says that everything was as it should be and that the result is on the disk; `verdict` is a line for
+    /// a person, in English, with what was not.
+    void selfTestFinished(bool success, const QString &verdict);
 
 private:
     /// What the audit log says about one run.
     struct AuditFindings {
         bool hasAuthFailure = false;
-        bool hasRequests = false; ///< each of the made-up ones
+        bool hasLowRisk = false;
+        bool hasHighRisk = false;
+    };
+    /// What a self-test has looked at, and what of it was not as it should be.
+    struct Verdict {
+        qsizetype checkCount = 0;
+        QStringList failed {};
+
+        void check(bool isRight, const QString &what);
+        bool isSuccess() const { return checkCount > 0 && failed.isEmpty(); }
+        QString text(const QString &resultPath) const;
     };
 
     static QCoro::Task<> simulateForOperator(QPointer<ReliabilityExercises> self,
@@ -77,7 +92,8 @@ private:
                                              OperatorPrompts *prompts, QString resultPath);
     /// The ids of the requests; empty when the program ends meanwhile.
     static QCoro::Task<QStringList> simulate(QPointer<ReliabilityExercises> self);
-    static QCoro::Task<bool> measure(QPointer<ReliabilityExercises> self, QString resultPath);
+    static QCoro::Task<Verdict> measure(QPointer<ReliabilityExercises> self, QString resultPath);
+    static QCoro::Task<> recover(QPointer<ReliabilityExercises> self, QString reason);
     QString simulateRequest(const QString &idBeginning, const QString &command);
     QByteArray resultJson(const AuditFindings &findings, bool success) const;
 

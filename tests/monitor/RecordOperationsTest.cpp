@@ -81,7 +81,8 @@ TEST_F(RecordOperationsTest, savesTheReportWhereTheOperatorWantsIt)
     EXPECT_EQ(prompts.fileQuestions[0].title, u"Save last 7 days audit data"_s);
     ASSERT_EQ(prompts.alerts.size(), 1);
     EXPECT_EQ(prompts.alerts[0].title, u"Saved"_s);
-    EXPECT_EQ(prompts.alerts[0].text, u"Saved last 7 days audit data."_s);
+    EXPECT_EQ(prompts.alerts[0].text,
+              QString(u"Saved last 7 days audit data.\n"_s + out(u"report.md"_s)));
     EXPECT_EQ(modeOf(out(u"report.md"_s)), 0600u);
     EXPECT_TRUE(contentOf(out(u"report.md"_s)).contains("Total events: 1\n"));
 
@@ -317,7 +318,7 @@ TEST_F(RecordOperationsTest, pendingRequestsGoToTheClipboardOrAFile)
 
     prompts.files = {out(u"pending.txt"_s), out(u"missing/pending.txt"_s)};
     EXPECT_TRUE(test::waitFor(record().copyOrSaveAllPendingApprovalDetails(prompts, copy)));
-    EXPECT_EQ(contentOf(out(u"pending.txt"_s)), copied[0].toUtf8());
+    EXPECT_EQ(contentOf(out(u"pending.txt"_s)), copied[0].toUtf8() + '\n');
     EXPECT_EQ(prompts.fileQuestions[0].title, u"승인 내역 저장"_s);
     EXPECT_TRUE(prompts.fileQuestions[0].suggestedName.startsWith(u"pending-approvals-"_s));
     EXPECT_TRUE(prompts.fileQuestions[0].suggestedName.endsWith(u".txt"_s));

@@ -5,6 +5,7 @@
 #include "model/HonestDisplay.h"
 #include "monitor/ApprovalMonitor.h"
 #include "monitor/BulkAllow.h"
+#include "monitor/ReliabilityExercises.h"
 #include "system/BackgroundTasks.h"
 #include "system/Clock.h"
 #include "system/Files.h"
@@ -392,6 +393,14 @@ void RequestDialogue::onSettled(const QString &approvalId, ApprovalDecision deci
         return; // never shown here, for instance allowed by a rule
     }
     m_leaving.removeIf([&](const Leaving &leaving) { return leaving.approvalId == approvalId; });
+    if (outcome.kind == DecisionOutcome::Kind::ResolvedElsewhere
+        && ReliabilityExercises::isMadeUp(approvalId)) {
+        m_voice.say(
+            TerminalTr::tr("#%1 was made up by an exercise: your decision was tried, and the "
+                           "gateway knows of no such request.")
+                .arg(*number));
+        return;
+    }
     m_voice.say(outcomeText(*number, decision, outcome),
                 outcome.kind == DecisionOutcome::Kind::Failed ? LineStyle::Warning
                                                               : LineStyle::Plain);
