@@ -11,6 +11,10 @@
         <source>misleading characters</source>
         <translation>혼동을 주는 문자</translation>
     </message>
+    <message>
+        <source>until %1</source>
+        <translation>%1까지</translation>
+    </message>
 </context>
 <context>
     <name>PartsUsed</name>
@@ -927,10 +931,6 @@
         <translation>#%1 요청이 만료되었습니다.</translation>
     </message>
     <message>
-        <source>made-up requests; nothing is executed</source>
-        <translation>꾸며 낸 요청이며 아무것도 실행되지 않습니다</translation>
-    </message>
-    <message>
         <source>… %1 characters are left out here …</source>
         <translation>… 여기서 %1자를 생략함 …</translation>
     </message>
@@ -997,6 +997,10 @@
     <message>
         <source>setting NAME on|off     turn one of them on or off</source>
         <translation>setting NAME on|off     그 설정을 켜거나 끄기</translation>
+    </message>
+    <message>
+        <source>#%1 was made up by an exercise: your decision was tried, and the gateway knows of no such request.</source>
+        <translation>#%1 요청은 연습용으로 꾸며 낸 것입니다. 결정을 보냈지만 게이트웨이에 그런 요청은 없습니다.</translation>
     </message>
 </context>
 <context>
@@ -1189,13 +1193,13 @@
         <source>asked for a new connection to the gateway</source>
         <translation>게이트웨이에 새 연결을 요청함</translation>
     </message>
+    <message>
+        <source>PRACTICE: gateway, chat, tokens and requests are made up</source>
+        <translation>연습: 게이트웨이, 채팅, 토큰, 요청은 모두 꾸며 낸 것입니다</translation>
+    </message>
 </context>
 <context>
     <name>bram::AboutWindow</name>
-    <message>
-        <source>About BrackwenApprovalsMenu</source>
-        <translation>BrackwenApprovalsMenu 정보</translation>
-    </message>
     <message>
         <source>Version %1</source>
         <translation>버전 %1</translation>
@@ -1219,6 +1223,10 @@
     <message>
         <source>&amp;Close</source>
         <translation>닫기(&amp;C)</translation>
+    </message>
+    <message>
+        <source>About BRAM</source>
+        <translation>BRAM 정보</translation>
     </message>
 </context>
 <context>
@@ -2564,14 +2572,6 @@ Result, if there is one: %1</source>
         <translation>언어 (Language)</translation>
     </message>
     <message>
-        <source>About BrackwenApprovalsMenu</source>
-        <translation>BrackwenApprovalsMenu 정보</translation>
-    </message>
-    <message>
-        <source>Quit BrackwenApprovalsMenu</source>
-        <translation>BrackwenApprovalsMenu 종료</translation>
-    </message>
-    <message>
         <source>Pending approvals</source>
         <translation>대기 중인 승인</translation>
     </message>
@@ -2611,6 +2611,14 @@ Result, if there is one: %1</source>
         <source>Deny All pending (%1)</source>
         <translation>대기 중 모두 거부 (%1)</translation>
     </message>
+    <message>
+        <source>About BRAM</source>
+        <translation>BRAM 정보</translation>
+    </message>
+    <message>
+        <source>Quit BRAM</source>
+        <translation>BRAM 종료</translation>
+    </message>
 </context>
 <context>
     <name>bram::StatusWindow</name>
@@ -2621,10 +2629,6 @@ Result, if there is one: %1</source>
     <message>
         <source>Hide</source>
         <translation>숨기기</translation>
-    </message>
-    <message>
-        <source>Brackwen Approvals</source>
-        <translation>Brackwen 승인</translation>
     </message>
     <message>
         <source>This desktop shows no tray icons, so the requests are listed here. The icon appears by itself once there is a tray.</source>

@@ -131,7 +131,8 @@ Notification ApprovalNotifications::toNotification(const ApprovalItem &item) con
     const bool isHighRisk = commandRiskLevel(item.command) == CommandRisk::High;
     return {.tag = tagFor(item.approvalId),
             .title
-            = isHighRisk ? u"Brackwen HIGH-RISK approval needed"_s : u"Brackwen approval needed"_s,
+            = (isHighRisk ? u"Brackwen HIGH-RISK approval needed"_s : u"Brackwen approval needed"_s)
+                + (m_mark.isEmpty() ? QString() : u" · "_s + m_mark),
             .body = notificationBody(item.command),
             .category = approvalCategory,
             .isUrgent = isHighRisk,

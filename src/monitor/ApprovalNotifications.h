@@ -75,6 +75,9 @@ public:
     /// Takes all notifications off the screen: after the end of the program their buttons would be dead.
     void stop();
 
+    /// What every title ends with, as that it is an exercise; empty for nothing.
+    void setMark(const QString &mark) { m_mark = mark; }
+
     const NotificationLine &line() const { return m_line; }
 
     void schedule(const ApprovalItem &item) override;
@@ -114,6 +117,7 @@ private:
     const StoredSwitch *m_allowPartlyShown = nullptr;
     BannerReading m_reading;
     NotificationLine m_line;
+    QString m_mark;
     QTimer m_failureShown; ///< while it runs, the line tells of a failure
     QHash<QString, Asked> m_asked; ///< by tag
     std::set<std::pair<qint64, QString>> m_expiries; ///< of these: when, and which tag

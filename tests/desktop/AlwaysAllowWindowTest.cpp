@@ -97,6 +97,7 @@ protected:
                                            .tasks = core->tasks(),
                                            .language = core->language(),
                                            .environment = core->environment(),
+                                           .clock = clock,
                                            .surface = [] { return SurfaceFacts(); }});
         presenter = std::make_unique<AlwaysAllowWindowPresenter>(
             AlwaysAllowWindow::Collaborators {.operations = core->alwaysAllow(),

@@ -198,6 +198,17 @@ TEST_F(DesktopRoad, whatWasMeantForSomethingElseDecidesNothing)
     EXPECT_TRUE(gateway->says(u"decision first-1 allow-once accepted"_s));
 }
 
+TEST_F(DesktopRoad, practiceSaysSoOnEveryWindowInTheMenuAndInNotifications)
+{
+    environment.insert(u"TMPDIR"_s, home.path());
+    auto bram = startBram({u"--practice"_s});
+    ExportedMenu tray(bram->processId());
+    ASSERT_TRUE(tray.waitForItem());
+    EXPECT_TRUE(waitUntil([] { return !windowTitled(popupTitle + u" — PRACTICE"_s).isEmpty(); }));
+    EXPECT_THAT(tray.labels(),
+                Contains(QString(u"PRACTICE: gateway, chat, tokens and requests are made up"_s)));
+}
+
 TEST_F(DesktopRoad, endsAtOnceWhateverIsOpen)
 {
     const QString script = u"wait-client\n"
@@ -211,7 +222,7 @@ TEST_F(DesktopRoad, endsAtOnceWhateverIsOpen)
         ASSERT_TRUE(tray.waitForItem());
         ASSERT_TRUE(popupIsThere());
         ASSERT_TRUE(tray.click({u"Open Window"_s}));
-        ASSERT_TRUE(waitUntil([] { return !windowTitled(u"Brackwen Approvals"_s).isEmpty(); }));
+        ASSERT_TRUE(waitUntil([] { return !windowTitled(u"BRAM"_s).isEmpty(); }));
         ASSERT_TRUE(tray.click({u"Pending approvals (3)"_s, u"main: ls -la"_s, u"Show Details"_s}));
         ASSERT_TRUE(waitUntil([] { return !windowTitled(u"Request details"_s).isEmpty(); }));
         if (byMenu) {
@@ -245,7 +256,7 @@ TEST_F(DesktopRoad, survivesThatDaemonAndPanelDieAndReturn)
         [&] { return tray.labels().join(u'|').contains(u"Notifications: unavailable"_s); }, 8000))
         << qPrintable(tray.labels().join(u"|"_s));
     run({u"stop-tray"_s});
-    EXPECT_TRUE(waitUntil([] { return !windowTitled(u"Brackwen Approvals"_s).isEmpty(); }));
+    EXPECT_TRUE(waitUntil([] { return !windowTitled(u"BRAM"_s).isEmpty(); }));
     EXPECT_TRUE(decidesBy(*gateway, u"decision before-1 allow-once accepted"_s, [] {
         run({u"xdotool"_s, u"windowactivate"_s, u"--sync"_s, windowTitled(popupTitle)});
         key(u"ctrl+alt+shift+o"_s);
@@ -253,7 +264,7 @@ TEST_F(DesktopRoad, survivesThatDaemonAndPanelDieAndReturn)
 
     run({u"start-notifications"_s});
     run({u"start-tray"_s});
-    EXPECT_TRUE(waitUntil([] { return windowTitled(u"Brackwen Approvals"_s).isEmpty(); }));
+    EXPECT_TRUE(waitUntil([] { return windowTitled(u"BRAM"_s).isEmpty(); }));
     EXPECT_TRUE(waitUntil(
         [&] { return tray.labels().join(u'|').contains(u"Notifications: enabled"_s); }, 8000));
     ASSERT_TRUE(waitUntil([] { return shownNotifications() == 1; }));

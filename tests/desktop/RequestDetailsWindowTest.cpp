@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ui/desktop/RequestDetailsWindow.h"
 
+#include "support/Doubles.h"
 #include "support/Waiting.h"
 
 #include "ui/desktop/CommandTextView.h"
@@ -48,7 +49,8 @@ void push(const QWidget &window, const QString &text)
 
 TEST(RequestDetailsWindow, ShowsARequestOrARowOfTheHistoryWhole)
 {
-    RequestDetailsWindow window;
+    test::ManualClock clock;
+    RequestDetailsWindow window(clock);
     const ApprovalItem item {u"id-1"_s, u"sudo a\u202Eb\nc"_s, u"agent\n"_s, 1'718'000'000'000, 0};
     window.open(RequestDetails::of(item));
     EXPECT_THAT(wordsOf(window),
@@ -65,6 +67,14 @@ TEST(RequestDetailsWindow, ShowsARequestOrARowOfTheHistoryWhole)
     EXPECT_EQ(QGuiApplication::clipboard()->text(), item.pretty());
     push(window, u"Copy ID"_s);
     EXPECT_EQ(QGuiApplication::clipboard()->text(), u"id-1");
+
+    ApprovalItem expiring = item;
+    expiring.expiresAtMs = clock.current + 60'000;
+    window.open(RequestDetails::of(expiring));
+    EXPECT_TRUE(wordsOf(window).join(u'|').contains(u"(expires in 60 s)"_s));
+    clock.current += 60'000;
+    EXPECT_TRUE(
+        test::waitUntil([&] { return wordsOf(window).join(u'|').contains(u"(expired)"_s); }));
 
     const ApprovalHistoryEntry unseen {u"id-2-1"_s,
                                        u"id-2"_s,
@@ -93,7 +103,8 @@ TEST(RequestDetailsWindow, ShowsARequestOrARowOfTheHistoryWhole)
 
 TEST(RequestDetailsWindow, AllowsAPendingRequestOnceItsEndHasBeenInView)
 {
-    RequestDetailsWindow window;
+    test::ManualClock clock;
+    RequestDetailsWindow window(clock);
     QList<ApprovalDecision> chosen;
     qsizetype readCount = 0;
     QObject::connect(

@@ -61,6 +61,7 @@ protected:
                                            .tasks = core->tasks(),
                                            .language = core->language(),
                                            .environment = core->environment(),
+                                           .clock = clock,
                                            .surface = [] { return SurfaceFacts(); }});
         windows = std::make_unique<UtilityWindows>(UtilityWindows::Collaborators {
             .actions = *actions,

@@ -46,6 +46,7 @@ protected:
             .tasks = core->tasks(),
             .language = core->language(),
             .environment = core->environment(),
+            .clock = clock,
             .surface =
                 [] {
                     return desktopSurface(TrayHost::StatusNotifier,
@@ -137,8 +138,9 @@ TEST(StatusTexts, AnAuditLogThatCannotBeWrittenIsRedAndInTheToolTip)
     const auto lines = statusLines({}, {}, {}, failing, MenuLanguage::English);
     EXPECT_EQ(lines.constLast().indicator, IndicatorState::Red);
     EXPECT_TRUE(lines.constLast().text.endsWith(failing.problem));
-    EXPECT_TRUE(trayToolTip({}, failing, 0).contains(lines.constLast().text));
-    EXPECT_FALSE(trayToolTip({}, {}, 0).contains(u"audit"_s));
+    EXPECT_TRUE(trayToolTip({}, failing, 0, false).contains(lines.constLast().text));
+    EXPECT_FALSE(trayToolTip({}, {}, 0, false).contains(u"audit"_s));
+    EXPECT_TRUE(trayToolTip({}, {}, 0, true).startsWith(u"BRAM · PRACTICE\n"_s));
     const AuditLogCondition lossy {.lostEvents = 7, .archivesDeletedEarly = 1};
     EXPECT_EQ(statusLines({}, {}, {}, lossy, MenuLanguage::English).size(), lines.size() + 1);
 }
@@ -234,7 +236,7 @@ TEST_F(StatusMenuTest, whatIsTakenOutIsWhereTheOperatorWantedIt)
     prompts.files = {report};
     take("Save last 7 days");
     EXPECT_GT(QFileInfo(report).size(), 0);
-    EXPECT_EQ(prompts.alerts.constLast().text, u"Saved last 7 days audit data."_s);
+    EXPECT_EQ(prompts.alerts.constLast().title, u"Saved"_s);
     take("View last 7 days");
     EXPECT_GT(QFileInfo(prompts.opened.value(0)).size(), 0);
 

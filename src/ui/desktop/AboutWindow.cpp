@@ -24,7 +24,7 @@ constexpr int fewLines = 6;
 
 AboutWindow::AboutWindow()
     : m_crest(new QLabel(this))
-    , m_name(new QLabel(u"BrackwenApprovalsMenu"_s, this))
+    , m_name(new QLabel(u"BRAM"_s, this))
     , m_version(new QLabel(this))
     , m_text(new QLabel(this))
     , m_licencesTitle(new QLabel(this))
@@ -99,7 +99,7 @@ QLayout *AboutWindow::makeHead()
 
 void AboutWindow::retranslate()
 {
-    setWindowTitle(tr("About BrackwenApprovalsMenu"));
+    setWindowTitle(tr("About BRAM"));
     m_crest->setAccessibleName(tr("The program's crest"));
     m_version->setText(tr("Version %1").arg(QStringLiteral(BRAM_VERSION)));
     m_text->setText(tr("An approval orchestrator that watches Brackwen requests in the menu bar "

@@ -53,6 +53,7 @@ void ApprovalPopupPresenter::build()
     m_window->setContent(m_view);
     m_view->setWaitingCount(m_waitingCount);
     m_view->setAllowsPartlyShown(m_allowsPartlyShown);
+    m_view->setMark(m_mark);
     m_watch = std::make_unique<ArmingWatch>(*m_window);
     connect(m_window.get(), &ApprovalPopupWindow::closeRequested, this,
             &ApprovalPopupPresenter::closeIfSeen);
@@ -79,6 +80,14 @@ void ApprovalPopupPresenter::build()
             m_window->setContentSize(fittingSize());
         }
     });
+}
+
+void ApprovalPopupPresenter::setMark(const QString &mark)
+{
+    m_mark = mark;
+    if (m_view != nullptr) {
+        m_view->setMark(mark);
+    }
 }
 
 void ApprovalPopupPresenter::present(const ApprovalItem &item, Completion completion)

@@ -56,6 +56,9 @@ public:
     /// While it is on, a command is also allowed whose end has not been in view. Outlives the presenter.
     void followAllowPartlyShown(const StoredSwitch &allowPartlyShown);
 
+    /// What is shown beside every request, as that it is an exercise; empty for nothing.
+    void setMark(const QString &mark);
+
     /// How many requests wait beside the one that is shown.
     void setWaitingCount(qsizetype count);
 
@@ -95,6 +98,7 @@ private:
     quint64 m_presentCount = 0;
     qsizetype m_waitingCount = 0;
     bool m_allowsPartlyShown = false;
+    QString m_mark;
     QTimer m_moment; ///< runs while the window says what became of a request
     QTimer
         m_closing; ///< runs from a dismissal to the next turn, when the window is changed or hidden

@@ -39,6 +39,7 @@ const QString allowOnceText = u"일시 승인"_s;
 const QString allowAlwaysText = u"영구 승인"_s;
 const QString denyText = u"거부"_s;
 const QColor riskBackground(0xc6, 0x28, 0x28);
+const QColor markBackground(0x15, 0x65, 0xc0);
 
 QFont withPoints(QFont font, qreal points)
 {
@@ -107,6 +108,10 @@ void ApprovalPopupView::build()
     column->addLayout(head);
     m_id = addLabel<ElidedLabel>(head, textPoints);
     head->setStretchFactor(m_id, 1);
+    m_mark = addLabel<QLabel>(head, smallPoints);
+    m_mark->setContentsMargins(6, 1, 6, 1);
+    m_mark->setAutoFillBackground(true);
+    m_mark->hide();
     m_length = addLabel<QLabel>(head, smallestPoints);
     m_length->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
 
@@ -207,6 +212,13 @@ void ApprovalPopupView::setWaitingCount(qsizetype count)
 {
     m_waitingCount = count;
     relabelState();
+}
+
+void ApprovalPopupView::setMark(const QString &mark)
+{
+    m_mark->setText(mark);
+    m_mark->setVisible(!mark.isEmpty());
+    Q_EMIT contentChanged();
 }
 
 void ApprovalPopupView::setAnswering(Answering answering)
@@ -404,6 +416,11 @@ void ApprovalPopupView::recolour()
     QFont bold = m_risk->font();
     bold.setBold(true);
     m_risk->setFont(bold);
+    QPalette mark = palette();
+    mark.setColor(QPalette::Window, markBackground);
+    mark.setColor(QPalette::WindowText, Qt::white);
+    m_mark->setPalette(mark);
+    m_mark->setFont(bold);
     QPalette notice = palette();
     notice.setColor(QPalette::WindowText, warningColour(palette()));
     m_notices->setPalette(notice);

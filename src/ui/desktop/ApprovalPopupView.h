@@ -47,6 +47,8 @@ public:
     /// Absent when the request does not expire; zero or less once it has.
     void setTimeLeft(std::optional<qint64> leftMs);
     void setWaitingCount(qsizetype count);
+    /// Beside the id; empty for none.
+    void setMark(const QString &mark);
 
     enum class Answering {
         Off, ///< for the time being
@@ -112,6 +114,7 @@ private:
     qreal m_armingProgress = 0;
 
     ElidedLabel *m_id = nullptr;
+    QLabel *m_mark = nullptr;
     QLabel *m_length = nullptr;
     QLabel *m_risk = nullptr;
     QLabel *m_notices = nullptr;

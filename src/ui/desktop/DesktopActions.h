@@ -16,6 +16,7 @@ namespace bram
 
 class ApprovalMonitor;
 class BulkAllow;
+class Clock;
 class Environment;
 class OperatorChat;
 class StoredSwitch;
@@ -37,6 +38,7 @@ public:
         BackgroundTasks &tasks;
         LanguageChoice &language;
         const Environment &environment;
+        const Clock &clock;
         std::function<SurfaceFacts()> surface;
         OperatorChat *practiceChat = nullptr; ///< only in practice
     };
@@ -63,6 +65,7 @@ public:
     RecordActions &record() { return m_record; }
 
     /// The chat of the practice mode; null otherwise.
+    const Clock &clock() const { return m_collaborators.clock; }
     OperatorChat *practiceChat() const { return m_collaborators.practiceChat; }
 
     void reconnectGateway();

@@ -17,8 +17,10 @@
 #include "ui/desktop/RequestDetailsWindow.h"
 #include "ui/desktop/StatusWindow.h"
 #include "ui/language/LanguageChoice.h"
+#include "ui/language/Words.h"
 
 #include <QApplication>
+#include <QWindow>
 
 #include <algorithm>
 #include <chrono>
@@ -53,6 +55,7 @@ DesktopFrontEnd::DesktopFrontEnd(const Collaborators &collaborators)
                  .tasks = collaborators.tasks,
                  .language = collaborators.language,
                  .environment = collaborators.environment,
+                 .clock = collaborators.clock,
                  .surface =
                      [this] {
                          return desktopSurface(m_tray.host(),
@@ -154,6 +157,7 @@ void DesktopFrontEnd::followWishes()
 
 void DesktopFrontEnd::start()
 {
+    markPractice();
     refresh();
     m_tray.setMenu(&m_menu.menu());
     m_tray.start();
@@ -203,7 +207,8 @@ void DesktopFrontEnd::refresh()
         {.connection = audit.isWritable ? gateway.connectionIndicator : IndicatorState::Red,
          .badgeCount = board.menuBadgeCount(),
          .activeApprovalId = active ? active->approvalId : QString(),
-         .toolTip = trayToolTip(gateway, audit, board.menuBadgeCount())});
+         .toolTip = trayToolTip(gateway, audit, board.menuBadgeCount(),
+                                m_collaborators.practiceChat != nullptr)});
     const qsizetype others = board.menuBadgeCount() - (active ? 1 : 0);
     m_collaborators.popup.setWaitingCount(std::max<qsizetype>(others, 0));
     const StatusMenuContent now = content();
@@ -257,8 +262,22 @@ void DesktopFrontEnd::onChangedSinceShown(const QString &approvalId)
 void DesktopFrontEnd::onLanguageChanged()
 {
     // Windows follow by themselves.
+    markPractice();
     m_menu.retranslate();
     refresh();
+}
+
+/// Nobody shall take an exercise for the real thing, nor the reverse: every window and notification says it.
+void DesktopFrontEnd::markPractice()
+{
+    if (m_collaborators.practiceChat != nullptr) {
+        QGuiApplication::setApplicationDisplayName(practiceMark()); // ends every window's title
+        for (QWindow *window : QGuiApplication::allWindows()) {
+            window->setTitle(window->title());
+        }
+        m_collaborators.popup.setMark(practiceMark());
+        m_collaborators.notifications.setMark(practiceMark());
+    }
 }
 
 void DesktopFrontEnd::onTrayHosted(bool hosted)
@@ -301,7 +320,7 @@ void DesktopFrontEnd::showWindow()
 
 std::unique_ptr<RequestDetailsWindow> DesktopFrontEnd::makeDetails()
 {
-    auto details = std::make_unique<RequestDetailsWindow>();
+    auto details = std::make_unique<RequestDetailsWindow>(m_collaborators.clock);
     details->setAllowPartlyShown(m_collaborators.settings.allowPartlyShown);
     connect(details.get(), &RequestDetailsWindow::read, &m_actions, &DesktopActions::markRead);
     connect(details.get(), &RequestDetailsWindow::decisionChosen, this,

@@ -71,6 +71,7 @@ private:
     StatusMenuContent content() const;
     void onTrayHosted(bool hosted);
     void onLanguageChanged();
+    void markPractice();
     void onRequestRemoved(const QString &approvalId, ApprovalHistoryState state);
     void onSettled(const QString &approvalId, ApprovalDecision decision,
                    const DecisionOutcome &outcome);

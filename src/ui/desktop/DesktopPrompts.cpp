@@ -47,7 +47,7 @@ QString withNotes(const Question &question)
 QMessageBox *makeMessageBox(const QString &title, const QString &text)
 {
     auto *box = new QMessageBox(nullptr); // deletes itself when it is closed
-    box->setWindowTitle(u"BrackwenApprovalsMenu"_s);
+    box->setWindowTitle(u"BRAM"_s);
     box->setTextFormat(Qt::PlainText);
     box->setText(title);
     box->setInformativeText(text);

@@ -7,6 +7,7 @@
 #include "ui/language/Words.h"
 
 #include <QCoreApplication>
+#include <QDateTime>
 
 namespace bram
 {
@@ -90,6 +91,12 @@ QString pendingRowText(const ApprovalItem &item)
     }
     if (honestDisplay(item.command.first(std::min(mostLookedAt, item.command.size()))).suspicious) {
         parts += MenuTextTr::tr("misleading characters");
+    }
+    if (item.expiresAtMs > 0) {
+        const auto until = QDateTime::fromMSecsSinceEpoch(item.expiresAtMs);
+        parts += MenuTextTr::tr("until %1")
+                     .arg(until.toString(until.date() == QDate::currentDate() ? u"HH:mm:ss"_s
+                                                                              : u"MM-dd HH:mm"_s));
     }
     const QString command = shortenedCommand(item.command);
     parts += item.agentId && !item.agentId->isEmpty()

@@ -32,7 +32,8 @@ struct MenuCommandRows {
 };
 MenuCommandRows commandRows(const QString &command);
 
-/// The row of a pending request: what is asked, with a word when it is risky or could mislead.
+/// The row of a pending request: what is asked, until when it can be decided, and a word when it is risky or could
+/// mislead. The time of day rather than what is left, because a row of an open menu does not change.
 QString pendingRowText(const ApprovalItem &item);
 
 /// The row of an ended request: what became of it, when, and the command.

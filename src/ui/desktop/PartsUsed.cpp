@@ -54,7 +54,7 @@ QList<PartUsed> partsUsed()
 QString partsUsedText()
 {
     QStringList paragraphs {
-        u"BrackwenApprovalsMenu: Apache-2.0"_s,
+        u"BRAM: Apache-2.0"_s,
         QCoreApplication::translate(
             "PartsUsed",
             "It is built on these libraries, which it uses as the system has them installed. The "

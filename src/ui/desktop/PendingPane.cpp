@@ -3,15 +3,19 @@
 
 #include "model/CommandRules.h"
 #include "model/HonestDisplay.h"
+#include "system/Clock.h"
 #include "ui/desktop/AllowGate.h"
 #include "ui/desktop/CommandTextView.h"
 #include "ui/desktop/DesktopActions.h"
 #include "ui/desktop/WarningColours.h"
+#include "ui/language/Words.h"
 
 #include <QBoxLayout>
 #include <QEvent>
 #include <QItemSelectionModel>
 #include <QSplitter>
+
+#include <chrono>
 
 namespace bram
 {
@@ -46,6 +50,7 @@ PendingPane::PendingPane(DesktopActions &actions, QWidget *parent)
             &PendingPane::showSelected);
     // A selected request that ends takes its selection along without that signal.
     connect(&m_model, &QAbstractItemModel::layoutChanged, this, &PendingPane::showSelected);
+    connect(&m_secondHand, &QTimer::timeout, this, &PendingPane::showFacts);
     connect(m_allowOnce, &QPushButton::clicked, this,
             [this] { decide(ApprovalDecision::AllowOnce); });
     connect(m_alwaysAllow, &QPushButton::clicked, this,
@@ -160,11 +165,7 @@ void PendingPane::showSelected()
         m_warning->hide();
         return;
     }
-    QStringList facts {tr("ID: %1").arg(honestLine(item->approvalId).text)};
-    if (item->agentId && !item->agentId->isEmpty()) {
-        facts += tr("Agent: %1").arg(honestLine(*item->agentId).text);
-    }
-    m_facts->setText(facts.join(u" · "_s));
+    showFacts();
     m_command->setCommand(item->command);
     m_gate->begin();
 
@@ -177,6 +178,33 @@ void PendingPane::showSelected()
     }
     m_warning->setText(warnings.join(u' '));
     m_warning->setVisible(!warnings.isEmpty());
+}
+
+void PendingPane::showFacts()
+{
+    if (!m_shown) {
+        return;
+    }
+    QStringList facts {tr("ID: %1").arg(honestLine(m_shown->approvalId).text)};
+    if (m_shown->agentId && !m_shown->agentId->isEmpty()) {
+        facts += tr("Agent: %1").arg(honestLine(*m_shown->agentId).text);
+    }
+    facts += timeLeftWords(*m_shown, m_actions.clock().nowMs());
+    facts.removeAll(QString());
+    m_facts->setText(facts.join(u" · "_s));
+}
+
+void PendingPane::showEvent(QShowEvent *event)
+{
+    QWidget::showEvent(event);
+    showFacts();
+    m_secondHand.start(std::chrono::seconds(1));
+}
+
+void PendingPane::hideEvent(QHideEvent *event)
+{
+    m_secondHand.stop();
+    QWidget::hideEvent(event);
 }
 
 void PendingPane::recolour()

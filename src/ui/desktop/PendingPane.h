@@ -7,6 +7,7 @@
 #include <QLabel>
 #include <QListView>
 #include <QPushButton>
+#include <QTimer>
 #include <QWidget>
 
 #include <optional>
@@ -33,18 +34,22 @@ public:
 
 protected:
     void changeEvent(QEvent *event) override;
+    void showEvent(QShowEvent *event) override;
+    void hideEvent(QHideEvent *event) override;
 
 private:
     std::optional<ApprovalItem> selected() const;
     void build();
     QWidget *makeDetails();
     void showSelected();
+    void showFacts();
     void recolour();
     void decide(ApprovalDecision decision);
 
     DesktopActions &m_actions;
     PendingModel m_model;
     std::optional<ApprovalItem> m_shown; ///< in the details
+    QTimer m_secondHand; ///< runs while it can be seen
     QLabel *m_title;
     QListView *m_list;
     QLabel *m_facts;

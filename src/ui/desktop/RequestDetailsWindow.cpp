@@ -3,6 +3,7 @@
 
 #include "model/CommandRules.h"
 #include "model/HonestDisplay.h"
+#include "system/Clock.h"
 #include "ui/desktop/AllowGate.h"
 #include "ui/desktop/CommandTextView.h"
 #include "ui/desktop/ElidedLabel.h"
@@ -18,6 +19,8 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
+
+#include <chrono>
 
 namespace bram
 {
@@ -59,11 +62,14 @@ RequestDetails RequestDetails::of(const ApprovalHistoryEntry &entry)
             .isCut = entry.isCut};
 }
 
-RequestDetailsWindow::RequestDetailsWindow()
+RequestDetailsWindow::RequestDetailsWindow(const Clock &clock)
     : QWidget(nullptr, Qt::Window)
+    , m_clock(clock)
 {
     setAttribute(Qt::WA_QuitOnClose, false);
     build();
+    connect(&m_secondHand, &QTimer::timeout, this,
+            [this] { m_expires->setWholeText(expiryText()); });
     resize(firstSize);
     recolour();
 }
@@ -181,6 +187,7 @@ void RequestDetailsWindow::changeEvent(QEvent *event)
 
 void RequestDetailsWindow::hideEvent(QHideEvent *event)
 {
+    m_secondHand.stop();
     QWidget::hideEvent(event);
     if (!event->spontaneous()) {
         m_details = {};
@@ -218,7 +225,7 @@ void RequestDetailsWindow::relabel()
                           : QString());
     fill(m_state, tr("State:"), stateWord + changedAt);
     fill(m_created, tr("Created:"), item.createdAtMs > 0 ? timeText(item.createdAtMs) : QString());
-    fill(m_expires, tr("Expires:"), item.expiresAtMs > 0 ? timeText(item.expiresAtMs) : QString());
+    fill(m_expires, tr("Expires:"), expiryText());
 
     QStringList warnings;
     if (item.command.isEmpty()) {
@@ -243,6 +250,24 @@ void RequestDetailsWindow::relabel()
     m_alwaysAllow->setText(tr("Always Allow"));
     m_deny->setText(tr("Deny"));
     m_gate->retranslate();
+}
+
+QString RequestDetailsWindow::expiryText() const
+{
+    const ApprovalItem &item = m_details.item;
+    if (item.expiresAtMs < 1) {
+        return {};
+    }
+    const QString at = timeText(item.expiresAtMs);
+    return m_details.state == ApprovalHistoryState::Pending
+        ? at + u" ("_s + timeLeftWords(item, m_clock.nowMs()) + u')'
+        : at;
+}
+
+void RequestDetailsWindow::showEvent(QShowEvent *event)
+{
+    QWidget::showEvent(event);
+    m_secondHand.start(std::chrono::seconds(1));
 }
 
 void RequestDetailsWindow::recolour()

@@ -6,6 +6,7 @@
 #include "model/ApprovalItem.h"
 #include "model/AskReason.h"
 
+#include <QTimer>
 #include <QWidget>
 
 class QFormLayout;
@@ -17,6 +18,7 @@ namespace bram
 {
 
 class AllowGate;
+class Clock;
 class CommandTextView;
 class ElidedLabel;
 class StoredSwitch;
@@ -44,7 +46,7 @@ class RequestDetailsWindow final : public QWidget
     Q_OBJECT
 
 public:
-    RequestDetailsWindow();
+    explicit RequestDetailsWindow(const Clock &clock);
 
     /// In place of what it shows; in front.
     void open(const bram::RequestDetails &details);
@@ -62,14 +64,18 @@ protected:
     void changeEvent(QEvent *event) override;
     void hideEvent(QHideEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
+    void showEvent(QShowEvent *event) override;
 
 private:
     void build();
     void buildDecisions(QLayout &row);
     ElidedLabel *addRow(QFormLayout *form);
     void relabel();
+    QString expiryText() const;
     void recolour();
 
+    const Clock &m_clock;
+    QTimer m_secondHand; ///< runs while it can be seen
     RequestDetails m_details;
     QFormLayout *m_form = nullptr;
     ElidedLabel *m_id = nullptr;

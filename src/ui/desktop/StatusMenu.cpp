@@ -7,6 +7,7 @@
 #include "ui/desktop/RecordActions.h"
 #include "ui/desktop/StatusDot.h"
 #include "ui/language/LanguageChoice.h"
+#include "ui/language/Words.h"
 
 #include <chrono>
 
@@ -38,6 +39,8 @@ StatusMenu::StatusMenu(DesktopActions &actions, const LanguageChoice &language, 
     labelRows();
     m_simulation.setVisible(simulationEntry == SimulationEntry::Shown);
     m_practiceChat.setVisible(actions.practiceChat() != nullptr);
+    m_practice.setVisible(actions.practiceChat() != nullptr);
+    m_practice.setEnabled(false);
     m_selfTest.setVisible(simulationEntry == SimulationEntry::Shown);
     m_forgottenOpen.setSingleShot(true);
     m_forgottenOpen.setInterval(longestOpen);
@@ -54,6 +57,7 @@ StatusMenu::StatusMenu(DesktopActions &actions, const LanguageChoice &language, 
 
 void StatusMenu::build()
 {
+    m_menu.addAction(&m_practice);
     for (QAction &row : m_statusRows) {
         m_menu.addAction(&row);
         connect(&row, &QAction::triggered, &m_actions, &DesktopActions::windowRequested);
@@ -188,6 +192,7 @@ void StatusMenu::labelBulkRows()
 
 void StatusMenu::labelRows()
 {
+    m_practice.setText(practiceSentence());
     m_reconnect.setText(tr("Reconnect Gateway"));
     m_reload.setText(tr("Reload Gateway Token"));
     m_bulk.setTitle(tr("All Pending Approvals"));
@@ -202,8 +207,8 @@ void StatusMenu::labelRows()
     m_selfTest.setText(tr("Run Self-Test"));
     m_settings.setText(tr("Settings…"));
     m_languages.setTitle(tr("Language (언어)"));
-    m_about.setText(tr("About BrackwenApprovalsMenu"));
-    m_quit.setText(tr("Quit BrackwenApprovalsMenu"));
+    m_about.setText(tr("About BRAM"));
+    m_quit.setText(tr("Quit BRAM"));
     m_english.setChecked(m_language.current() == MenuLanguage::English);
     m_korean.setChecked(m_language.current() == MenuLanguage::Korean);
 }

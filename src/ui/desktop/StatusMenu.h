@@ -91,6 +91,7 @@ private:
     QTimer m_forgottenOpen; ///< a panel may fail to say that it has closed the menu
 
     QMenu m_menu;
+    QAction m_practice; ///< says that nothing is real
     std::array<QAction, statusRowCount> m_statusRows;
     QAction m_reconnect;
     QAction m_reload;

@@ -66,9 +66,12 @@ QList<StatusLine> statusLines(const GatewayStatus::Lines &gateway, const StatusL
 }
 
 QString trayToolTip(const GatewayStatus::Lines &gateway, const AuditLogCondition &audit,
-                    qsizetype badgeCount)
+                    qsizetype badgeCount, bool isPractice)
 {
-    const QString label = badgeCount > 0 ? u"Brackwen %1"_s.arg(badgeCount) : u"Brackwen"_s;
+    QString label = badgeCount > 0 ? u"BRAM %1"_s.arg(badgeCount) : u"BRAM"_s;
+    if (isPractice) {
+        label += u" · "_s + practiceMark();
+    }
     const QString pending = badgeCount > 0
         ? StatusTr::tr("%1 waiting for a decision").arg(badgeCount)
         : StatusTr::tr("nothing waits for a decision");

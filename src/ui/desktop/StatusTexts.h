@@ -29,7 +29,8 @@ QList<StatusLine> statusLines(const GatewayStatus::Lines &gateway, const StatusL
 
 /// What the tray icon says when the pointer rests on it: the number of requests, the connection, and
 /// what is wrong with the audit log.
+/// `isPractice`: and that nothing is real.
 QString trayToolTip(const GatewayStatus::Lines &gateway, const AuditLogCondition &audit,
-                    qsizetype badgeCount);
+                    qsizetype badgeCount, bool isPractice);
 
 } // namespace bram

@@ -179,7 +179,7 @@ void StatusWindow::showStatus()
 
 void StatusWindow::retranslate()
 {
-    setWindowTitle(tr("Brackwen Approvals"));
+    setWindowTitle(u"BRAM"_s);
     m_notice->setText(tr("This desktop shows no tray icons, so the requests are listed here. The "
                          "icon appears by itself once there is a tray."));
     m_reconnect->setText(tr("Reconnect Gateway"));

@@ -172,4 +172,10 @@ QString practiceMark()
     return QCoreApplication::translate("Words", "PRACTICE");
 }
 
+QString practiceSentence()
+{
+    return QCoreApplication::translate("Words",
+                                       "PRACTICE: gateway, chat, tokens and requests are made up");
+}
+
 } // namespace bram

@@ -29,5 +29,6 @@ QString tokenStateWords(TokenSyncState state);
 QString timeLeftWords(const ApprovalItem &item, qint64 nowMs);
 /// What says on every surface that nothing is real.
 QString practiceMark();
+QString practiceSentence();
 
 } // namespace bram

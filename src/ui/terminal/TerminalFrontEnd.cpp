@@ -149,9 +149,7 @@ void TerminalFrontEnd::run(PlainCommand command)
         break;
     case PlainCommand::Status:
         if (isPractice()) {
-            m_voice.say(practiceMark() + u": "_s
-                            + TerminalTr::tr("made-up requests; nothing is executed"),
-                        LineStyle::Warning);
+            m_voice.say(practiceSentence(), LineStyle::Warning);
         }
         m_voice.print(statusLines(monitor.gatewayStatus().lines(), pendingCount,
                                   m_requests.notShown().size(), columns));
