@@ -136,7 +136,7 @@ public:
             });
             watch.restart();
             bram::StatusMenu menu(actions, m_core.language(), bram::MenuDrawing::OwnWindow);
-            menu.update({.status = bram::statusLines(m_core.status().lines(), {}, {},
+            menu.update({.status = bram::statusLines(m_core.status().lines(), {}, {}, {},
                                                      bram::MenuLanguage::English),
                          .pending = board().displayItems(),
                          .history = board().history()});

@@ -159,7 +159,7 @@ bool measureWindows(Core &core, OperatorPrompts &prompts, const Clock &clock, Sy
     const auto openStatus = [&] {
         auto window
             = std::make_shared<StatusWindow>(actions, core.language(), SimulationEntry::Hidden);
-        window->update({.status = statusLines(core.status().lines(), {}, {}, MenuLanguage::English),
+        window->update({.status = statusLines(core.status().lines(), {}, {}, {}, MenuLanguage::English),
                         .pending = board.displayItems(),
                         .history = board.history()});
         window->show();

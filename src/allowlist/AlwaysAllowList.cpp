@@ -119,6 +119,25 @@ void AlwaysAllowList::rememberAlwaysAllow(const QString &command)
     }
 }
 
+bool AlwaysAllowList::isRemembered(const QString &command) const
+{
+    const auto digest = normalizedCommandDigest(command);
+    return digest && m_app.isAllowed(*digest, commandForm(command));
+}
+
+qsizetype AlwaysAllowList::forgetAlwaysAllow(const QStringList &commands)
+{
+    qsizetype count = 0;
+    for (const QString &command : commands) {
+        const auto digest = normalizedCommandDigest(command);
+        count += digest && m_app.removeForm(*digest, commandForm(command)) ? 1 : 0;
+    }
+    if (count > 0) {
+        persistAndReload();
+    }
+    return count;
+}
+
 bool AlwaysAllowList::addAlwaysAllowEntryToAppList(const QList<AlwaysAllowEntry> &entries)
 {
     bool isChanged = false;

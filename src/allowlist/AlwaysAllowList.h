@@ -59,6 +59,12 @@ public:
     /// A person has allowed this command always: this text, or, where it is a plain one, the same words.
     void rememberAlwaysAllow(const QString &command);
 
+    /// Whether that has been done: the list answers for this very command.
+    bool isRemembered(const QString &command) const;
+    /// Takes back what was remembered of these commands, and nothing of others with the same words. Returns of how
+    /// many.
+    qsizetype forgetAlwaysAllow(const QStringList &commands);
+
     // Each returns whether something has changed.
     bool addAlwaysAllowEntryToAppList(const QList<AlwaysAllowEntry> &entries);
     bool removeAlwaysAllowEntryFromAppOnly(const QList<AlwaysAllowEntry> &entries);

@@ -189,6 +189,18 @@ bool AppAlwaysAllowList::remove(const QString &digest)
     return m_digests.remove(digest) || hadPreview;
 }
 
+bool AppAlwaysAllowList::removeForm(const QString &digest, const QString &form)
+{
+    const auto forms = m_forms.find(digest);
+    if (forms == m_forms.end() || !forms->remove(form)) {
+        return false;
+    }
+    if (forms->isEmpty()) {
+        remove(digest);
+    }
+    return true;
+}
+
 bool AppAlwaysAllowList::clear()
 {
     const bool isChanged = !m_digests.isEmpty() || !m_previews.isEmpty();

@@ -48,6 +48,8 @@ public:
     /// nothing is kept. What was known of the entry before stays known.
     bool insert(const QString &digest, const QString &preview, const KnownCommand &known);
     bool remove(const QString &digest);
+    /// Of an entry that answers for several commands only the one; with the last one it goes.
+    bool removeForm(const QString &digest, const QString &form);
     bool clear();
 
 private:

@@ -97,6 +97,15 @@ AlwaysAllowOperations::promptAndRemoveAlwaysAllowEntry(OperatorPrompts &prompts,
     return askingAndRemoving(this, &prompts, std::move(chosen));
 }
 
+qsizetype AlwaysAllowOperations::takeBack(const QStringList &commands)
+{
+    const qsizetype count = m_collaborators.list.forgetAlwaysAllow(commands);
+    if (count > 0) {
+        recordCount(ActivityActor::App, ActivityAction::RemoveFromAppList, count);
+    }
+    return count;
+}
+
 QCoro::Task<bool> AlwaysAllowOperations::askingAndAdding(Self self, OperatorPrompts *prompts,
                                                          QList<AlwaysAllowEntry> chosen)
 {

@@ -53,6 +53,8 @@ public:
 
     // Entries that were chosen; one that is no longer there is left out. Without a question:
     bool addToAppList(const QList<AlwaysAllowEntry> &chosen);
+    /// Takes back that these commands were always-allowed here. Gives how many still were.
+    qsizetype takeBack(const QStringList &commands);
     QCoro::Task<bool> remove(OperatorPrompts &prompts, QList<AlwaysAllowEntry> chosen,
                              Target target);
     /// Asks when they are several.

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "monitor/BulkAllow.h"
 
-#include "allowlist/CommandDigest.h"
 #include "model/CommandRules.h"
 #include "model/HonestDisplay.h"
 #include "monitor/AlwaysAllowOperations.h"
@@ -140,16 +139,9 @@ void BulkAllow::begin(const QList<ApprovalItem> &items, ApprovalDecision decisio
         return;
     }
     if (decision == ApprovalDecision::AllowAlways) {
-        if (m_underWay.isEmpty()) {
-            m_before.clear();
-            for (const auto &entry : m_collaborators.alwaysAllow.list().entries()) {
-                if (entry.source != AlwaysAllowSource::BrackwenOnly) {
-                    m_before.insert(entry.digest);
-                }
-            }
-        }
         for (const ApprovalItem &item : items) {
-            if (ids.contains(item.approvalId)) {
+            if (ids.contains(item.approvalId)
+                && !m_collaborators.alwaysAllow.list().isRemembered(item.command)) {
                 m_underWay.insert(item.approvalId, item.command);
             }
         }
@@ -164,37 +156,21 @@ void BulkAllow::onSettled(const QString &approvalId, ApprovalDecision decision,
         || outcome.kind == DecisionOutcome::Kind::IgnoredDuplicate) {
         return;
     }
-    const auto digest = normalizedCommandDigest(m_underWay.take(approvalId));
+    const QString command = m_underWay.take(approvalId);
     if (decision == ApprovalDecision::AllowAlways
-        && outcome.kind == DecisionOutcome::Kind::Confirmed && digest && !m_before.contains(*digest)
-        && !m_added.contains(*digest)) {
-        m_added.append(*digest);
+        && outcome.kind == DecisionOutcome::Kind::Confirmed && !m_added.contains(command)) {
+        m_added.append(command);
     }
     if (m_underWay.isEmpty() && !m_added.isEmpty()) {
         // Once everybody has heard of the decision itself.
         inNextTurn(this,
-                   [this, added = std::exchange(m_added, {})] { Q_EMIT entriesAdded(added); });
+                   [this, added = std::exchange(m_added, {})] { Q_EMIT commandsAdded(added); });
     }
 }
 
-QCoro::Task<qsizetype> BulkAllow::takeBack(OperatorPrompts &prompts, QStringList digests)
+qsizetype BulkAllow::takeBack(const QStringList &commands)
 {
-    return takingBack(this, &prompts, std::move(digests));
-}
-
-QCoro::Task<qsizetype> BulkAllow::takingBack(Self self, OperatorPrompts *prompts,
-                                             QStringList digests)
-{
-    QList<AlwaysAllowEntry> entries = self->m_collaborators.alwaysAllow.list().entries();
-    entries.removeIf([&digests](const AlwaysAllowEntry &entry) {
-        return entry.source == AlwaysAllowSource::BrackwenOnly || !digests.contains(entry.digest);
-    });
-    if (entries.isEmpty()) {
-        co_return 0;
-    }
-    const bool isChanged = co_await self->m_collaborators.alwaysAllow.remove(
-        *prompts, entries, AlwaysAllowOperations::Target::App);
-    co_return isChanged ? entries.size() : 0;
+    return m_collaborators.alwaysAllow.takeBack(commands);
 }
 
 } // namespace bram

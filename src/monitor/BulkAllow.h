@@ -9,7 +9,6 @@
 #include <QList>
 #include <QObject>
 #include <QPointer>
-#include <QSet>
 #include <QStringList>
 
 namespace bram
@@ -43,20 +42,18 @@ public:
     QCoro::Task<> allow(OperatorPrompts &prompts, QList<ApprovalItem> shown,
                         ApprovalDecision decision);
 
-    /// Takes out of the own list what `entriesAdded` has told of, as far as it is still there. Gives how many.
-    QCoro::Task<qsizetype> takeBack(OperatorPrompts &prompts, QStringList digests);
+    /// Takes out of the own list what `commandsAdded` has told of, as far as it is still there. Gives how many.
+    qsizetype takeBack(const QStringList &commands);
 
 Q_SIGNALS:
-    /// All decisions to always allow have ended, and these entries were not on the own list before.
-    void entriesAdded(const QStringList &digests);
+    /// All decisions to always allow have ended, and the own list did not answer for these commands before.
+    void commandsAdded(const QStringList &commands);
 
 private:
     using Self = QPointer<BulkAllow>;
 
     static QCoro::Task<> asking(Self self, OperatorPrompts *prompts, QList<ApprovalItem> shown,
                                 ApprovalDecision decision);
-    static QCoro::Task<qsizetype> takingBack(Self self, OperatorPrompts *prompts,
-                                             QStringList digests);
     Question questionAbout(const QList<ApprovalItem> &items, ApprovalDecision decision) const;
     void begin(const QList<ApprovalItem> &items, ApprovalDecision decision);
     void onSettled(const QString &approvalId, ApprovalDecision decision,
@@ -66,9 +63,8 @@ private:
     Collaborators m_collaborators;
     QHash<QString, size_t> m_read; ///< hashes of the commands that were read, by approval id
     bool m_isAsking = false;
-    QHash<QString, QString> m_underWay; ///< commands being always-allowed, by approval id
-    QSet<QString> m_before; ///< digests on the own list when the first of these began
-    QStringList m_added; ///< digests
+    QHash<QString, QString> m_underWay; ///< commands that are being added, by approval id
+    QStringList m_added; ///< commands
 };
 
 } // namespace bram

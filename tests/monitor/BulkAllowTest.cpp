@@ -3,7 +3,6 @@
 #include "monitor/MonitorFixture.h"
 #include "support/ScriptedPrompts.h"
 
-#include "allowlist/CommandDigest.h"
 
 using namespace bram;
 using namespace bram::test;
@@ -95,26 +94,27 @@ TEST_F(BulkAllowTest, WhatItHasAddedCanBeTakenBackAndNothingElse)
     const auto &list = core->alwaysAllow().list();
     request(item("before", "git push"));
     decide("before", ApprovalDecision::AllowAlways);
-    ASSERT_TRUE(waitSettled(1));
+    request(item("quoted", "rm 'a b'"));
+    decide("quoted", ApprovalDecision::AllowAlways);
+    ASSERT_TRUE(waitSettled(2));
     QStringList added;
-    QObject::connect(&core->bulkAllow(), &BulkAllow::entriesAdded, &core->bulkAllow(),
-                     [&](const QStringList &digests) { added = digests; });
-    for (const char *command : {"make", "git push origin", "ls"}) {
+    QObject::connect(&core->bulkAllow(), &BulkAllow::commandsAdded, &core->bulkAllow(),
+                     [&](const QStringList &commands) { added = commands; });
+    for (const char *command : {"make", "git push origin", "rm 'a  b'", "ls"}) {
         request(item(command, command));
     }
     gateway.resolveElsewhere(u"ls"_s);
     ASSERT_TRUE(waitUntil([&] { return board().find(u"ls"_s) == nullptr; }));
     prompts.answers = {0};
     allowAll(board().displayItems(), ApprovalDecision::AllowAlways);
-    ASSERT_TRUE(waitUntil([&] { return added.size() == 2; }));
-    EXPECT_EQ(list.entries().size(), 3);
+    ASSERT_TRUE(waitUntil([&] { return added.size() == 3; }));
+    EXPECT_TRUE(list.isRemembered(u"rm 'a  b'"_s));
 
-    core->tasks().spawn(
-        [](Core *core, OperatorPrompts *prompts, QStringList digests) -> QCoro::Task<> {
-            const auto count = co_await core->bulkAllow().takeBack(*prompts, digests);
-            EXPECT_EQ(count, 2);
-        }(core.get(), &prompts, added),
-        u"undo"_s);
-    ASSERT_TRUE(waitUntil([&] { return list.entries().size() == 1; }));
-    EXPECT_NE(list.find(*normalizedCommandDigest(u"git push")), nullptr);
+    EXPECT_EQ(core->bulkAllow().takeBack(added), 3);
+    for (const char *command : {"make", "git push origin", "rm 'a  b'"}) {
+        EXPECT_FALSE(list.isRemembered(QString::fromUtf8(command))) << command;
+    }
+    EXPECT_TRUE(list.isRemembered(u"git push"_s));
+    EXPECT_TRUE(list.isRemembered(u"rm 'a b'"_s)) << "it shares a digest with one that was added";
+    EXPECT_EQ(core->bulkAllow().takeBack(added), 0);
 }

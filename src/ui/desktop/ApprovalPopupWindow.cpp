@@ -76,8 +76,8 @@ void ApprovalPopupWindow::setContentSize(QSize contentSize)
     setFixedSize(contentSize);
     const QSize whole = frameGeometry().size();
     const QSize room(wasClear ? clearWidth(area) : area.width(), area.height());
-    const auto kept = [](int at, int length, int first, int room) {
-        return std::max(first, std::min(at, first + room - length));
+    const auto kept = [](int at, int length, int first, int extent) {
+        return std::max(first, std::min(at, first + extent - length));
     };
     const QPoint place(kept(x(), whole.width(), area.left(), room.width()),
                        kept(y(), whole.height(), area.top(), room.height()));

@@ -34,9 +34,9 @@ DesktopActions::DesktopActions(const Collaborators &collaborators)
                 .language = collaborators.language,
                 .surface = collaborators.surface})
 {
-    connect(&collaborators.bulkAllow, &BulkAllow::entriesAdded, this,
-            [this](const QStringList &digests) {
-                m_collaborators.tasks.spawn(offeringToTakeBack(this, digests), u"undo"_s);
+    connect(&collaborators.bulkAllow, &BulkAllow::commandsAdded, this,
+            [this](const QStringList &commands) {
+                m_collaborators.tasks.spawn(offeringToTakeBack(this, commands), u"undo"_s);
             });
 }
 
@@ -86,15 +86,15 @@ void DesktopActions::markRead(const ApprovalItem &item)
     m_collaborators.bulkAllow.markRead(item);
 }
 
-QCoro::Task<> DesktopActions::offeringToTakeBack(QPointer<DesktopActions> self, QStringList digests)
+QCoro::Task<> DesktopActions::offeringToTakeBack(QPointer<DesktopActions> self, QStringList commands)
 {
-    const Question question {.title = tr("Added to the always-allow list: %1").arg(digests.size()),
+    const Question question {.title = tr("Added to the always-allow list: %1").arg(commands.size()),
                              .text = tr("From now on these commands run without a question."),
                              .buttons = {tr("Undo"), tr("Close")},
                              .harmless = 1};
     const auto choice = co_await self->m_collaborators.prompts.ask(question);
     if (self && choice == 0) {
-        co_await self->m_collaborators.bulkAllow.takeBack(self->m_collaborators.prompts, digests);
+        self->m_collaborators.bulkAllow.takeBack(commands);
     }
 }
 

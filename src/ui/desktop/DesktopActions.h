@@ -92,7 +92,7 @@ Q_SIGNALS:
 private:
     static QCoro::Task<> choosingAllAgents(QPointer<DesktopActions> self);
     /// Tells what was always-allowed in bulk, and takes it back when that is wished.
-    static QCoro::Task<> offeringToTakeBack(QPointer<DesktopActions> self, QStringList digests);
+    static QCoro::Task<> offeringToTakeBack(QPointer<DesktopActions> self, QStringList commands);
 
     Collaborators m_collaborators;
     RecordActions m_record;

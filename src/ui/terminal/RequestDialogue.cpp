@@ -48,7 +48,7 @@ void RequestDialogue::start()
     connect(&board, &ApprovalBoard::requestRemoved, this, &RequestDialogue::onRemoved);
     connect(&m_monitor.decisions(), &DecisionResolver::decisionSettled, this,
             &RequestDialogue::onSettled);
-    connect(&m_bulkAllow, &BulkAllow::entriesAdded, this, &RequestDialogue::onEntriesAdded);
+    connect(&m_bulkAllow, &BulkAllow::commandsAdded, this, &RequestDialogue::onCommandsAdded);
 }
 
 std::optional<ApprovalItem> RequestDialogue::find(const QString &target, DialogueMoment begunAt)
@@ -243,11 +243,11 @@ void RequestDialogue::decideAll(ApprovalDecision decision, DialogueMoment begunA
     }
 }
 
-void RequestDialogue::onEntriesAdded(const QStringList &digests)
+void RequestDialogue::onCommandsAdded(const QStringList &commands)
 {
-    m_added = digests;
+    m_added = commands;
     m_voice.say(TerminalTr::tr("Added to the always-allow list: %1. `undo` takes that back.")
-                    .arg(digests.size()));
+                    .arg(commands.size()));
 }
 
 void RequestDialogue::undo()
@@ -255,16 +255,8 @@ void RequestDialogue::undo()
     if (m_added.isEmpty()) {
         m_voice.say(TerminalTr::tr("There is nothing to undo."));
     } else {
-        m_tasks.spawn(undoing(this, std::exchange(m_added, {})), u"undo"_s);
-    }
-}
-
-QCoro::Task<> RequestDialogue::undoing(QPointer<RequestDialogue> self, QStringList digests)
-{
-    const qsizetype count = co_await self->m_bulkAllow.takeBack(self->m_prompts, digests);
-    if (self) {
-        self->m_voice.say(
-            TerminalTr::tr("Taken out of the always-allow list again: %1.").arg(count));
+        const qsizetype count = m_bulkAllow.takeBack(std::exchange(m_added, {}));
+        m_voice.say(TerminalTr::tr("Taken out of the always-allow list again: %1.").arg(count));
     }
 }
 

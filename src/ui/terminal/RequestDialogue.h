@@ -85,8 +85,7 @@ private:
     static QCoro::Task<> write(QPointer<RequestDialogue> self, ApprovalItem item, QString path);
     Answerability answerability(const ApprovalItem &item, ApprovalDecision decision,
                                 DialogueMoment begunAt) const;
-    static QCoro::Task<> undoing(QPointer<RequestDialogue> self, QStringList digests);
-    void onEntriesAdded(const QStringList &digests);
+    void onCommandsAdded(const QStringList &commands);
     std::optional<ApprovalItem> find(const QString &target, DialogueMoment begunAt);
     void forgetVanished();
     void onRemoved(const QString &approvalId, ApprovalHistoryState state);
@@ -103,7 +102,7 @@ private:
     const StoredSwitch &m_allowPartlyShown;
     const Clock &m_clock;
     Worker m_worker;
-    QStringList m_added; ///< digests that can be taken back
+    QStringList m_added; ///< commands that can be taken back
     RequestNumbers m_numbers;
     QSet<QString> m_summarised; ///< ids that were counted in one line instead of being shown
     QList<Leaving> m_leaving; ///< removed, and not yet said why
