@@ -127,6 +127,7 @@ public:
                                       .tasks = m_core.tasks(),
                                       .language = m_core.language(),
                                       .environment = m_core.environment(),
+                                      .clock = m_clock,
                                       .surface = [] { return bram::SurfaceFacts(); }});
         std::vector<double> times;
         for (int i = 0; i < count; ++i) {

@@ -128,6 +128,7 @@ bool measureWindows(Core &core, OperatorPrompts &prompts, const Clock &clock, Sy
                             .tasks = core.tasks(),
                             .language = core.language(),
                             .environment = core.environment(),
+                            .clock = clock,
                             .surface = [] { return SurfaceFacts(); }});
     const ApprovalBoard &board = core.monitor().board();
     const double floorMs = median(openingTimes(count, openEmptyWindow));
@@ -167,7 +168,7 @@ bool measureWindows(Core &core, OperatorPrompts &prompts, const Clock &clock, Sy
     };
     holds = print("status window opened", openingTimes(count, openStatus), floorMs) && holds;
     const auto openDetails = [&] {
-        auto window = std::make_shared<RequestDetailsWindow>();
+        auto window = std::make_shared<RequestDetailsWindow>(clock);
         window->open(RequestDetails::of(board.history().constFirst()));
         return window;
     };

@@ -124,7 +124,7 @@ bool measureIdle(Client &bridge, Client &floor, int seconds)
 bool measureBurst(Client &bridge)
 {
     PracticeBotApi &api = bridge.api;
-    const QString wanted = renderPendingText(pendingAfter(burstRequests), TelegramMode::Polling);
+    const QString wanted = renderPendingText(pendingAfter(burstRequests), {.mode = TelegramMode::Polling});
     const auto showsAll = [&] {
         return std::ranges::all_of(chatIds, [&](qint64 chatId) {
             const auto messages = api.chats().messages(chatId);

@@ -69,8 +69,9 @@ int runBridgeClient(const QString &url, const QString &token, const QList<qint64
     config.token = token;
     config.chatIds = chatIds;
     config.enablePolling = true;
-    TelegramApprovalBridge bridge(config, QUrl(url), [](const TelegramDecision &) { return false; },
-                                  {network, clock, log, tasks});
+    ChatMemories memories;
+    TelegramApprovalBridge bridge(config, QUrl(url), [](const TelegramDecision &) { return RemoteVerdict::NotPending; },
+                                  {network, memories, clock, log, tasks});
     bridge.start();
 
     QElapsedTimer sinceStart;

@@ -252,9 +252,9 @@ TEST_F(Settings, whatIsAllowedAtOnesOwnRiskIsSwitchedOn)
     named<QCheckBox>(u"Offer allow also where a command is not shown whole"_s)->click();
     EXPECT_TRUE(core->allowPartlyShown().isOn());
     EXPECT_EQ(preference(allowPartlyShownKey.data()), u"true"_s);
-    auto *gateway = named<QCheckBox>(u"Allow an unencrypted gateway on another machine"_s);
+    auto *unencrypted = named<QCheckBox>(u"Allow an unencrypted gateway on another machine"_s);
     core->unencryptedGateway().setOn(true); // at the terminal of the same program, say
-    EXPECT_TRUE(gateway->isChecked());
+    EXPECT_TRUE(unencrypted->isChecked());
 }
 
 TEST_F(Settings, aTestNotificationSaysWhatBecameOfIt)
