@@ -366,7 +366,9 @@ private:
         const bool isNextPair = (c == u',' || c == u';')
             && (isBlankAt(end + 1)
                 || comesBeforeBlank(end, [](QChar sign) { return sign == u'=' || sign == u':'; }));
-        if (!isNextPair && !isInAddress && !QStringView(u")}]>|&").contains(c)) {
+        // Another mark than that of the rules before stands for a whole value.
+        const bool mayBePart = m_text.first(end).endsWith(mask) && !isInAddress;
+        if (mayBePart && !isNextPair && !QStringView(u")}]>|&").contains(c)) {
             m_result += m_text.sliced(m_copied, end - m_copied);
             m_copied = endOfBareValue(end);
             m_at = m_copied;

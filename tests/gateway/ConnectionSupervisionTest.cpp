@@ -268,7 +268,7 @@ TEST(GatewaySession, EachRefusalLengthensTheWaitOnce)
     EXPECT_TRUE(waitUntil([&] { return attempts.size() == 4; }));
     core.monitor().stop();
     EXPECT_THAT(attempts,
-                testing::ElementsAre(testing::Lt(0.5), testing::Lt(0.6), testing::Gt(0.8),
+                testing::ElementsAre(testing::Lt(0.5), testing::Lt(0.6), testing::Gt(0.7),
                                      testing::AllOf(testing::Gt(2.1), testing::Lt(3.2))));
     EXPECT_TRUE(waitUntil([&] { return core.tasks().running().isEmpty(); }));
 }

@@ -92,7 +92,8 @@ TEST_F(PracticeBotApiTest, KeepsAChatWithItsKeyboard)
               (QList<PracticeMessage> {{.messageId = messageId,
                                         .isFromBot = true,
                                         .text = u"one"_s,
-                                        .buttons = {{{u"Allow"_s, u"allow:a"_s}}}}}));
+                                        .buttons = {{{u"Allow"_s, u"allow:a"_s}}},
+                                        .sentAtSeconds = m_clock.nowMs() / 1000}}));
 
     QJsonObject edit {{u"chat_id"_s, chat}, {u"message_id"_s, messageId}, {u"text"_s, u"two"_s}};
     EXPECT_EQ(call(u"editMessageText"_s, edit).status, 200);

@@ -272,7 +272,9 @@ TEST_F(FrontEnd, AGatewayThatStaysAwayIsSaidOnce)
     EXPECT_TRUE(says(u"Gateway connected\n"_s));
     const QString all = allSaid();
     EXPECT_EQ(all.count("Connecting to gateway"_L1), 2) << qPrintable(all);
-    EXPECT_EQ(all.count("Gateway disconnected"_L1), 1) << qPrintable(all);
+    EXPECT_EQ(all.count("Gateway disconnected: Gateway connection lost"_L1), 1) << qPrintable(all);
+    EXPECT_EQ(all.count("Gateway disconnected: Connection refused"_L1), 1) << qPrintable(all);
+    EXPECT_EQ(all.count("Gateway disconnected"_L1), 2) << qPrintable(all);
 }
 
 TEST_F(FrontEnd, ALogThatCannotBeWrittenIsSaidAndSoIsItsEnd)
