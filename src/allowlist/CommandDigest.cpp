@@ -11,6 +11,7 @@ namespace bram
 namespace
 {
 constexpr qsizetype digestLength = 64;
+constexpr QStringView hereDocument = u"<<";
 
 /// One space for each run of blanks.
 QString folded(QStringView text)
@@ -75,12 +76,15 @@ bool isCommandDigest(QStringView text)
 
 bool isPlainCommand(QStringView command)
 {
-    return std::ranges::none_of(withoutOuterBlanks(command), [](QChar character) {
-        const bool isUsualBlank = character == u' ' || character == u'\t';
-        return keepsBlanks(character)
-            || (!isUsualBlank
-                && (character.isSpace() || character.category() == QChar::Other_Control));
-    });
+    // A here-document is what follows the line, so that line breaks at the end are input: `apt remove x <<E` and
+    // two of them answer its question.
+    return !command.contains(hereDocument)
+        && std::ranges::none_of(withoutOuterBlanks(command), [](QChar character) {
+               const bool isUsualBlank = character == u' ' || character == u'\t';
+               return keepsBlanks(character)
+                   || (!isUsualBlank
+                       && (character.isSpace() || character.category() == QChar::Other_Control));
+           });
 }
 
 QString commandForm(QStringView command)

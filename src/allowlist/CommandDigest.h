@@ -19,8 +19,8 @@ std::optional<QString> normalizedCommandDigest(QStringView command);
 bool isCommandDigest(QStringView text);
 
 /// Whether the command is one line of words with nothing in it that keeps blanks together: no quotes,
-/// backslashes, substitutions or brackets, no unusual blanks, no control characters. A shell reads it the same
-/// however many spaces and tabs stand between its words.
+/// backslashes, substitutions or brackets, no here-document, no unusual blanks, no control characters. A
+/// shell reads it the same however many spaces and tabs stand between its words.
 bool isPlainCommand(QStringView command);
 
 /// What two commands with the same digest have in common exactly if a shell is certain to read them the

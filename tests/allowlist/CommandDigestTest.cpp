@@ -59,11 +59,12 @@ TEST(CommandDigest, OnlyPlainCommandsAreOfOneFormWhateverTheirBlanks)
         EXPECT_TRUE(isCommandDigest(form)) << int(character.unicode());
         forms.insert(form);
     }
-    for (const QString &text : {u"\u00a0ls"_s, u"ls\r"_s, u"ls\r\n"_s, u"ls \v\n"_s, u"ls\\"_s}) {
+    for (const QString &text : {u"\u00a0ls"_s, u"ls\r"_s, u"ls\r\n"_s, u"ls \v\n"_s, u"ls\\"_s,
+                                u"yes_to <<E"_s, u"yes_to <<E\n\n"_s}) {
         EXPECT_TRUE(isCommandDigest(commandForm(text))) << qPrintable(text);
         forms.insert(commandForm(text));
     }
-    EXPECT_EQ(forms.size(), unusual.size() + 5);
+    EXPECT_EQ(forms.size(), unusual.size() + 7);
     // printf '%s' 'ls "결제"' | sha256sum
     EXPECT_EQ(commandForm(u"ls \"결제\""),
               u"6987b97b71a4558c5fb7dbff098a4cb662b9a2f5afe8f698a1f84bb80cc970cb"_s);
