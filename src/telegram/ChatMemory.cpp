@@ -4,6 +4,8 @@
 #include <QCryptographicHash>
 #include <QSet>
 
+#include <utility>
+
 namespace bram
 {
 
@@ -41,11 +43,20 @@ void ChatMemory::update(const QList<TelegramApprovalEntry> &entries, qint64 nowM
     m_given = given;
 }
 
-void ChatMemory::noteShownWhole(const TelegramApprovalEntry &entry)
+bool ChatMemory::noteShownWhole(const TelegramApprovalEntry &entry)
 {
     const auto known = m_given.find(entry.approvalId);
-    if (known != m_given.end()) {
-        known->wholeForm = formOf(entry);
+    if (known == m_given.end()) {
+        return false;
+    }
+    const QByteArray form = formOf(entry);
+    return std::exchange(known->wholeForm, form) != form;
+}
+
+void ChatMemory::takeBackShownWhole(const TelegramApprovalEntry &entry)
+{
+    if (wasShownWhole(entry)) {
+        m_given[entry.approvalId].wholeForm.clear();
     }
 }
 

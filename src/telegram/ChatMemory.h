@@ -21,7 +21,10 @@ public:
     /// The chat has been given this list.
     void update(const QList<TelegramApprovalEntry> &entries, qint64 nowMs);
     /// All of the command has been sent there, in this form.
-    void noteShownWhole(const TelegramApprovalEntry &entry);
+    /// True when that is new.
+    bool noteShownWhole(const TelegramApprovalEntry &entry);
+    /// It was not, after all.
+    void takeBackShownWhole(const TelegramApprovalEntry &entry);
     /// Telegram dates messages by a clock of its own.
     void noteServerTime(qint64 serverSeconds, qint64 nowMs);
 

@@ -226,7 +226,7 @@ void TelegramApprovalBridge::handleMessageUpdate(const QJsonObject &message)
         return;
     }
     if (isForwardedOrEdited(message)) {
-        logRefusal(u"forwarded or edited message"_s, chatId, message);
+        logRefusal(u"forwarded, edited or scheduled message"_s, chatId, message);
         return;
     }
     const auto refuse = [chat](const QString &why) { chat->say(QString(u"BRAM: "_s + why)); };

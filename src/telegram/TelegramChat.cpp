@@ -12,6 +12,7 @@
 #include <QJsonArray>
 
 #include <algorithm>
+#include <utility>
 
 namespace bram
 {
@@ -263,14 +264,16 @@ QCoro::Task<std::optional<BridgeError>> TelegramChat::retireMessage(QPointer<Tel
 
 QCoro::Task<> TelegramChat::sendFromOutbox(QPointer<TelegramChat> self, ChatOutbox::Call call)
 {
-    if (call.isWhole) {
-        // Before the answer: a person may be faster.
-        self->m_collaborators.memory.noteShownWhole(*call.shows);
-    }
+    // Before the answer: a person may be faster.
+    const bool isNew = call.isWhole && self->m_collaborators.memory.noteShownWhole(*call.shows);
     const auto sent = co_await self->m_collaborators.api.call(call.method, call.payload);
-    if (self) {
-        self->onSent(call, sent);
+    if (!self) {
+        co_return;
     }
+    if (!sent && isNew) {
+        self->m_collaborators.memory.takeBackShownWhole(*call.shows);
+    }
+    self->onSent(call, sent);
 }
 
 void TelegramChat::onSent(const ChatOutbox::Call &call, const TelegramBotApi::Result &sent)
@@ -320,8 +323,9 @@ void TelegramChat::rememberAttempt(const QList<TelegramApprovalEntry> &entries)
         }
     }
     for (const TelegramApprovalEntry &entry : entries.first(listedCount(entries, m_terms))) {
-        if (isShownWholeInList(entry.command, m_terms.mask)) {
-            m_collaborators.memory.noteShownWhole(entry);
+        if (isShownWholeInList(entry.command, m_terms.mask)
+            && m_collaborators.memory.noteShownWhole(entry)) {
+            m_perhapsShownWhole.append(entry);
         }
     }
 }
@@ -330,6 +334,12 @@ void TelegramChat::onUpdated(const QList<TelegramApprovalEntry> &entries,
                              const std::optional<BridgeError> &error)
 {
     m_isCalling = false;
+    for (const auto newlyShown = std::exchange(m_perhapsShownWhole, {});
+         const TelegramApprovalEntry &entry : newlyShown) {
+        if (error) {
+            m_collaborators.memory.takeBackShownWhole(entry);
+        }
+    }
     if (m_isStopped) {
         return;
     }

@@ -97,6 +97,8 @@ private:
     std::optional<qint64> m_messageId; ///< of the status message
     QList<TelegramApprovalEntry> m_shown; ///< in it, as its last confirmed change has it
     QList<TelegramApprovalEntry> m_perhapsShown; ///< by changes that are not confirmed (yet)
+    QList<TelegramApprovalEntry>
+        m_perhapsShownWhole; ///< by the change under way, for the first time
     ChatOutbox m_outbox;
     bool m_isCalling = false;
     bool m_isRefused = false; ///< until the next list, because another try would end alike

@@ -49,9 +49,9 @@ std::optional<QString> parseApprovalText(const QJsonObject &message)
 bool isForwardedOrEdited(const QJsonObject &message)
 {
     constexpr std::array signs {
-        "forward_origin"_L1,      "forward_from"_L1, "forward_from_chat"_L1,
-        "forward_sender_name"_L1, "forward_date"_L1, "is_automatic_forward"_L1,
-        "edit_date"_L1,
+        "forward_origin"_L1,      "forward_from"_L1,    "forward_from_chat"_L1,
+        "forward_sender_name"_L1, "forward_date"_L1,    "is_automatic_forward"_L1,
+        "edit_date"_L1,           "is_from_offline"_L1,
     };
     return std::ranges::any_of(signs, [&](auto key) { return message.contains(key); });
 }
@@ -61,7 +61,7 @@ bool isFromAPerson(const QJsonObject &messageOrQuery)
     const QJsonObject sender = messageOrQuery.value("from"_L1).toObject();
     return senderIdOf(messageOrQuery) && !sender.value("is_bot"_L1).toBool()
         && !messageOrQuery.contains("via_bot"_L1) && !messageOrQuery.contains("sender_chat"_L1)
-        && !isInAChannel(messageOrQuery);
+        && !messageOrQuery.contains("sender_business_bot"_L1) && !isInAChannel(messageOrQuery);
 }
 
 bool isInAChannel(const QJsonObject &message)

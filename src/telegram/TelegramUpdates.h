@@ -24,7 +24,8 @@ std::optional<qint64> parseChatIdFromCallbackQuery(const QJsonObject &callbackQu
 /// The text of a message that has one.
 std::optional<QString> parseApprovalText(const QJsonObject &message);
 
-/// Whether the message is somebody else's words passed on, or reads differently than when it was sent.
+/// Whether the message is somebody else's words passed on, reads differently than when it was sent, or was
+/// written before and sent by a timetable.
 bool isForwardedOrEdited(const QJsonObject &message);
 
 /// Whether a person wrote the message, or pressed the button, under their own name: no bot, no channel, nobody

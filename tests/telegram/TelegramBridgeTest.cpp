@@ -243,6 +243,23 @@ TEST_F(TelegramBridgeTest, ShowSendsACommandWholeWithItsButtonsBelow)
     api.say(bound, u"/show third"_s);
     ASSERT_TRUE(waitLog(u"showing a command failed (chat=501): Bad Request: no"_s));
     EXPECT_EQ(decide(u"/approve third allow-once"_s), ShownInChat::Part);
+
+    // Nor with its only part missing, and what the list was to show counts once it does.
+    bridge->updatePending({entry(u"fourth"_s, u"a\nb"_s)});
+    ASSERT_TRUE(waitUntil([&] { return !texts(bound).filter(u"fourth"_s).isEmpty(); }));
+    api.setBehaviour(
+        u"sendMessage"_s,
+        {.fault = BotFault::Refuse, .text = u"Bad Request: not this one"_s, .times = 1});
+    api.say(bound, u"/show fourth"_s);
+    ASSERT_TRUE(waitLog(u"showing a command failed (chat=501): Bad Request: not this one"_s));
+    EXPECT_EQ(decide(u"/approve fourth allow-once"_s), ShownInChat::Part);
+    api.setBehaviour(u"editMessageText"_s, fault(BotFault::HtmlError));
+    bridge->updatePending({entry(u"fifth"_s)});
+    ASSERT_TRUE(waitLog(u"pending message update failed (chat=501): "_s));
+    EXPECT_EQ(decide(u"/approve fifth allow-once"_s), ShownInChat::Part);
+    api.setBehaviour(u"editMessageText"_s, {});
+    ASSERT_TRUE(waitUntil([&] { return !texts(bound).filter(u"fifth ls"_s).isEmpty(); }));
+    EXPECT_EQ(decide(u"/approve fifth allow-once"_s), ShownInChat::Whole);
     api.say(bound, u"/show nothing-like-it"_s);
     EXPECT_TRUE(waitLastText(bound, u"BRAM: 대기 중이 아니거나 이미 처리됨"_s));
     for (const BotCall &call : api.calls()) {
@@ -275,6 +292,12 @@ TEST_F(TelegramBridgeTest, OnlyPeopleWhoMayDecideDo)
          usual + uR"(,"via_bot":{"id":9,"is_bot":true})"_s,
          u"deny"_s,
          {}},
+        {"by a bot for a business",
+         bound,
+         usual + uR"(,"sender_business_bot":{"id":9,"is_bot":true})"_s,
+         u"deny"_s,
+         {}},
+        {"by a timetable", bound, usual + uR"(,"is_from_offline":true)"_s, u"deny"_s, {}},
         {"a channel",
          bound,
          usual + uR"(,"sender_chat":{"id":-9,"type":"channel"})"_s,
