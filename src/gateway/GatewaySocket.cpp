@@ -39,11 +39,9 @@ QString secondsText(std::chrono::milliseconds time)
     return u"%1 s"_s.arg(std::chrono::duration<double>(time).count());
 }
 
-/// Why a connection could not be opened, in English whatever the language of the toolkit's texts is, where
-/// the fault is one of the usual ones.
-QString failureText(const QWebSocket &socket)
+QString failureText(QAbstractSocket::SocketError error, const QString &otherwise)
 {
-    switch (socket.error()) {
+    switch (error) {
     case QAbstractSocket::ConnectionRefusedError:
         return u"Connection refused"_s;
     case QAbstractSocket::HostNotFoundError:
@@ -53,8 +51,23 @@ QString failureText(const QWebSocket &socket)
     case QAbstractSocket::NetworkError:
         return u"Network unreachable"_s;
     default:
-        return socket.errorString();
+        return otherwise;
     }
+}
+
+/// Why a connection could not be opened, in English whatever the language of the toolkit's texts is, where
+/// the fault is one of the usual ones.
+QString failureText(const QWebSocket &socket)
+{
+    // An encrypted one has closed before it takes over the fault of the plain socket within it.
+    if (socket.error() == QAbstractSocket::UnknownSocketError) {
+        for (const auto *inner : socket.findChildren<QAbstractSocket *>()) {
+            if (inner->error() != QAbstractSocket::UnknownSocketError) {
+                return failureText(inner->error(), inner->errorString());
+            }
+        }
+    }
+    return failureText(socket.error(), socket.errorString());
 }
 } // namespace
 

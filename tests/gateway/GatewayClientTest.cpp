@@ -346,11 +346,15 @@ TEST_F(GatewayClientTest, APeerThatIsNoGatewayIsAReasonNotACrash)
     server.close();
     client.stop();
     states.clear();
-    client.start({QUrl(QStringLiteral("ws://127.0.0.1:%1").arg(server.serverPort())), {}});
-    ASSERT_TRUE(waitState("disconnected"));
-    EXPECT_EQ(states.back(), "disconnected: Connection refused");
-    client.start({QUrl(QStringLiteral("ws://no-such-host.invalid:1")), {}});
-    ASSERT_TRUE(waitState("disconnected: Host not found"));
+    for (const char *scheme : {"ws", "wss"}) {
+        const QString address = QLatin1StringView(scheme) + QStringLiteral("://%1:1");
+        client.start({QUrl(address.arg(QStringLiteral("127.0.0.1"))), {}});
+        ASSERT_TRUE(waitState("disconnected"));
+        EXPECT_EQ(states.back(), "disconnected: Connection refused") << scheme;
+        client.start({QUrl(address.arg(QStringLiteral("no-such-host.invalid"))), {}});
+        ASSERT_TRUE(waitState("disconnected: Host not found")) << scheme;
+        states.clear();
+    }
 }
 
 TEST_F(GatewayClientTest, RestartFromWithinAReportWins)
