@@ -301,6 +301,7 @@ TEST_F(RecordOperationsTest, pendingRequestsGoToTheClipboardOrAFile)
 {
     makeCore();
     monitor().handleGatewayEvent(ApprovalRequested {item("r1", "login --token=abc")});
+    monitor().handleGatewayEvent(ApprovalRequested {item("r2", "echo \x1b[2K")});
     QStringList copied;
     const auto copy = [&copied](const QString &text) { copied.append(text); };
 
@@ -315,6 +316,8 @@ TEST_F(RecordOperationsTest, pendingRequestsGoToTheClipboardOrAFile)
     EXPECT_TRUE(test::waitFor(record().copyOrSaveAllPendingApprovalDetails(prompts, copy)));
     ASSERT_EQ(copied.size(), 1);
     EXPECT_TRUE(copied[0].contains(u"Command: login --token=abc\n"_s));
+    EXPECT_TRUE(copied[0].contains(u"Command: echo ⟨U+001B⟩[2K\n"_s));
+    EXPECT_TRUE(copied[0].contains(u"not as they would run"_s));
 
     prompts.files = {out(u"pending.txt"_s), out(u"missing/pending.txt"_s)};
     EXPECT_TRUE(test::waitFor(record().copyOrSaveAllPendingApprovalDetails(prompts, copy)));
