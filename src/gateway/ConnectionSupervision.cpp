@@ -11,6 +11,8 @@
 #include <QDateTime>
 #include <QStringList>
 
+#include <utility>
+
 namespace bram
 {
 
@@ -83,8 +85,17 @@ void ConnectionSupervision::handleHandshakeCompleted()
     status.setConnection(u"Gateway connected"_s, IndicatorState::Green);
     status.setTokenState(TokenSyncState::Matching);
     status.unlockRemoteApproval();
+    m_isLockMadeUp = false;
     m_unauthorizedDisconnectCount = 0;
     m_lastUnauthorizedDisconnectMs.reset();
+}
+
+void ConnectionSupervision::endExercise()
+{
+    if (std::exchange(m_isLockMadeUp, false)) {
+        m_collaborators.status.unlockRemoteApproval();
+    }
+    m_autoTokenResyncAttempted = false;
 }
 
 void ConnectionSupervision::handleRefusedMessage(qint64 bytes)
@@ -117,7 +128,11 @@ void ConnectionSupervision::onAuthenticationFailure(const QString &masked)
 {
     auto &status = m_collaborators.status;
     registerUnauthorizedDisconnect(masked);
-    status.lockRemoteApproval(masked);
+    if (const bool isExercise = m_auditSource == exerciseSource;
+        !isExercise || !status.lines().remoteApprovalLocked) {
+        status.lockRemoteApproval(masked);
+        m_isLockMadeUp = isExercise;
+    }
     status.setTokenState(TokenSyncState::Mismatch);
     // The first time at once: a token that was renewed in the file shall work at once. After that with
     // growing waits, or a gateway that refuses everything would be asked without a pause.

@@ -39,6 +39,9 @@ public:
     /// over. "connected" alone does not say so, as it comes before the handshake is answered.
     void handleHandshakeCompleted();
 
+    /// Takes back what a made-up refusal has locked, but not what the gateway itself has.
+    void endExercise();
+
     /// The gateway sent something too large to be read, perhaps a request, which then stays undecided.
     void handleRefusedMessage(qint64 bytes);
 
@@ -56,6 +59,7 @@ private:
     void registerUnauthorizedDisconnect(const QString &masked);
 
     Collaborators m_collaborators;
+    bool m_isLockMadeUp = false; ///< remote decisions are locked by an exercise only
     bool m_autoTokenResyncAttempted = false; ///< since the last good connection
     int m_unauthorizedDisconnectCount = 0;
     std::optional<qint64> m_lastUnauthorizedDisconnectMs;

@@ -3,7 +3,6 @@
 
 #include "gateway/GatewaySession.h"
 #include "gateway/GatewayStatus.h"
-#include "gateway/MaskedReason.h"
 #include "system/BackgroundTasks.h"
 #include "system/SystemLog.h"
 
@@ -171,14 +170,13 @@ void ApprovalMonitor::handleConnectionState(const GatewayConnectionState &state)
                          : u"state.disconnected"_s);
 }
 
-void ApprovalMonitor::recoverFromSimulation(const GatewayDisconnected &madeUp)
+void ApprovalMonitor::recoverFromSimulation()
 {
-    GatewayStatus &status = m_collaborators.status;
-    if (status.lines().remoteApprovalLockReason == maskedReason(madeUp.reason)) {
-        status.unlockRemoteApproval();
+    m_supervision.endExercise();
+    // The refusal itself may have led to a new connection; another one would only cut decisions off.
+    if (m_collaborators.status.lines().connectionIndicator != IndicatorState::Green) {
+        m_collaborators.session.connectGateway();
     }
-    m_supervision.allowAutomaticTokenResync();
-    m_collaborators.session.connectGateway();
 }
 
 void ApprovalMonitor::showConnectionAsWorking()

@@ -69,9 +69,9 @@ public:
     void handleExercise(const ApprovalItem &item);
     /// Takes a report of the connection in, from the client or from a simulation.
     void handleConnectionState(const GatewayConnectionState &state);
-    /// Undoes what a made-up end of the connection has left: connects anew, and lets chats decide if it was that
-    /// which had locked them.
-    void recoverFromSimulation(const GatewayDisconnected &madeUp);
+    /// Undoes what a made-up end of the connection has left: connects anew where that is still needed, and lets
+    /// chats decide if it was that which had locked them.
+    void recoverFromSimulation();
 
 Q_SIGNALS:
     /// The steps of the start have been gone through; the connection may still be on its way.

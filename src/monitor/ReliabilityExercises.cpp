@@ -153,18 +153,18 @@ QCoro::Task<> ReliabilityExercises::simulateForOperator(QPointer<ReliabilityExer
     if (ids.isEmpty() || !self) {
         co_return;
     }
-    self->m_collaborators.tasks.spawn(recover(self, simulatedRefusal), u"simulation"_s);
+    self->m_collaborators.tasks.spawn(recover(self), u"simulation"_s);
     if (prompts != nullptr) {
         const Alert alert = simulationAlert();
         co_await prompts->inform(alert);
     }
 }
 
-QCoro::Task<> ReliabilityExercises::recover(QPointer<ReliabilityExercises> self, QString reason)
+QCoro::Task<> ReliabilityExercises::recover(QPointer<ReliabilityExercises> self)
 {
     const bool goesOn = co_await self->pause(pauseBeforeMeasuring);
     if (goesOn && self) {
-        self->m_collaborators.monitor.recoverFromSimulation({reason});
+        self->m_collaborators.monitor.recoverFromSimulation();
     }
 }
 
@@ -219,7 +219,7 @@ QCoro::Task<> ReliabilityExercises::testSelfForOperator(QPointer<ReliabilityExer
     if (!self || !self->m_running) {
         co_return;
     }
-    self->m_collaborators.monitor.recoverFromSimulation({testedRefusal});
+    self->m_collaborators.monitor.recoverFromSimulation();
     const Alert alert = selfTestAlert(verdict.isSuccess(), resultPath);
     co_await prompts->inform(alert);
 }

@@ -93,7 +93,7 @@ private:
     /// The ids of the requests; empty when the program ends meanwhile.
     static QCoro::Task<QStringList> simulate(QPointer<ReliabilityExercises> self);
     static QCoro::Task<Verdict> measure(QPointer<ReliabilityExercises> self, QString resultPath);
-    static QCoro::Task<> recover(QPointer<ReliabilityExercises> self, QString reason);
+    static QCoro::Task<> recover(QPointer<ReliabilityExercises> self);
     QString simulateRequest(const QString &idBeginning, const QString &command);
     QByteArray resultJson(const AuditFindings &findings, bool success) const;
 

@@ -79,6 +79,24 @@ TEST_F(Exercises, ASimulationTakesTheRoadOfRealRequests)
               2);
 }
 
+TEST_F(Exercises, ChatsStayLockedWhereTheGatewayItselfHasRefusedUs)
+{
+    gateway.close();
+    makeCore();
+    monitor().start();
+    for (const bool wasLocked : {false, true}) {
+        if (wasLocked) {
+            monitor().handleConnectionState(GatewayDisconnected {.reason = u"unauthorized"_s});
+        }
+        core->exercises().runProgramSimulation(nullptr);
+        core->exercises().runSelfTestForOperator(prompts, resultPath);
+        ASSERT_TRUE(waitUntil([&] { return core->tasks().running().isEmpty(); }));
+        EXPECT_EQ(core->status().lines().remoteApprovalLocked, wasLocked);
+        EXPECT_EQ(core->status().lines().remoteApprovalLockReason.value_or(QString()),
+                  wasLocked ? u"unauthorized"_s : QString());
+    }
+}
+
 TEST_F(Exercises, WithAnAgentSelectedTheRequestsAreThatAgents)
 {
     ASSERT_TRUE(QDir(folder.path()).mkpath(u".brackwen"_s));
