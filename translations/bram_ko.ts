@@ -239,6 +239,10 @@
         <source>The bot&apos;s own token stands in it, which is sent to no chat. It can be denied here, and read where BRAM runs.</source>
         <translation>이 봇의 토큰이 들어 있어 그 부분은 채팅으로 보내지 않습니다. 여기서는 거부할 수 있고, BRAM이 실행되는 곳에서 읽을 수 있습니다.</translation>
     </message>
+    <message>
+        <source>The time to decide this request is over: it has expired.</source>
+        <translation>결정할 수 있는 시간이 지나 이 요청은 만료되었습니다.</translation>
+    </message>
 </context>
 <context>
     <name>Terminal</name>

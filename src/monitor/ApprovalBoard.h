@@ -60,6 +60,12 @@ public:
     }
     const QList<ActivityEntry> &activity() const { return m_activity.entries(); }
 
+    /// Whether it has left the list undecided, as its time was over.
+    bool hasExpired(const QString &approvalId) const
+    {
+        const auto *row = m_history.row(approvalId);
+        return row != nullptr && row->state == ApprovalHistoryState::Canceled;
+    }
     /// The command of the request with this id, pending or else from its history row; empty when
     /// it is not known, or not kept whole.
     QString commandFor(const QString &approvalId) const;

@@ -57,7 +57,8 @@ RemoteVerdict RemoteDecisions::decide(const TelegramDecision &decision,
     }
     const auto *item = m_collaborators.board.find(decision.approvalId);
     if (item == nullptr) {
-        return RemoteVerdict::NotPending;
+        return m_collaborators.board.hasExpired(decision.approvalId) ? RemoteVerdict::Expired
+                                                                     : RemoteVerdict::NotPending;
     }
     const auto boundAgents = config.agentsOf(decision.chatId);
     if (boundAgents.isEmpty()) {
@@ -84,10 +85,12 @@ RemoteVerdict RemoteDecisions::decide(const TelegramDecision &decision,
         && !config.offersPartlyShown) {
         return deny(decision, u"command not shown whole"_s, {}, RemoteVerdict::NotShownWhole);
     }
-    return m_collaborators.decisions.resolve(decision.approvalId, decision.decision,
-                                             originOf(decision), ActivityTracking::Record)
-        ? RemoteVerdict::Started
-        : RemoteVerdict::NotPending;
+    if (m_collaborators.decisions.resolve(decision.approvalId, decision.decision,
+                                          originOf(decision), ActivityTracking::Record)) {
+        return RemoteVerdict::Started;
+    }
+    return m_collaborators.board.hasExpired(decision.approvalId) ? RemoteVerdict::Expired
+                                                                 : RemoteVerdict::NotPending;
 }
 
 RemoteVerdict RemoteDecisions::deny(const TelegramDecision &decision, const QString &why,

@@ -109,12 +109,15 @@ TelegramApprovalEntry TelegramMirror::entryFor(const ApprovalItem &item) const
     const auto known = m_given.constFind(item.approvalId);
     if (known != m_given.constEnd() && known->command == item.command
         && known->agentId == item.agentId) {
-        return *known; // the rating costs more than everything else here
+        TelegramApprovalEntry same = *known; // the rating costs more than everything else here
+        same.expiresAtMs = item.expiresAtMs;
+        return same;
     }
     return {.approvalId = item.approvalId,
             .command = item.command,
             .agentId = item.agentId,
-            .isHighRisk = commandRiskLevel(item.command) == CommandRisk::High};
+            .isHighRisk = commandRiskLevel(item.command) == CommandRisk::High,
+            .expiresAtMs = item.expiresAtMs};
 }
 
 } // namespace bram

@@ -8,6 +8,7 @@
 #include "telegram/DecisionTexts.h"
 
 #include <QCoreApplication>
+#include <QDateTime>
 #include <QJsonArray>
 #include <QStringList>
 
@@ -92,13 +93,29 @@ QString shortId(const QList<TelegramApprovalEntry> &listed, qsizetype index)
         + QString::number(index + 1);
 }
 
-/// "[HIGH] [main] ", as far as there is something to say.
+/// Until when the entry can be decided. With the time zone: the reader's may be another.
+QString untilText(const TelegramApprovalEntry &entry)
+{
+    const auto until = QDateTime::fromMSecsSinceEpoch(entry.expiresAtMs);
+    return u"until "_s
+        + until.toString(until.date() == QDate::currentDate() ? u"HH:mm:ss t"_s
+                                                              : u"MM-dd HH:mm t"_s);
+}
+
+/// "[HIGH] [main] [until 14:05:00 UTC] ", as far as there is something to say.
 QString tagsOf(const TelegramApprovalEntry &entry)
 {
-    const QString risk = entry.isHighRisk ? u"[HIGH] "_s : QString();
-    return entry.agentId
-        ? QString(risk + u'[' + honestCut(*entry.agentId, agentCharacters, maxAgentUnits) + u"] "_s)
-        : risk;
+    QStringList tags;
+    if (entry.isHighRisk) {
+        tags.append(u"HIGH"_s);
+    }
+    if (entry.agentId) {
+        tags.append(honestCut(*entry.agentId, agentCharacters, maxAgentUnits));
+    }
+    if (entry.expiresAtMs >= 1) {
+        tags.append(untilText(entry));
+    }
+    return tags.isEmpty() ? QString() : QString(u'[' + tags.join(u"] ["_s) + u"] "_s);
 }
 
 bool hasButtons(const TelegramApprovalEntry &entry)

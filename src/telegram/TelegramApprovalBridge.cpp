@@ -53,6 +53,8 @@ QString refusalText(RemoteVerdict verdict)
     case RemoteVerdict::Locked:
         return BridgeTr::tr("Nothing can be decided in chats while the gateway refuses this "
                             "program's token.");
+    case RemoteVerdict::Expired:
+        return BridgeTr::tr("The time to decide this request is over: it has expired.");
     case RemoteVerdict::Changed:
         return BridgeTr::tr("The request is no longer what was shown here first. Decide it where "
                             "BRAM runs.");

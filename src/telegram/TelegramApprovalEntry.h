@@ -14,6 +14,7 @@ struct TelegramApprovalEntry {
     QString command; ///< whole, as it was asked for
     std::optional<QString> agentId {};
     bool isHighRisk = false;
+    qint64 expiresAtMs = 0; ///< since the Unix epoch; 0 or negative: no expiry is known
 
     bool operator==(const TelegramApprovalEntry &) const = default;
 };

@@ -36,6 +36,7 @@ struct TelegramDecision {
 enum class RemoteVerdict {
     Started, ///< it is on its way to the gateway
     NotPending, ///< or refused for a reason that is not the chat's to know
+    Expired, ///< the time to decide the request is over
     Locked, ///< nothing is decided in chats while the gateway refuses our token
     Changed, ///< the request is no longer what a chat was first given
     OlderThanRequest, ///< it was taken before the chat was given the request

@@ -149,7 +149,9 @@ TEST_F(RemoteDecision, EveryCheckRefusesAndSaysSoInItsOrder)
     EXPECT_EQ(decisions.decide(decision(u"fails"_s), config), RemoteVerdict::Started);
     ASSERT_TRUE(waitSettled(4));
     clock.current += 1000;
-    EXPECT_EQ(decisions.decide(decision(u"late"_s), config), RemoteVerdict::NotPending);
+    EXPECT_EQ(decisions.decide(decision(u"late"_s), config), RemoteVerdict::Expired);
+    EXPECT_EQ(decisions.decide(decision(u"late"_s), config), RemoteVerdict::Expired)
+        << "no longer listed";
     const auto all = core->audit().records(0);
     const auto withSender = [&](const AuditEventRecord &record) {
         return record.note.value_or(QString()).contains(u"sender=Mina (@mina, id 77)"_s);

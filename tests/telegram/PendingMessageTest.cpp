@@ -61,6 +61,9 @@ TEST(PendingMessage, TextByModeAndLength)
                   {{u"abcdefghij"_s, u"rm -rf /"_s, u"main"_s, true}, {u"b"_s, u"ls"_s, {}, false}},
                   polling),
               u"BRAM pending approvals (2)\n1. [HIGH] [main] abcdefgh rm -rf /\n2. b ls"_s);
+    const QString limited
+        = renderPendingText({{u"b"_s, u"ls"_s, u"main"_s, false, 1'000'000'000'000}}, polling);
+    EXPECT_TRUE(limited.contains(u"\n1. [main] [until 09-0"_s) && limited.endsWith(u"] b ls"_s));
     EXPECT_EQ(renderPendingText(numbered(1), commands),
               u"BRAM pending approvals (1)\n1. id-0001- ls\n\n"
               "Use /approve <id> allow-once|allow-always|deny"_s);

@@ -157,6 +157,8 @@ TEST_F(TelegramBridgeTest, ButtonsAndWhatTheyAreAnswered)
         {bound, u"deny:a1"_s, Verdict::Started, u"거부 요청 전송됨"_s, false},
         {bound, u"allow-always:a1"_s, Verdict::Started, u"영구 승인 요청 전송됨"_s, false},
         {bound, u"allow:a1"_s, Verdict::NotPending, u"대기 중이 아니거나 이미 처리됨"_s, true},
+        {bound, u"allow:a1"_s, Verdict::Expired,
+         u"The time to decide this request is over: it has expired."_s, true},
         {bound, u"allow:a1"_s, Verdict::Locked,
          u"Nothing can be decided in chats while the gateway refuses this program's token."_s,
          true},
@@ -172,7 +174,7 @@ TEST_F(TelegramBridgeTest, ButtonsAndWhatTheyAreAnswered)
         EXPECT_EQ(api.queryAnswers().constLast().text, row.answer);
         EXPECT_EQ(api.queryAnswers().constLast().isAlert, row.isAlert);
     }
-    ASSERT_EQ(decisions.size(), 5) << "only what passes the bridge's own gate";
+    ASSERT_EQ(decisions.size(), 6) << "only what passes the bridge's own gate";
     EXPECT_EQ(decisions.at(2),
               (TelegramDecision {u"a1"_s, ApprovalDecision::AllowAlways, bound,
                                  DecisionInputSource::CallbackButton,
