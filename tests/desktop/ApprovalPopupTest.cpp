@@ -158,6 +158,9 @@ TEST_F(Popup, SaysWhyAnAlwaysAllowedCommandIsAsked)
     EXPECT_TRUE(view().accessibleDescription().contains(
         u"The always-allow list has these words, but perhaps with other blanks or line breaks"_s));
     EXPECT_TRUE(view().commandView().isAllVisible());
+    popup.setProblem(u"The log is full."_s);
+    EXPECT_TRUE(view().accessibleDescription().contains(u"The log is full."_s));
+    EXPECT_TRUE(view().commandView().isAllVisible()) << "the popup grows with its words";
 }
 
 TEST_F(Popup, NothingAnswersBeforeItIsArmed)

@@ -208,6 +208,7 @@ TEST(MenuBarIcon, isInColourOnlyWhileTheConnectionIsHealthyAndNeverATemplate)
         const PointImage waiting = menuBarIcon(state, 5);
         EXPECT_EQ(at(waiting, 2, 8.8 + 2.2, 1.2 + 6), red);
         EXPECT_FALSE(waiting.icon().isMask());
+        EXPECT_EQ(at(menuBarIcon(state, 5, Alarm::On), 2, 4.5, 4.5), red) << "at the other side";
     }
 }
 
@@ -217,6 +218,7 @@ TEST(MenuBarIcon, keyChangesWithWhatIsShown)
     EXPECT_EQ(iconRenderKey(12, IndicatorState::Yellow, u"a-1"_s), u"menu-icon-12-1-a-1"_s);
     EXPECT_EQ(iconRenderKey(-1, IndicatorState::Red, {}), u"menu-icon--1-2-none"_s);
     EXPECT_EQ(iconRenderKey(100, IndicatorState::Gray, {}), u"menu-icon-100-3-none"_s);
+    EXPECT_EQ(iconRenderKey(1, IndicatorState::Gray, {}, Alarm::On), u"menu-icon-1-3-none-alarm"_s);
 }
 
 TEST(CrestIcon, whereTheArtworkIsMissingTheNextPictureTakesItsPlace)

@@ -54,6 +54,7 @@ void ApprovalPopupPresenter::build()
     m_view->setWaitingCount(m_waitingCount);
     m_view->setAllowsPartlyShown(m_allowsPartlyShown);
     m_view->setMark(m_mark);
+    m_view->setProblem(m_problem);
     m_watch = std::make_unique<ArmingWatch>(*m_window);
     connect(m_window.get(), &ApprovalPopupWindow::closeRequested, this,
             &ApprovalPopupPresenter::closeIfSeen);
@@ -80,6 +81,14 @@ void ApprovalPopupPresenter::build()
             m_window->setContentSize(fittingSize());
         }
     });
+}
+
+void ApprovalPopupPresenter::setProblem(const QString &problem)
+{
+    m_problem = problem;
+    if (m_view != nullptr) {
+        m_view->setProblem(problem);
+    }
 }
 
 void ApprovalPopupPresenter::setMark(const QString &mark)

@@ -58,6 +58,8 @@ public:
 
     /// What is shown beside every request, as that it is an exercise; empty for nothing.
     void setMark(const QString &mark);
+    /// Something of the program's own that a person must know before deciding; empty for nothing.
+    void setProblem(const QString &problem);
 
     /// How many requests wait beside the one that is shown.
     void setWaitingCount(qsizetype count);
@@ -99,6 +101,7 @@ private:
     qsizetype m_waitingCount = 0;
     bool m_allowsPartlyShown = false;
     QString m_mark;
+    QString m_problem;
     QTimer m_moment; ///< runs while the window says what became of a request
     QTimer
         m_closing; ///< runs from a dismissal to the next turn, when the window is changed or hidden

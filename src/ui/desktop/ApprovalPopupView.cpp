@@ -214,6 +214,15 @@ void ApprovalPopupView::setWaitingCount(qsizetype count)
     relabelState();
 }
 
+void ApprovalPopupView::setProblem(const QString &problem)
+{
+    if (problem != m_problem) {
+        m_problem = problem;
+        relabelNotices();
+        Q_EMIT contentChanged();
+    }
+}
+
 void ApprovalPopupView::setMark(const QString &mark)
 {
     m_mark->setText(mark);
@@ -347,6 +356,7 @@ void ApprovalPopupView::relabelNotices()
             notices.append(tr("Misleading characters, shown as ⟨…⟩."));
         }
         notices.append(askReasonWords(m_reason));
+        notices.append(m_problem);
         notices.removeAll(QString());
     }
     m_notices->setText(notices.join(u' '));

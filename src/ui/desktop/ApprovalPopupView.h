@@ -49,6 +49,8 @@ public:
     void setWaitingCount(qsizetype count);
     /// Beside the id; empty for none.
     void setMark(const QString &mark);
+    /// Stands with what there is to know of the request, in words that are shown as they are.
+    void setProblem(const QString &problem);
 
     enum class Answering {
         Off, ///< for the time being
@@ -104,6 +106,7 @@ private:
     ApprovalItem m_item;
     Occasion m_occasion = Occasion::New;
     AskReason m_reason = AskReason::Usual;
+    QString m_problem;
     std::optional<ApprovalHistoryState> m_outcome;
     bool m_outcomeIsExpiry = false;
     std::optional<qint64> m_leftMs;

@@ -107,25 +107,28 @@ PointImage grayCrestIcon()
     });
 }
 
-PointImage menuBarIcon(IndicatorState connection, qsizetype menuBadgeCount)
+PointImage menuBarIcon(IndicatorState connection, qsizetype menuBadgeCount, Alarm alarm)
 {
     const PointImage base = connection == IndicatorState::Green ? crestBaseIcon() : grayCrestIcon();
-    PointImage icon = BadgeIcon::make(base,
-                                      {.count = menuBadgeCount,
-                                       .badgeDiameter = badgeDiameter,
-                                       .serviceRunning = false,
-                                       .serviceIndicatorDiameter = serviceDotDiameter});
+    PointImage icon
+        = BadgeIcon::make(base,
+                          {.count = menuBadgeCount,
+                           .badgeDiameter = badgeDiameter,
+                           .serviceRunning = alarm == Alarm::On,
+                           .serviceIndicatorDiameter = serviceDotDiameter,
+                           .serviceIndicatorColor = QColor::fromRgb(BadgeIcon::systemRed)});
     // It keeps its colours without a badge as well.
     icon.setTemplate(false);
     return icon;
 }
 
 QString iconRenderKey(qsizetype menuBadgeCount, IndicatorState connection,
-                      const QString &activeApprovalId)
+                      const QString &activeApprovalId, Alarm alarm)
 {
-    return u"menu-icon-%1-%2-%3"_s.arg(QString::number(menuBadgeCount),
-                                       QString::number(caseNumber(connection)),
-                                       activeApprovalId.isEmpty() ? u"none"_s : activeApprovalId);
+    const QString key = u"menu-icon-%1-%2-%3"_s.arg(
+        QString::number(menuBadgeCount), QString::number(caseNumber(connection)),
+        activeApprovalId.isEmpty() ? u"none"_s : activeApprovalId);
+    return alarm == Alarm::On ? key + u"-alarm"_s : key;
 }
 
 QIcon applicationIcon()

@@ -16,6 +16,7 @@
 #include "ui/desktop/MenuText.h"
 #include "ui/desktop/RequestDetailsWindow.h"
 #include "ui/desktop/StatusWindow.h"
+#include "ui/language/AuditWords.h"
 #include "ui/language/LanguageChoice.h"
 #include "ui/language/Words.h"
 
@@ -208,7 +209,10 @@ void DesktopFrontEnd::refresh()
          .badgeCount = board.menuBadgeCount(),
          .activeApprovalId = active ? active->approvalId : QString(),
          .toolTip = trayToolTip(gateway, audit, board.menuBadgeCount(),
-                                m_collaborators.practiceChat != nullptr)});
+                                m_collaborators.practiceChat != nullptr),
+         .alarm = audit.isWritable ? Alarm::Off : Alarm::On});
+    m_collaborators.popup.setProblem(audit.isWritable ? QString()
+                                                      : auditNotices(audit).constFirst().text);
     const qsizetype others = board.menuBadgeCount() - (active ? 1 : 0);
     m_collaborators.popup.setWaitingCount(std::max<qsizetype>(others, 0));
     const StatusMenuContent now = content();

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ui/desktop/TrayIcon.h"
 
-#include "ui/desktop/CrestIcon.h"
-
 #include <QSystemTrayIcon>
 
 namespace bram
@@ -50,10 +48,11 @@ void TrayIcon::setLook(const TrayLook &look)
     if (!m_icon) {
         return;
     }
-    const QString key = iconRenderKey(look.badgeCount, look.connection, look.activeApprovalId);
+    const QString key
+        = iconRenderKey(look.badgeCount, look.connection, look.activeApprovalId, look.alarm);
     if (key != m_renderKey) {
         m_renderKey = key;
-        m_icon->setIcon(menuBarIcon(look.connection, look.badgeCount).icon());
+        m_icon->setIcon(menuBarIcon(look.connection, look.badgeCount, look.alarm).icon());
     }
     if (m_icon->toolTip() != look.toolTip) {
         m_icon->setToolTip(look.toolTip);

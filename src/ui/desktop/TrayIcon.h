@@ -2,6 +2,7 @@
 #pragma once
 
 #include "model/IndicatorState.h"
+#include "ui/desktop/CrestIcon.h"
 #include "ui/desktop/TrayHostWatch.h"
 
 #include <QMenu>
@@ -24,6 +25,7 @@ struct TrayLook {
     qsizetype badgeCount = 0;
     QString activeApprovalId {}; ///< of the request in the popup; empty without one
     QString toolTip {};
+    Alarm alarm = Alarm::Off;
 };
 
 /// The icon in the tray, from the moment that there is a host for it. It comes back by itself with a host
