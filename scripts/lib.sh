@@ -5,7 +5,7 @@
 build_packages=(
     g++ cmake ninja-build pkg-config ca-certificates
     qt6-base-dev qt6-websockets-dev qt6-svg-dev qt6-tools-dev qt6-l10n-tools qt6-qpa-plugins
-    qt6-translations-l10n
+    qt6-translations-l10n qt6-wayland
     qcoro-qt6-dev qtkeychain-qt6-dev
     libsodium-dev libsimdjson-dev libedit-dev libxcb1-dev libsecret-1-0 libgtest-dev libgmock-dev
 )
