@@ -9,12 +9,17 @@ set(BRAM_PCH_CORE
     <QMap> <QObject> <QPointer> <QSet> <QString> <QStringList> <QTimer> <QUrl> <algorithm> <array> <chrono>
     <expected> <functional> <memory> <optional> <string> <utility> <vector>)
 
-# pch_set NAME SOURCE LIBRARIES HEADERS: a target that builds the set and that others take it from.
-function(bram_pch_set name libraries headers)
+# A target that builds the set and that others take it from. It is of their kind, LIBRARY or EXECUTABLE, because
+# the two are compiled with different options.
+function(bram_pch_set name kind libraries headers)
     if(NOT BRAM_PCH)
         return()
     endif()
-    add_library(bram_pch_${name} OBJECT ${PROJECT_SOURCE_DIR}/cmake/pch.cpp)
+    if(kind STREQUAL "LIBRARY")
+        add_library(bram_pch_${name} OBJECT ${PROJECT_SOURCE_DIR}/cmake/pch.cpp)
+    else()
+        add_executable(bram_pch_${name} ${PROJECT_SOURCE_DIR}/cmake/pch.cpp)
+    endif()
     target_link_libraries(bram_pch_${name} PRIVATE bram_options ${libraries})
     target_precompile_headers(bram_pch_${name} PRIVATE ${headers})
 endfunction()
