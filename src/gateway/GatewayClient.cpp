@@ -260,7 +260,7 @@ std::optional<QString> GatewayClient::reasonToDistrustPeer() const
     if (!stranger) {
         return std::nullopt;
     }
-    return u"port %1 of this machine belongs to another user (%2); nothing was sent to it"_s.arg(
+    return u"port %1 of this machine belongs to another user (%2); it gets no credentials"_s.arg(
         QString::number(ends.peerPort), *stranger);
 }
 

@@ -50,8 +50,10 @@ QString failureText(QAbstractSocket::SocketError error, const QString &otherwise
         return u"Connection timed out"_s;
     case QAbstractSocket::NetworkError:
         return u"Network unreachable"_s;
-    default:
-        return otherwise;
+    default: // without the place in the library where it was noticed
+        return otherwise.startsWith("QWebSocketPrivate::"_L1)
+            ? otherwise.sliced(otherwise.indexOf(": "_L1) + 2)
+            : otherwise;
     }
 }
 
