@@ -145,6 +145,28 @@ TEST(StatusTexts, AnAuditLogThatCannotBeWrittenIsRedAndInTheToolTip)
     EXPECT_EQ(statusLines({}, {}, {}, lossy, MenuLanguage::English).size(), lines.size() + 1);
 }
 
+TEST_F(StatusMenuTest, EveryStatusLineHasARowThatBeginsOnTheScreen)
+{
+    const AuditLogCondition worst {
+        .isWritable = false, .problem = QString(200, u'x'), .archivesDeletedEarly = 1};
+    GatewayStatus::Lines locked;
+    locked.remoteApprovalLocked = true;
+    const auto lines = statusLines(locked, {}, {}, worst, MenuLanguage::English);
+    StatusMenuContent content;
+    content.status = lines;
+    statusMenu->update(content);
+    QStringList rows;
+    for (const QAction *row : statusMenu->menu().actions()) {
+        if (row->isVisible() && !row->icon().isNull()) {
+            rows.append(row->text());
+        }
+    }
+    EXPECT_EQ(rows.size(), lines.size());
+    const auto cut = rows.filter(u"The audit log cannot be written"_s);
+    ASSERT_EQ(cut.size(), 1);
+    EXPECT_TRUE(cut.first().size() < 110 && cut.first().endsWith(u'…'));
+}
+
 TEST_F(StatusMenuTest, eachEntryOfARequestDoesWhatItSays)
 {
     struct Case {

@@ -23,6 +23,7 @@ class MenuTextTr
 
 constexpr qsizetype shortenedLength = 60;
 constexpr qsizetype rowLength = 64;
+constexpr qsizetype statusRowLength = 100;
 constexpr qsizetype mostRows = 10;
 /// More of a command is never looked at for a menu; a character may be several units.
 constexpr qsizetype mostLookedAt = 8192;
@@ -81,6 +82,12 @@ MenuCommandRows commandRows(const QString &command)
         } while (!rest.isEmpty());
     }
     return result;
+}
+
+QString statusRowText(const QString &line)
+{
+    const QString beginning = firstCharacters(line, statusRowLength);
+    return beginning.size() < line.size() ? beginning + u'…' : line;
 }
 
 QString pendingRowText(const ApprovalItem &item)

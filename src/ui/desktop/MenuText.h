@@ -36,6 +36,10 @@ MenuCommandRows commandRows(const QString &command);
 /// mislead. The time of day rather than what is left, because a row of an open menu does not change.
 QString pendingRowText(const ApprovalItem &item);
 
+/// A status line on one row: a menu that is wider than the screen loses the beginning of its rows. The window and the
+/// tool tip have it whole.
+QString statusRowText(const QString &line);
+
 /// The row of an ended request: what became of it, when, and the command.
 QString historyRowText(const ApprovalHistoryEntry &entry);
 

@@ -221,7 +221,7 @@ void StatusMenu::showStatus()
         row.setVisible(isUsed);
         if (isUsed) {
             const StatusLine &line = m_content.status.at(i);
-            row.setText(menuLabel(line.text, m_drawing));
+            row.setText(menuLabel(statusRowText(line.text), m_drawing));
             row.setIcon(statusDot(line.indicator));
             row.setIconVisibleInMenu(true);
         }

@@ -41,8 +41,8 @@ class StatusMenu final : public QObject
     Q_OBJECT
 
 public:
-    /// Gateway, token, notifications, Telegram, and the lock on remote approvals.
-    static constexpr qsizetype statusRowCount = 5;
+    /// Gateway, token, notifications, Telegram, the lock on remote approvals, and two about the audit log.
+    static constexpr qsizetype statusRowCount = 7;
 
     StatusMenu(DesktopActions &actions, const LanguageChoice &language, MenuDrawing drawing,
                SimulationEntry simulationEntry = SimulationEntry::Hidden);
