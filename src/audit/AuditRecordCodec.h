@@ -15,7 +15,9 @@ namespace bram
 /// blanks, keys in the order of the record's fields, absent fields left out, a line feed at the
 /// end. The object itself never holds a raw line feed, so that line feeds are the borders between
 /// records. Half of a surrogate pair, which UTF-8 cannot carry, becomes U+FFFD. Writes into the
-/// caller's buffer because this is what an event costs the main thread.
+/// caller's buffer because this is what an event costs the main thread. Texts over 200 units (500 of the
+/// note) are cut, with "…", and an id that is cut ends in a hash of the whole: whoever chooses these texts
+/// must not be able to push older records out of the log.
 void appendAuditLine(const AuditEventRecord &record, std::string &lines);
 
 /// Text of the audit log's files, which are in UTF-8, as it stands: a U+FEFF at its beginning is kept.

@@ -93,6 +93,7 @@ WrittenChatRules chatRulesOfText(const QString &name, const QString &text)
             written.rules.append({rule.section(u':', 0, 0), values.split(u',')});
         }
     }
+    written.isReadable = !written.rules.isEmpty(); // ";" was meant for something
     return written;
 }
 

@@ -13,6 +13,20 @@ using bram::fuzz::require;
 
 namespace
 {
+/// Longer texts of a record are cut when it is written.
+constexpr qsizetype neverCut = 200;
+
+bool isNeverCut(const AuditEventRecord &record)
+{
+    for (const auto &text : {record.approvalId, record.agentId, record.decision, record.source,
+                             record.actor, record.risk, record.commandPreview, record.note}) {
+        if (text && text->size() > neverCut) {
+            return false;
+        }
+    }
+    return true;
+}
+
 void checkRoundTrip(AuditRecordDecoder &decoder, const AuditEventRecord &record)
 {
     std::string lines = "before\n";
@@ -21,7 +35,15 @@ void checkRoundTrip(AuditRecordDecoder &decoder, const AuditEventRecord &record)
     line.remove_prefix(7);
     require(line.find('\n') == line.size() - 1, "a record is one line");
     line.remove_suffix(1);
-    require(decoder.decode(line) == record, "a record survives being written");
+    const auto readBack = decoder.decode(line);
+    require(readBack.has_value(), "what was written can be read");
+    if (isNeverCut(record)) {
+        require(readBack == record, "a record survives being written");
+        return;
+    }
+    std::string again;
+    appendAuditLine(*readBack, again);
+    require(again == lines.substr(7), "what was cut once is not cut again");
 }
 
 /// What a reader gets back: UTF-8 cannot carry half a surrogate pair.
@@ -47,7 +69,9 @@ void checkWriting(AuditRecordDecoder &decoder, const QByteArray &bytes)
     AuditEventRecord expected {.timestampMs = text.size(), .kind = readBack};
     expected.note = readBack;
     expected.commandPreview = readBack;
-    require(decoder.decode(line) == expected, "every text can be written");
+    const auto written = decoder.decode(line);
+    require(written.has_value(), "every text can be written");
+    require(!isNeverCut(record) || written == expected, "every text is written as it is");
 }
 } // namespace
 

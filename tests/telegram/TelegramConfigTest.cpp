@@ -315,6 +315,7 @@ TEST(TelegramConfig, RulesOfChatsNeverGiveMoreThanIsWritten)
          {},
          {QSet<qint64> {77}},
          true},
+        {{{senders, u";"_s}}, u"{}"_s, {nobody}, {nobody}, false},
         {{{senders, u"501:77,mina"_s}, {rights, u"501:all"_s}},
          u"{}"_s,
          {nobody, Right::Deny},

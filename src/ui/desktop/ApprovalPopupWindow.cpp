@@ -21,7 +21,7 @@ namespace
 constexpr qreal mostOfScreen = 0.6;
 /// Desktops show notifications in a corner, one below the other, most of them at the right. So wide a column
 /// there is left to them, where the screen has room enough beside it.
-constexpr int notificationColumn = 420;
+constexpr int notificationColumn = 480;
 
 int clearWidth(const QRect &area)
 {
