@@ -336,7 +336,8 @@ void TelegramChat::onUpdated(const QList<TelegramApprovalEntry> &entries,
     m_isCalling = false;
     for (const auto newlyShown = std::exchange(m_perhapsShownWhole, {});
          const TelegramApprovalEntry &entry : newlyShown) {
-        if (error) {
+        // Where only the answer was lost, the list may be there, and its buttons are pressed.
+        if (error && error->isLasting()) {
             m_collaborators.memory.takeBackShownWhole(entry);
         }
     }

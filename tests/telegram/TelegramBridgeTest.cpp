@@ -255,11 +255,17 @@ TEST_F(TelegramBridgeTest, ShowSendsACommandWholeWithItsButtonsBelow)
     api.say(bound, u"/show fourth"_s);
     ASSERT_TRUE(waitLog(u"showing a command failed (chat=501): Bad Request: not this one"_s));
     EXPECT_EQ(decide(u"/approve fourth allow-once"_s), ShownInChat::Part);
-    api.setBehaviour(u"editMessageText"_s, fault(BotFault::HtmlError));
+    const QList<QString> changing {u"editMessageText"_s, u"sendMessage"_s};
+    for (const QString &method : changing) {
+        api.setBehaviour(method, fault(BotFault::Refuse));
+    }
     bridge->updatePending({entry(u"fifth"_s)});
     ASSERT_TRUE(waitLog(u"pending message update failed (chat=501): "_s));
     EXPECT_EQ(decide(u"/approve fifth allow-once"_s), ShownInChat::Part);
-    api.setBehaviour(u"editMessageText"_s, {});
+    for (const QString &method : changing) {
+        api.setBehaviour(method, {});
+    }
+    bridge->updatePending({entry(u"fifth"_s), entry(u"sixth"_s)});
     ASSERT_TRUE(waitUntil([&] { return !texts(bound).filter(u"fifth ls"_s).isEmpty(); }));
     EXPECT_EQ(decide(u"/approve fifth allow-once"_s), ShownInChat::Whole);
     api.say(bound, u"/show nothing-like-it"_s);

@@ -102,7 +102,9 @@ TEST_F(LineEditor, AnAnnouncementDoesNotTearTheLineBeingTyped)
                        u"bram> "_s + QString(34, u'y'), u"zz"_s}));
     type("\n");
     EXPECT_TRUE(waitUntil([&] { return !entered.empty(); }));
-    EXPECT_THAT(entered, ElementsAre(std::string(34, 'y') + "zz@0"));
+    std::string whole(34, 'y');
+    whole += "zz@0";
+    EXPECT_THAT(entered, ElementsAre(whole));
 }
 
 TEST_F(LineEditor, ASecretIsNeitherShownNorRemembered)
