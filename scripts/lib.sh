@@ -11,7 +11,7 @@ build_packages=(
 )
 # What the tests need on top of that to run.
 test_packages=(
-    dbus dbus-bin gnome-keyring libglib2.0-bin xdg-utils
+    dbus dbus-bin file gnome-keyring libglib2.0-bin xdg-utils
     xvfb xauth openbox dunst xfce4-panel xdotool imagemagick x11-utils x11-xserver-utils
     fonts-dejavu-core fonts-noto-cjk
 )
