@@ -266,8 +266,16 @@ TEST_F(DesktopRoad, survivesThatDaemonAndPanelDieAndReturn)
     }));
 
     run({u"start-notifications"_s});
+    // The window that stood in for the tray stays while somebody works in it, so they work in another.
+    QProcess other;
+    other.start(u"xmessage"_s, {u"somebody's work"_s});
+    ASSERT_TRUE(waitUntil([] { return !windowTitled(u"xmessage"_s).isEmpty(); }));
+    ASSERT_TRUE(waitUntil([] { return windowTitled(popupTitle).isEmpty(); }));
+    run({u"xdotool"_s, u"windowactivate"_s, u"--sync"_s, windowTitled(u"xmessage"_s)});
     run({u"start-tray"_s});
     EXPECT_TRUE(waitUntil([] { return windowTitled(u"BRAM"_s).isEmpty(); }));
+    other.kill();
+    other.waitForFinished();
     EXPECT_TRUE(waitUntil(
         [&] { return tray.labels().join(u'|').contains(u"Notifications: enabled"_s); }, 8000));
     ASSERT_TRUE(waitUntil([] { return shownNotifications() == 1; }));
