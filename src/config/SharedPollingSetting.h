@@ -1,15 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <QObject>
+#include "config/StoredSwitch.h"
 
 namespace bram
 {
 
-class Preferences;
-
 /// Whether the operator lets this program fetch the updates of a Telegram bot that the platform's own channel
-/// fetches too. Off where nothing usable is stored: two who fetch take updates from each other. Main thread.
+/// fetches too: two who fetch take updates from each other. A `StoredSwitch` under the names it has elsewhere.
+/// Main thread.
 class SharedPollingSetting final : public QObject
 {
     Q_OBJECT
@@ -17,19 +16,17 @@ class SharedPollingSetting final : public QObject
 public:
     explicit SharedPollingSetting(Preferences &preferences);
 
-    bool allowSharedBotPollingOverride() const { return m_isAllowed; }
+    bool allowSharedBotPollingOverride() const { return m_switch.isOn(); }
 
-    /// Takes effect at once and is remembered. False when it could not be written to the disk; it holds
-    /// for this run then.
-    bool setAllowSharedBotPollingOverride(bool isAllowed);
+    /// As `StoredSwitch::setOn`.
+    bool setAllowSharedBotPollingOverride(bool isAllowed) { return m_switch.setOn(isAllowed); }
 
 Q_SIGNALS:
     /// The setting has really changed.
     void allowSharedBotPollingOverrideChanged(bool isAllowed);
 
 private:
-    Preferences &m_preferences;
-    bool m_isAllowed = false;
+    StoredSwitch m_switch;
 };
 
 } // namespace bram
